@@ -4,9 +4,11 @@
 #include <locale.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <system_error>
 
 namespace {
 
@@ -29,11 +31,15 @@ int textToInt(const char* text) {
 
 double textToDouble(const char* text) {
   if (text == nullptr) return 0.0;
+  double value = 0.0;
+  const auto [end, error] = std::from_chars(text, text + std::strlen(text), value);
+  // The fast way knows plain decimal numbers in range. Blanks, "+", hexadecimal digits and overflow go the slow way.
+  if (error == std::errc() && *end != 'x' && *end != 'X') return value;
   const CLocaleScope scope;
   return std::strtod(text, nullptr);
 }
 
 void formatFixed(double value, char* out) {
-  const CLocaleScope scope;
-  std::snprintf(out, kFixedTextSize, "%.2f", value);
+  char* const end = std::to_chars(out, out + kFixedTextSize - 1, value, std::chars_format::fixed, 2).ptr;
+  *end = '\0';
 }
