@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// The tables of one script class with an index by name, shared by all its objects.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "host/corvel_native.h"
+
+namespace pluginhost {
+
+/// What a class installs: where its tables lie and how long they are.
+struct Tables {
+  const CorvelNativeProperty* properties;
+  unsigned int propertyCount;
+  const CorvelNativeMethod* methods;
+  unsigned int methodCount;
+
+  auto operator<=>(const Tables&) const = default;
+};
+
+/// Finds rows by name. Immutable once made, so every thread may read it.
+/// Ownership: points into the plugin's tables, which outlive every object that installed them.
+class TableIndex {
+ public:
+  /// The index of these tables: the one that living objects share, or a new one. Thread: any.
+  static std::shared_ptr<const TableIndex> shared(const Tables& tables);
+
+  /// True while an object lives whose tables lie in the loaded file that holds @p address. Thread: any.
+  static bool inUseFromFileOf(const void* address);
+
+  explicit TableIndex(const Tables& tables);
+
+  const Tables& tables() const { return m_tables; }
+  /// @return the row, or -1. Of rows with one name the first is found.
+  int findProperty(std::string_view name) const;
+  int findMethod(std::string_view name) const;
+
+ private:
+  struct Name {
+    std::string_view text;
+    std::uint32_t row;
+  };
+  template <typename Row>
+  static std::vector<Name> sortedNames(const Row* rows, unsigned int count);
+  static int find(const std::vector<Name>& names, std::string_view name);
+
+  const Tables m_tables;
+  const std::vector<Name> m_properties;
+  const std::vector<Name> m_methods;
+};
+
+}  // namespace pluginhost
