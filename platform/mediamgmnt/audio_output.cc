@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/audio_output.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace mediamgmnt {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool exists(const std::string& path) {
+  std::error_code ignored;  // an unreadable place is a place without a device
+  return fs::exists(path, ignored);
+}
+
+/// A PCM playback device of the kernel: /dev/snd/pcmC0D0p.
+bool hasKernelDevice() {
+  std::error_code failure;
+  fs::directory_iterator entry("/dev/snd", failure);
+  for (; !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
+    const std::string name = entry->path().filename().string();
+    if (name.rfind("pcm", 0) == 0 && name.back() == 'p') return true;
+  }
+  return false;
+}
+
+bool hasSoundServer() {
+  if (std::getenv("PULSE_SERVER") != nullptr) return true;
+  const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
+  if (runtime == nullptr) return false;
+  return exists(std::string(runtime) + "/pulse/native") || exists(std::string(runtime) + "/pipewire-0");
+}
+
+GstElement* makeSilentOutput() {
+  GstElement* const sink = gst_element_factory_make("fakesink", nullptr);
+  if (sink != nullptr) g_object_set(sink, "sync", TRUE, nullptr);
+  return sink;
+}
+
+}  // namespace
+
+GstElement* makeAudioOutput() {
+  // Asked for only where a device exists: otherwise each start would spend time on finding none, and warn about it.
+  if (!hasSoundServer() && !hasKernelDevice()) return makeSilentOutput();
+  // scaletempo keeps the pitch at other speeds.
+  GstElement* const chain = gst_parse_bin_from_description(
+      "audioconvert ! audioresample ! scaletempo ! audioconvert ! audioresample ! autoaudiosink", TRUE, nullptr);
+  return chain != nullptr ? chain : makeSilentOutput();
+}
+
+}  // namespace mediamgmnt

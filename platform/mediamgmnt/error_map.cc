@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/error_map.h"
+
+#include <gst/gst.h>
+
+namespace mediamgmnt {
+namespace {
+
+Failure connectionFailure(const FailureContext& context) {
+  return context.connected ? Failure::ConnectionLost : Failure::CannotConnect;
+}
+
+Failure classifyResource(int code, const FailureContext& context) {
+  switch (code) {
+    case GST_RESOURCE_ERROR_NOT_FOUND:
+    case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
+      // A missing segment of a presentation that has begun: the content is there, this place of it is not.
+      if (context.fromAdaptiveDemux && context.mediaArrived) return Failure::NotAvailableAtPosition;
+      return Failure::ContentNotAvailable;
+    case GST_RESOURCE_ERROR_NO_SPACE_LEFT: return Failure::InsufficientResources;
+    default: return connectionFailure(context);
+  }
+}
+
+Failure classifyStream(int code, const FailureContext& context) {
+  switch (code) {
+    case GST_STREAM_ERROR_TYPE_NOT_FOUND:
+    case GST_STREAM_ERROR_WRONG_TYPE:
+    case GST_STREAM_ERROR_CODEC_NOT_FOUND: return Failure::FormatNotSupported;
+    case GST_STREAM_ERROR_DECODE:
+    case GST_STREAM_ERROR_ENCODE:
+    case GST_STREAM_ERROR_DEMUX:
+    case GST_STREAM_ERROR_MUX:
+    case GST_STREAM_ERROR_FORMAT: return Failure::CorruptContent;
+    case GST_STREAM_ERROR_FAILED:
+      // "Internal data stream error": from the source it is the connection, further down it is what was received.
+      if (context.fromSource) return connectionFailure(context);
+      return context.connected ? Failure::CorruptContent : Failure::CannotConnect;
+    default: return Failure::Unidentified;
+  }
+}
+
+}  // namespace
+
+int errorCodeOf(Failure failure) {
+  switch (failure) {
+    case Failure::FormatNotSupported: return 0;
+    case Failure::CannotConnect:
+    case Failure::ConnectionLost: return 1;
+    case Failure::Unidentified: return 2;
+    case Failure::InsufficientResources: return 3;
+    case Failure::CorruptContent: return 4;
+    case Failure::ContentNotAvailable: return 5;
+    case Failure::NotAvailableAtPosition: return 6;
+  }
+  return 2;
+}
+
+Failure classifyError(const GError& error, const FailureContext& context) {
+  if (error.domain == GST_RESOURCE_ERROR) return classifyResource(error.code, context);
+  if (error.domain == GST_STREAM_ERROR) return classifyStream(error.code, context);
+  if (error.domain == GST_CORE_ERROR && error.code == GST_CORE_ERROR_MISSING_PLUGIN) return Failure::FormatNotSupported;
+  return Failure::Unidentified;
+}
+
+}  // namespace mediamgmnt

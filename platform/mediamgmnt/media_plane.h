@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the reference media library offers a shell beside the ten functions. A shell looks these names up at run time (dlsym) and
+// does without where another media library lacks them. Thread: any.
+#pragma once
+
+#include "host/mediamgmnt.h"
+
+/// The video plane is 1280x720 pixels, BGRx (bytes blue, green, red, unused), rows of 5120 bytes, black where nothing is presented.
+inline constexpr int kMediaPlaneWidth = 1280;
+inline constexpr int kMediaPlaneHeight = 720;
+inline constexpr int kMediaPlaneStride = kMediaPlaneWidth * 4;
+inline constexpr int kMediaPlaneBytes = kMediaPlaneStride * kMediaPlaneHeight;
+
+/// How another process shows the plane: map `memoryFd` read-only (a MediaPlaneHeader, then `bufferCount` pictures, each at
+/// `firstBufferOffset + i * kMediaPlaneBytes`) and wait on `tickFd`. The file descriptors stay the library's; duplicate to keep
+/// them.
+struct MediaPlaneExport {
+  int memoryFd;
+  int tickFd;  ///< eventfd, written after each new picture
+  unsigned int memoryBytes;
+};
+
+struct MediaPlaneHeader {
+  static constexpr std::uint32_t kMagic = 0x31564341;  ///< "ACV1"
+  std::uint32_t magic;
+  std::uint32_t width, height, stride;
+  std::uint32_t bufferCount;
+  std::uint32_t firstBufferOffset;
+  std::uint32_t front;     ///< index of the newest complete picture; atomic access
+  std::uint32_t sequence;  ///< counts pictures; atomic access; a reader that sees it unchanged after its copy has a whole picture
+                           ///< unless it advanced by bufferCount - 1 or more
+};
+
+extern "C" {
+/// Copies the present picture into @p pixels, @p size bytes. @return 0 when size is less than kMediaPlaneBytes.
+MEDIAMGMNT_API int mediaPlaneSnapshot(unsigned char* pixels, unsigned int size);
+/// @return 0 when the plane cannot be shared on this system.
+MEDIAMGMNT_API int mediaPlaneExport(MediaPlaneExport* out);
+/// Number of video frames drawn on the plane since the process started, all players together.
+MEDIAMGMNT_API unsigned long mediaPlaneFrames();
+/// Waits until no thread of a closed player is left, at most @p timeoutMs. @return 0 when some are. For tests and orderly ends.
+MEDIAMGMNT_API int mediaLibraryWaitIdle(int timeoutMs);
+}

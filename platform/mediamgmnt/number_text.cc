@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/number_text.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace mediamgmnt {
+
+std::optional<double> parseNumber(std::string_view text) {
+  const auto start = text.find_first_not_of(" \t\r\n");
+  if (start == std::string_view::npos) return std::nullopt;
+  text.remove_prefix(start);
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+
+  double value = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (result.ec != std::errc() || !std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+std::string formatSpeed(double value) {
+  std::array<char, 32> buffer;  // sign, 15 digits, point, 2 digits
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, 2);
+  return std::string(buffer.data(), result.ptr);
+}
+
+std::string formatWhole(long long value) {
+  std::array<char, 24> buffer;  // sign and 19 digits
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+  return std::string(buffer.data(), result.ptr);
+}
+
+}  // namespace mediamgmnt

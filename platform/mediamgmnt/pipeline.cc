@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/pipeline.h"
+
+#include <utility>
+
+#include "platform/mediamgmnt/library_start.h"
+
+namespace mediamgmnt {
+namespace {
+
+std::int64_t known(gboolean answered, gint64 value) { return answered && value >= 0 ? value : Pipeline::kUnknown; }
+
+}  // namespace
+
+Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, SourceSettings settings)
+    : m_loop(loop), m_listener(listener), m_surface(surface), m_settings(std::move(settings)) {}
+
+Pipeline::~Pipeline() {
+  if (m_pipeline == nullptr) return;
+  gst_element_set_state(m_pipeline, GST_STATE_NULL);
+  GstBus* const bus = gst_element_get_bus(m_pipeline);
+  gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
+  gst_object_unref(bus);
+  gst_object_unref(m_pipeline);
+}
+
+bool Pipeline::open() {
+  if (!waitForLibraryStart()) return false;
+  m_pipeline = GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)));
+  m_decoder = gst_element_factory_make("uridecodebin3", nullptr);
+  if (m_decoder == nullptr) return false;
+  g_object_set(m_decoder, "uri", m_settings.url.c_str(), "use-buffering", TRUE, "download", gboolean{m_settings.keepDownload},
+               nullptr);
+  gst_bin_add(GST_BIN(m_pipeline), m_decoder);
+  g_signal_connect(m_decoder, "pad-added", G_CALLBACK(&Pipeline::onPadAdded), this);
+  g_signal_connect(m_decoder, "source-setup", G_CALLBACK(&Pipeline::onSourceSetup), this);
+  g_signal_connect(m_pipeline, "deep-element-added", G_CALLBACK(&Pipeline::onElementAdded), this);
+
+  GstBus* const bus = gst_element_get_bus(m_pipeline);
+  gst_bus_set_sync_handler(bus, &Pipeline::onBusMessage, this, nullptr);
+  gst_object_unref(bus);
+  // A failure is reported by an error message, which tells more than this result.
+  gst_element_set_state(m_pipeline, GST_STATE_PAUSED);
+  return true;
+}
+
+void Pipeline::play() { gst_element_set_state(m_pipeline, GST_STATE_PLAYING); }
+
+void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
+
+bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
+  const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
+  m_prerollReported = false;
+  if (rate > 0) {
+    return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, target, GST_SEEK_TYPE_NONE, 0) != FALSE;
+  }
+  return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_SET, target) != FALSE;
+}
+
+std::int64_t Pipeline::position() const {
+  for (const Kind kind : {Kind::Video, Kind::Audio}) {
+    GstElement* const sink = sinkOf(kind);
+    if (sink == nullptr) continue;
+    gint64 value = kUnknown;
+    const gboolean answered = gst_element_query_position(sink, GST_FORMAT_TIME, &value);
+    gst_object_unref(sink);
+    if (known(answered, value) != kUnknown) return value;
+  }
+  return kUnknown;
+}
+
+/// The sink is asked without the lock: the thread that adds outputs may hold what the answer needs.
+GstElement* Pipeline::sinkOf(Kind kind) const {
+  std::lock_guard lock(m_padMutex);
+  GstElement* const sink = m_outputs[static_cast<int>(kind)].sink;
+  return sink != nullptr ? GST_ELEMENT(gst_object_ref(sink)) : nullptr;
+}
+
+std::int64_t Pipeline::duration() const {
+  gint64 value = kUnknown;
+  const gboolean answered = gst_element_query_duration(m_pipeline, GST_FORMAT_TIME, &value);
+  return known(answered, value);
+}
+
+bool Pipeline::seekableWindow(std::int64_t& start, std::int64_t& end) const {
+  GstQuery* const query = gst_query_new_seeking(GST_FORMAT_TIME);
+  gboolean seekable = FALSE;
+  gint64 first = kUnknown;
+  gint64 last = kUnknown;
+  if (gst_element_query(m_pipeline, query)) gst_query_parse_seeking(query, nullptr, &seekable, &first, &last);
+  gst_query_unref(query);
+  if (!seekable || first < 0 || last <= first) return false;
+  start = first;
+  end = last;
+  return true;
+}
+
+/// Asks for no waiting: the state is only looked at.
+bool Pipeline::isPrerolled() const {
+  if (m_selected == 0 || m_linked < m_selected) return false;
+  GstState current = GST_STATE_NULL;
+  const GstStateChangeReturn result = gst_element_get_state(m_pipeline, &current, nullptr, 0);
+  return result != GST_STATE_CHANGE_ASYNC && result != GST_STATE_CHANGE_FAILURE && current >= GST_STATE_PAUSED;
+}
+
+}  // namespace mediamgmnt

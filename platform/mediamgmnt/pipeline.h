@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+// One opened source: the GStreamer pipeline from a URL to the video plane and the sound device.
+#pragma once
+
+#include <gst/app/gstappsink.h>
+#include <gst/gst.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/mediamgmnt/error_map.h"
+#include "platform/mediamgmnt/task_loop.h"
+#include "platform/mediamgmnt/video_plane.h"
+
+namespace mediamgmnt {
+
+/// What is to be opened, and how.
+struct SourceSettings {
+  std::string url;
+  std::string declaredType;  ///< MIME type; may be empty
+  std::string userAgent;     ///< empty: GStreamer's own
+  bool keepDownload = true;  ///< progressive media over HTTP are kept on disc while they play, so that they can be rewound
+  int maxVideoWidth = 0;     ///< adaptive streaming takes no larger picture; 0: any
+  int maxVideoHeight = 0;
+};
+
+/// Receives what happens to a pipeline, on the control thread.
+class PipelineListener {
+ public:
+  virtual void onSourceAnswered() = 0;
+  virtual void onPrerolled() = 0;       ///< everything selected is ready to be shown; also after each seek
+  virtual void onPlayingReached() = 0;  ///< the clock runs
+  virtual void onBuffering(int percent) = 0;
+  virtual void onEnd() = 0;
+  virtual void onFailure(Failure failure) = 0;
+
+ protected:
+  ~PipelineListener() = default;
+};
+
+/// uridecodebin3 with one video, one audio and one text output.
+///
+/// Threads: all functions on the control thread, which is also where the listener is called. GStreamer's streaming threads come in
+/// through the static functions; they touch only the atomics, the surface and what m_padMutex guards.
+/// Ownership: borrows loop, listener and surface; all outlive it. Destruction stops the pipeline and waits for its streaming
+/// threads; the listener hears nothing afterwards.
+class Pipeline {
+ public:
+  static constexpr std::int64_t kUnknown = -1;
+
+  Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, SourceSettings settings);
+  ~Pipeline();
+  Pipeline(const Pipeline&) = delete;
+  Pipeline& operator=(const Pipeline&) = delete;
+
+  /// Begins to open the source, paused. @return false when an element is missing; the pipeline is of no use then.
+  bool open();
+
+  void play();
+  void pause();
+
+  /// Begins a flushing seek to @p target nanoseconds; onPrerolled() tells its end. @return false when the source cannot.
+  bool seek(double rate, std::int64_t target, GstSeekFlags extraFlags);
+
+  std::int64_t position() const;  ///< nanoseconds or kUnknown
+  std::int64_t duration() const;  ///< nanoseconds or kUnknown: also for live sources
+  /// The part of a live source that can be reached, nanoseconds. @return false when there is none.
+  bool seekableWindow(std::int64_t& start, std::int64_t& end) const;
+
+  bool isPrerolled() const;
+  bool hasAudioOrVideo() const { return m_linked > 0; }
+  /// The container says how long the medium is; transport streams and plain audio only have guesses.
+  bool declaresDuration() const { return m_declaresDuration; }
+  /// DASH or HLS: fetched in segments, and live when it has no duration.
+  bool isAdaptive() const { return m_adaptive; }
+  /// tsdemux counts from the first clock reference, other demuxers from the first picture.
+  bool isTransportStream() const { return m_transportStream; }
+
+ private:
+  enum class Kind { Video, Audio, Text };
+  struct Output {
+    GstElement* queue = nullptr;
+    GstElement* sink = nullptr;
+  };
+
+  static void onPadAdded(GstElement* decoder, GstPad* pad, gpointer self);
+  static void onElementAdded(GstBin* pipeline, GstBin* parent, GstElement* element, gpointer self);
+  static void onSourceSetup(GstElement* decoder, GstElement* source, gpointer self);
+  static void onTypeFound(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
+  static GstPadProbeReturn onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static GstFlowReturn onPreroll(GstAppSink* sink, gpointer self);
+  static GstFlowReturn onSample(GstAppSink* sink, gpointer self);
+  static GstFlowReturn onTextSample(GstAppSink* sink, gpointer self);
+  static GstBusSyncReply onBusMessage(GstBus* bus, GstMessage* message, gpointer self);
+
+  GstElement* sinkOf(Kind kind) const;
+  void attach(Kind kind, GstPad* pad);
+  bool makeOutput(Kind kind, Output& output);
+  GstElement* makeVideoSink();
+  GstElement* makeTextSink();
+  void discard(GstPad* pad);
+  void watchTypeFinding(GstElement* typefind);
+  void limitVideoSize(GstElement* adaptiveDemux) const;
+  void reportUnplayable();
+
+  void handle(GstMessage* message);
+  void handleElementMessage(GstMessage* message);
+  void handleMissingPlugin(const GstStructure& details);
+  void handleHttpHeaders(const GstStructure& details);
+  void handleError(GstMessage* message);
+  void handleSelection(GstMessage* message);
+  void handleStateChange(GstMessage* message);
+  void reportAnswered();
+  void reportPreroll();
+
+  TaskLoop& m_loop;
+  PipelineListener& m_listener;
+  media::VideoSurface& m_surface;
+  const SourceSettings m_settings;
+  const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< queued messages hold it weakly
+
+  GstElement* m_pipeline = nullptr;
+  GstElement* m_decoder = nullptr;
+  std::atomic<int> m_linked{0};  ///< audio and video outputs that have a stream
+  std::atomic<bool> m_declaresDuration{false};
+  std::atomic<bool> m_adaptive{false};
+  std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
+  std::atomic<bool> m_transportStream{false};
+  mutable std::mutex m_padMutex;
+  Output m_outputs[3];  // guarded by m_padMutex, index is Kind
+
+  // Control thread only.
+  int m_selected = 0;  ///< audio and video streams that the selection names
+  bool m_answered = false;
+  bool m_prerollReported = false;
+};
+
+}  // namespace mediamgmnt

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+// The pipeline's beginning: the source element, the type of what it delivers, and the adaptive demuxers.
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "platform/mediamgmnt/pipeline.h"
+#include "platform/mediamgmnt/source_sniffer.h"
+
+namespace mediamgmnt {
+namespace {
+
+/// A read of the source that blocks this long is a lost connection. The connect watchdog, which starts earlier, ends before.
+constexpr guint kSourceTimeoutSeconds = 12;
+
+bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
+
+bool hasProperty(GstElement* element, const char* name) {
+  return g_object_class_find_property(G_OBJECT_GET_CLASS(element), name) != nullptr;
+}
+
+std::string factoryName(GstElement* element) {
+  GstElementFactory* const factory = gst_element_get_factory(element);
+  return factory != nullptr ? GST_OBJECT_NAME(factory) : "";
+}
+
+std::string firstBytesOf(GstBuffer* buffer) {
+  std::string bytes(std::min<std::size_t>(gst_buffer_get_size(buffer), kSniffBytes), '\0');
+  bytes.resize(gst_buffer_extract(buffer, 0, bytes.data(), bytes.size()));
+  return bytes;
+}
+
+}  // namespace
+
+void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
+  const SourceSettings& settings = static_cast<Pipeline*>(self)->m_settings;
+  if (!settings.userAgent.empty() && hasProperty(source, "user-agent")) {
+    g_object_set(source, "user-agent", settings.userAgent.c_str(), nullptr);
+  }
+  if (hasProperty(source, "timeout")) g_object_set(source, "timeout", kSourceTimeoutSeconds, nullptr);
+}
+
+void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpointer self) {
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  const std::string factory = factoryName(element);
+  if (factory == "typefind" && startsWith(GST_OBJECT_NAME(parent), "urisourcebin")) {
+    pipeline->watchTypeFinding(element);
+  } else if (factory == "dashdemux2" || factory == "hlsdemux2") {
+    pipeline->limitVideoSize(element);
+  } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {
+    pipeline->m_mediaArrived = true;
+  }
+}
+
+void Pipeline::watchTypeFinding(GstElement* typefind) {
+  g_signal_connect(typefind, "have-type", G_CALLBACK(&Pipeline::onTypeFound), this);
+  GstPad* const pad = gst_element_get_static_pad(typefind, "sink");
+  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &Pipeline::onFirstBytes, this, nullptr);
+  gst_object_unref(pad);
+}
+
+GstPadProbeReturn Pipeline::onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpointer self) {
+  GstBuffer* const buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+  const std::string text = capsToForce(firstBytesOf(buffer), static_cast<Pipeline*>(self)->m_settings.declaredType);
+  if (text.empty()) return GST_PAD_PROBE_REMOVE;
+
+  GstElement* const typefind = gst_pad_get_parent_element(pad);
+  if (typefind == nullptr) return GST_PAD_PROBE_REMOVE;
+  GstCaps* const caps = gst_caps_from_string(text.c_str());
+  g_object_set(typefind, "force-caps", caps, nullptr);
+  gst_caps_unref(caps);
+  gst_object_unref(typefind);
+  return GST_PAD_PROBE_REMOVE;
+}
+
+void Pipeline::onTypeFound(GstElement*, guint, GstCaps* caps, gpointer self) {
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  const std::string name = gst_structure_get_name(gst_caps_get_structure(caps, 0));
+  pipeline->m_adaptive = name == "application/dash+xml" || name == "application/x-hls";
+  pipeline->m_declaresDuration = pipeline->m_adaptive || name == "video/quicktime";
+  pipeline->m_transportStream = name == "video/mpegts";
+  // GStreamer would wait for ever for somebody to take these.
+  const bool segmentsOutOfReach = pipeline->m_adaptive && startsWith(pipeline->m_settings.url, "file:");  // fetched over HTTP only
+  if (startsWith(name, "text/") || name == "application/xml" || segmentsOutOfReach) pipeline->reportUnplayable();
+}
+
+void Pipeline::reportUnplayable() {
+  m_loop.post([this, alive = std::weak_ptr<bool>(m_alive)] {
+    if (!alive.expired()) m_listener.onFailure(Failure::FormatNotSupported);
+  });
+}
+
+void Pipeline::limitVideoSize(GstElement* adaptiveDemux) const {
+  if (m_settings.maxVideoWidth > 0 && hasProperty(adaptiveDemux, "max-video-width")) {
+    g_object_set(adaptiveDemux, "max-video-width", static_cast<guint>(m_settings.maxVideoWidth), nullptr);
+  }
+  if (m_settings.maxVideoHeight > 0 && hasProperty(adaptiveDemux, "max-video-height")) {
+    g_object_set(adaptiveDemux, "max-video-height", static_cast<guint>(m_settings.maxVideoHeight), nullptr);
+  }
+}
+
+}  // namespace mediamgmnt

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/playback.h"
+
+#include <utility>
+
+namespace mediamgmnt {
+namespace {
+
+/// A pause before the source has answered is answered with the source, so that a page may play on from it; but not later than this.
+constexpr std::chrono::milliseconds kLatestPauseAnswer{500};
+
+/// A medium that ends this much before its declared end is cut off.
+constexpr double kMissingEndMs = 1500;
+
+}  // namespace
+
+Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice) : m_loop(loop), m_facts(facts), m_voice(voice) {}
+
+Playback::~Playback() { closePipeline(); }
+
+void Playback::setInput(const std::string& url) {
+  stop();
+  m_facts.forget();
+  m_settings.url = url;
+  m_connectedSaid = false;
+  m_voice.say(status::kReadyToPlay);
+}
+
+void Playback::setMaxVideoSize(int width, int height) {
+  m_settings.maxVideoWidth = width;
+  m_settings.maxVideoHeight = height;
+}
+
+void Playback::play(double rate) {
+  if (m_pauseDue) answerPause();
+  m_wish = Wish::Play;
+  m_wantedRate = rate;
+  m_playingDue = m_speedDue = true;
+  if (m_pipeline == nullptr) {
+    m_playsDone = 0;
+    return open();
+  }
+  const double present = m_stepping ? m_facts.speed() : m_next ? m_next->rate : m_rate;
+  if (present != rate) {
+    const double target = presentTarget();
+    leaveStepping();
+    m_next = Place{target, rate};
+  }
+  if (m_stepping) return answerPlay();
+  proceed();
+}
+
+void Playback::pause() {
+  const bool opensSource = m_pipeline == nullptr && !m_over && !m_settings.url.empty();
+  m_wish = Wish::Pause;
+  leaveStepping();
+  if (opensSource) {
+    m_playsDone = 0;
+    m_wantedRate = 1;
+    open();
+  }
+  if (m_pipeline == nullptr || m_connectedSaid) {
+    halt();
+    return answerPause();
+  }
+  m_pauseDue = true;
+  m_loop.cancel(m_pauseTimer);
+  m_pauseTimer = m_loop.postAfter(kLatestPauseAnswer, [this] {
+    if (m_pauseDue) answerPause();
+  });
+}
+
+void Playback::stop() {
+  closePipeline();
+  m_surface.clear();
+  forgetAnswers();
+  m_wish = Wish::Nothing;
+  m_wantedRate = 1;
+  m_startPosition = 0;
+  m_over = false;
+}
+
+void Playback::open() {
+  m_over = false;
+  m_prerolled = m_timesKnown = m_running = m_announced = m_starved = m_live = m_durationGuessed = false;
+  m_rate = 1;
+  m_origin = 0;
+  m_percent = 100;
+  m_bufferReadyDue = true;
+  m_next.reset();
+  m_inFlight.reset();
+  if (m_startPosition > 0 || m_wantedRate != 1) m_next = Place{std::exchange(m_startPosition, 0), m_wantedRate};
+  m_facts.freezeAt(m_next ? m_next->target : 0);
+  noteProgress();
+  PipelineListener& listener = *this;
+  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_settings);
+  if (m_settings.url.empty()) return fail(Failure::ContentNotAvailable);
+  if (!m_pipeline->open()) return fail(Failure::InsufficientResources);
+  armConnectWatchdog();
+  m_tickTimer = m_loop.postAfter(std::chrono::milliseconds(200), [this] { tick(); });
+}
+
+void Playback::closePipeline() {
+  for (TaskLoop::TimerId* const timer : {&m_tickTimer, &m_connectTimer, &m_underrunTimer, &m_pauseTimer, &m_stepTimer}) {
+    m_loop.cancel(std::exchange(*timer, 0));
+  }
+  m_pipeline.reset();
+  m_next.reset();
+  m_inFlight.reset();
+  m_prerolled = m_running = m_announced = m_stepping = m_starved = false;
+}
+
+void Playback::forgetAnswers() {
+  m_bufferReadyDue = m_playingDue = m_speedDue = m_pauseDue = false;
+  m_seeksDue = 0;
+}
+
+/// Takes the next step towards the wish; called whenever something has changed.
+void Playback::proceed() {
+  if (m_pipeline == nullptr || !m_prerolled) return;  // opening, or a seek is in flight: its end comes here again
+  if (m_next) return beginReposition();
+  if (m_wish != Wish::Play) return halt();
+  if (m_stepping) return;
+  if (!m_running && m_percent < 100 && !m_live) return;  // the missing percents come here again
+  start();
+}
+
+void Playback::start() {
+  if (m_running) {
+    if (m_announced) answerPlay();
+    return;
+  }
+  m_running = true;
+  m_lastMove = Clock::now();
+  m_pipeline->play();
+}
+
+void Playback::halt() {
+  if (!m_running) return;
+  m_running = m_announced = m_starved = false;
+  m_pipeline->pause();
+}
+
+void Playback::onSourceAnswered() {
+  m_loop.cancel(std::exchange(m_connectTimer, 0));
+  noteProgress();
+  if (!std::exchange(m_connectedSaid, true)) m_voice.say(status::kConnected);
+  if (m_pauseDue) answerPause();
+}
+
+void Playback::onPrerolled() {
+  m_prerolled = true;
+  m_inFlight.reset();
+  noteProgress();
+  if (!m_timesKnown) learnTimes();
+  if (!m_next && m_wish != Wish::Play) answerSeeks();
+  proceed();
+}
+
+void Playback::onPlayingReached() {
+  if (!m_running || !m_prerolled) return;  // said before the last pause or seek
+  m_announced = true;
+  m_facts.runFrom(pipelinePosition(), m_rate);
+  answerPlay();
+}
+
+void Playback::onEnd() {
+  if (m_pipeline->hasAudioOrVideo() && (!m_running || !m_prerolled)) return;  // said before the last pause or seek
+  if (!m_pipeline->hasAudioOrVideo()) return fail(Failure::FormatNotSupported);
+  if (m_rate < 0) return rewoundToStart();
+  if (endsTooEarly()) return fail(Failure::CorruptContent);
+  if (playsAgain()) {
+    ++m_seeksDue;
+    m_next = Place{0, m_rate};
+    return proceed();
+  }
+  finish();
+}
+
+bool Playback::playsAgain() {
+  ++m_playsDone;
+  return m_plays == kEndless || m_playsDone < m_plays;
+}
+
+bool Playback::endsTooEarly() const {
+  const std::optional<long long> duration = m_facts.duration();
+  if (m_live || !duration || !m_pipeline->declaresDuration()) return false;
+  const std::int64_t position = m_pipeline->position();
+  return position != Pipeline::kUnknown && static_cast<double>(*duration) - pipelinePosition() > kMissingEndMs;
+}
+
+/// The last picture stays on the plane until a stop or a new source.
+void Playback::finish() {
+  if (m_durationGuessed) m_facts.setDuration(static_cast<long long>(pipelinePosition()));
+  const double end = static_cast<double>(m_facts.duration().value_or(0));
+  m_over = true;
+  m_wish = Wish::Nothing;
+  forgetAnswers();
+  m_facts.freezeAt(end);
+  m_facts.setSpeed(0);
+  m_voice.say(status::kFinished);
+  m_voice.say(status::kPlaySpeedChanged);
+  closePipeline();
+}
+
+void Playback::onFailure(Failure failure) { fail(failure); }
+
+void Playback::fail(Failure failure) {
+  m_over = true;
+  m_wish = Wish::Nothing;
+  forgetAnswers();
+  m_facts.freezeAt(static_cast<double>(m_facts.position()));
+  m_facts.setErrorCode(errorCodeOf(failure));
+  m_facts.setSpeed(0);
+  m_voice.say(status::kError);
+  closePipeline();
+  m_surface.clear();
+}
+
+}  // namespace mediamgmnt

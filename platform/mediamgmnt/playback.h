@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a player does with its commands and with what its pipeline tells: the order of the status words is decided here.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/mediamgmnt/pipeline.h"
+#include "platform/mediamgmnt/playback_facts.h"
+#include "platform/mediamgmnt/task_loop.h"
+#include "platform/mediamgmnt/video_plane.h"
+#include "platform/mediamgmnt/voice.h"
+
+namespace mediamgmnt {
+
+/// One player's playback, from source to source.
+///
+///   idle --play/pause--> opening --prerolled--> ready <--> running --end--> over (play opens anew)
+///                            \________ error _______________/
+///
+/// The wish (play or pause, speed, place) is kept apart from what the pipeline is doing; proceed() takes the next step towards it
+/// whenever something changed. At most one seek is in flight; the newest of those asked meanwhile follows it.
+///
+/// Threads: all on the control thread, construction and destruction too. Borrows loop, facts and voice. Milliseconds throughout.
+class Playback : private PipelineListener {
+ public:
+  Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice);
+  ~Playback();
+
+  void setInput(const std::string& url);
+  void setDeclaredType(const std::string& mimeType) { m_settings.declaredType = mimeType; }
+  void setUserAgent(const std::string& userAgent) { m_settings.userAgent = userAgent; }
+  void setKeepDownload(bool keep) { m_settings.keepDownload = keep; }
+  void setMaxVideoSize(int width, int height);
+  /// How often the source is presented in a row; kEndless for ever.
+  void setPlays(int plays) { m_plays = plays; }
+  void setRect(media::Rect rect) { m_surface.setRect(rect); }
+
+  void play(double rate);
+  void pause();
+  /// @p target is not negative. Pairs with PlaybackFacts::seekAsked().
+  void seek(double target);
+  void stop();
+
+  static constexpr int kEndless = -1;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  enum class Wish { Nothing, Pause, Play };
+  struct Place {
+    double target;
+    double rate;
+  };
+
+  void onSourceAnswered() override;
+  void onPrerolled() override;
+  void onPlayingReached() override;
+  void onBuffering(int percent) override;
+  void onEnd() override;
+  void onFailure(Failure failure) override;
+
+  // playback.cc: opening, the next step, the end
+  void open();
+  void closePipeline();
+  void forgetAnswers();
+  void proceed();
+  void start();
+  void halt();
+  void finish();
+  bool playsAgain();
+  bool endsTooEarly() const;
+  void fail(Failure failure);
+
+  // playback_words.cc: answers
+  void answerPlay();
+  void answerPause();
+  void answerSeeks();
+  void announceUnderrun();
+
+  // playback_seek.cc: places and speeds
+  void beginReposition();
+  void repositionRefused(const Place& place);
+  double clampTarget(double target) const;
+  double clampToWindow(double target) const;
+  double presentTarget() const;
+  void beginStepping(const Place& place);
+  void step();
+  void leaveStepping();
+  void rewoundToStart();
+  double pipelinePosition() const;
+  std::int64_t toPipeline(double target) const;
+
+  // playback_watch.cc: what is looked at while time passes
+  void learnTimes();
+  void learnWindow();
+  void tick();
+  void followPosition();
+  void announceTrickPosition();
+  void noteProgress() { m_lastProgress = Clock::now(); }
+  void watchForStall();
+  void armConnectWatchdog();
+  void checkUnderrun();
+
+  TaskLoop& m_loop;
+  PlaybackFacts& m_facts;
+  Voice& m_voice;
+  media::VideoSurface m_surface;
+  SourceSettings m_settings;
+  int m_plays = 1;
+  std::unique_ptr<Pipeline> m_pipeline;
+
+  // The wish.
+  Wish m_wish = Wish::Nothing;
+  double m_wantedRate = 1;
+  double m_startPosition = 0;   ///< where the next opening begins
+  std::optional<Place> m_next;  ///< asked, not begun
+
+  // The pipeline's condition.
+  bool m_prerolled = false;  ///< nothing is in flight
+  bool m_timesKnown = false;
+  bool m_running = false;    ///< the clock was told to run
+  bool m_announced = false;  ///< the page was told so
+  bool m_over = false;       ///< ended or failed: a pause opens nothing
+  double m_rate = 1;         ///< the pipeline's
+  std::optional<double> m_inFlight;
+  int m_playsDone = 0;
+  bool m_live = false;
+  bool m_durationGuessed = false;
+  std::int64_t m_origin = 0;  ///< the pipeline's time at position 0, nanoseconds
+
+  // Answers that are due.
+  bool m_connectedSaid = false;
+  bool m_bufferReadyDue = false;
+  bool m_playingDue = false;
+  bool m_speedDue = false;
+  bool m_pauseDue = false;
+  int m_seeksDue = 0;
+
+  // Rewinding by steps, where the pipeline cannot play backwards.
+  bool m_stepping = false;
+  double m_stepPosition = 0;
+  Clock::time_point m_stepTime;
+
+  // What is watched.
+  int m_percent = 100;
+  bool m_starved = false;  ///< running, but nothing moves
+  double m_seenPosition = 0;
+  Clock::time_point m_lastMove;
+  Clock::time_point m_lastProgress;
+  Clock::time_point m_lastTrickWord;
+  TaskLoop::TimerId m_tickTimer = 0;
+  TaskLoop::TimerId m_connectTimer = 0;
+  TaskLoop::TimerId m_underrunTimer = 0;
+  TaskLoop::TimerId m_pauseTimer = 0;
+  TaskLoop::TimerId m_stepTimer = 0;
+};
+
+}  // namespace mediamgmnt

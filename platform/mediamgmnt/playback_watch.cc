@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is watched while time passes: position, live window, buffer, and whether anything moves at all.
+#include <cmath>
+#include <utility>
+
+#include "platform/mediamgmnt/playback.h"
+
+namespace mediamgmnt {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr double kNsPerMs = 1e6;
+constexpr milliseconds kTick{200};
+constexpr milliseconds kTrickWordInterval{500};
+/// A dip of the buffer that is over before this is none: adaptive demuxers have them at every change.
+constexpr milliseconds kUnderrunDebounce{120};
+constexpr milliseconds kConnectTimeout{10000};
+constexpr milliseconds kStarvedAfter{1000};
+constexpr milliseconds kLostAfter{10000};
+
+/// A transport stream's first picture comes this much after its first clock reference at most; more is a real place.
+constexpr std::int64_t kLargestOriginNs = 5'000'000'000;
+
+}  // namespace
+
+/// Once per opening. Estimated durations wander afterwards and go wrong with seeks, so the first is kept.
+void Playback::learnTimes() {
+  m_timesKnown = true;
+  const std::int64_t duration = m_pipeline->duration();
+  m_live = duration <= 0 && m_pipeline->isAdaptive();
+  m_durationGuessed = duration <= 0;
+  m_facts.setOpenEnded(m_live);
+  if (m_durationGuessed) {
+    std::int64_t end = 0;
+    m_pipeline->seekableWindow(m_origin, end);
+    return learnWindow();
+  }
+  m_facts.setDuration(std::llround(static_cast<double>(duration) / kNsPerMs));
+  const std::int64_t first = m_pipeline->position();
+  if (m_pipeline->isTransportStream() && first > 0 && first < kLargestOriginNs) m_origin = first;
+}
+
+/// A source without a duration has the length of what can be reached of it. That moves with a live source; positions count from
+/// where it began when the source was opened, so that they grow while it plays.
+void Playback::learnWindow() {
+  std::int64_t start = 0;
+  std::int64_t end = 0;
+  if (!m_pipeline->seekableWindow(start, end)) return m_facts.setDuration(0);
+  m_facts.setDuration(std::llround(static_cast<double>(end - start) / kNsPerMs));
+}
+
+void Playback::tick() {
+  m_tickTimer = m_loop.postAfter(kTick, [this] { tick(); });
+  if (m_live && m_prerolled) learnWindow();
+  if (m_running && m_announced && m_prerolled) followPosition();
+  announceTrickPosition();
+  watchForStall();
+}
+
+void Playback::followPosition() {
+  const double position = pipelinePosition();
+  if (position != m_seenPosition || m_live) {
+    m_seenPosition = position;
+    m_lastMove = Clock::now();
+    noteProgress();
+    if (std::exchange(m_starved, false)) answerPlay();
+  } else if (!m_starved && Clock::now() - m_lastMove > kStarvedAfter) {
+    m_starved = true;
+    announceUnderrun();
+  }
+  if (!m_starved) m_facts.runFrom(position, m_rate);
+}
+
+void Playback::announceTrickPosition() {
+  if (!m_announced || m_wish != Wish::Play || m_wantedRate == 1) return;
+  if (Clock::now() - m_lastTrickWord < kTrickWordInterval) return;
+  m_lastTrickWord = Clock::now();
+  m_voice.say(status::kPlayPositionChanged);
+}
+
+void Playback::watchForStall() {
+  const bool mustMove = m_wish == Wish::Play || !m_prerolled;
+  if (!mustMove || m_stepping) return noteProgress();
+  if (m_connectTimer != 0) return;  // the connect watchdog's matter
+  if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
+}
+
+void Playback::armConnectWatchdog() {
+  m_connectTimer = m_loop.postAfter(kConnectTimeout, [this] {
+    m_connectTimer = 0;
+    fail(Failure::CannotConnect);
+  });
+}
+
+void Playback::onBuffering(int percent) {
+  if (percent != m_percent) noteProgress();
+  m_percent = percent;
+  if (percent >= 100) {
+    m_loop.cancel(std::exchange(m_underrunTimer, 0));
+    return proceed();
+  }
+  if (m_live || !m_running || m_underrunTimer != 0) return;
+  m_underrunTimer = m_loop.postAfter(kUnderrunDebounce, [this] {
+    m_underrunTimer = 0;
+    checkUnderrun();
+  });
+}
+
+void Playback::checkUnderrun() {
+  if (m_percent >= 100 || m_live || !m_running || !m_prerolled) return;
+  announceUnderrun();
+  halt();
+}
+
+}  // namespace mediamgmnt

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/player_core.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/mediamgmnt/number_text.h"
+#include "platform/mediamgmnt/property_text.h"
+#include "platform/mediamgmnt/thread_ledger.h"
+
+namespace mediamgmnt {
+namespace {
+
+constexpr double kFastest = 64;
+
+}  // namespace
+
+PlayerCore::PlayerCore(unsigned long handle) : m_handle(handle), m_dispatcher(handle), m_voice(m_dispatcher, m_facts) {}
+
+template <typename Work>
+bool PlayerCore::onControlThread(Work work) {
+  if (!ensureThreads()) return false;
+  m_loop.post([this, work = std::move(work)] { work(*m_playback); });
+  return true;
+}
+
+bool PlayerCore::ensureThreads() {
+  std::lock_guard lock(m_mutex);
+  if (m_closed) return false;
+  if (std::exchange(m_started, true)) return true;
+  const auto self = shared_from_this();
+  startListedThread(m_handle, [self] { self->m_dispatcher.run(); });
+  startListedThread(m_handle, [self] { self->runControlThread(); });
+  return true;
+}
+
+void PlayerCore::runControlThread() {
+  m_playback = std::make_unique<Playback>(m_loop, m_facts, m_voice);
+  applyWindow();
+  m_loop.run();
+  m_playback.reset();
+}
+
+void PlayerCore::close() {
+  {
+    std::lock_guard lock(m_mutex);
+    m_closed = true;
+  }
+  m_dispatcher.close();
+  m_loop.quit();
+  markClosed(m_handle);
+}
+
+bool PlayerCore::command(std::string_view name, std::string_view argument) {
+  if (name == command::kPlay) return play(argument);
+  if (name == command::kPause) return onControlThread([](Playback& playback) { playback.pause(); });
+  if (name == command::kStop) return stop();
+  if (name == command::kSeek) return seek(argument);
+  if (name == command::kSetWindowProperties) return setWindow(argument);
+  if (name == command::kStopBroadcast) return true;  // there is no tuner whose broadcast could run
+  return false;
+}
+
+bool PlayerCore::play(std::string_view argument) {
+  const std::optional<double> rate = parseNumber(argument);
+  if (!rate || std::abs(*rate) > kFastest) return false;
+  if (*rate == 0) return onControlThread([](Playback& playback) { playback.pause(); });
+  return onControlThread([rate = *rate](Playback& playback) { playback.play(rate); });
+}
+
+bool PlayerCore::seek(std::string_view argument) {
+  const std::optional<double> asked = parseNumber(argument);
+  if (!asked || !ensureThreads()) return false;
+  const double target = std::clamp(*asked, 0.0, kLatestPositionMs);
+  m_facts.seekAsked(target);  // the position is the target from now on, not only when the control thread comes to it
+  return onControlThread([target](Playback& playback) { playback.seek(target); });
+}
+
+bool PlayerCore::stop() {
+  if (!ensureThreads()) return false;
+  const Voice::Ticket ticket = m_voice.stopAsked();
+  return onControlThread([this, ticket](Playback& playback) {
+    playback.stop();
+    m_voice.stopDone(ticket);
+  });
+}
+
+/// Redrawing the last picture takes longer than a command may, so it is done on the control thread.
+bool PlayerCore::setWindow(std::string_view argument) {
+  const std::optional<media::Rect> rect = parseRect(argument);
+  if (!rect) return false;
+  std::lock_guard lock(m_mutex);
+  if (m_closed) return false;
+  m_window = rect;
+  if (m_started) m_loop.post([this] { applyWindow(); });
+  return true;
+}
+
+void PlayerCore::applyWindow() {
+  std::optional<media::Rect> rect;
+  {
+    std::lock_guard lock(m_mutex);
+    rect = std::exchange(m_window, std::nullopt);
+  }
+  if (rect) m_playback->setRect(*rect);
+}
+
+bool PlayerCore::setProperty(std::string_view key, std::string_view text) {
+  std::string value(text);
+  if (key == property::kInput) return onControlThread([value](Playback& playback) { playback.setInput(value); });
+  if (key == property::kForcedFormat) return onControlThread([value](Playback& playback) { playback.setDeclaredType(value); });
+  if (key == property::kUserAgent) return onControlThread([value](Playback& playback) { playback.setUserAgent(value); });
+  if (key == property::kCached) {
+    return onControlThread([keep = parseCached(text)](Playback& playback) { playback.setKeepDownload(keep); });
+  }
+  if (key == property::kLoop) return onControlThread([plays = parsePlays(text)](Playback& playback) { playback.setPlays(plays); });
+  if (key == property::kNativeWindowSize) {
+    return onControlThread([size = parseSize(text)](Playback& playback) { playback.setMaxVideoSize(size.width, size.height); });
+  }
+  return false;
+}
+
+bool PlayerCore::property(std::string_view key, std::string& value) const {
+  if (key == property::kPosition) {
+    value = formatWhole(m_facts.position());
+    return true;
+  }
+  if (key == property::kPlaySpeed) {
+    value = formatSpeed(m_facts.speed());
+    return true;
+  }
+  if (key == property::kDuration) {
+    const std::optional<long long> duration = m_facts.duration();
+    if (duration) value = formatWhole(*duration);
+    return duration.has_value();
+  }
+  if (key == property::kLastErrorCode) {
+    const std::optional<int> code = m_facts.errorCode();
+    if (code) value = formatWhole(*code);
+    return code.has_value();
+  }
+  return false;
+}
+
+}  // namespace mediamgmnt

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/ttml_passthrough.h"
+
+#include <gst/gst.h>
+
+namespace {
+
+constexpr char kOutputCaps[] = "text/x-raw, format=(string)utf8, ttml=(boolean)true";
+
+struct AvcTtmlPassThrough {
+  GstElement element;
+  GstPad* sink;
+  GstPad* source;
+};
+
+struct AvcTtmlPassThroughClass {
+  GstElementClass parent;
+};
+
+G_DEFINE_TYPE(AvcTtmlPassThrough, avc_ttml_pass_through, GST_TYPE_ELEMENT)
+
+GstStaticPadTemplate sinkTemplate =
+    GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("application/ttml+xml"));
+GstStaticPadTemplate sourceTemplate = GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS(kOutputCaps));
+
+AvcTtmlPassThrough* self(GstObject* object) { return reinterpret_cast<AvcTtmlPassThrough*>(object); }
+
+GstFlowReturn passBuffer(GstPad*, GstObject* parent, GstBuffer* buffer) { return gst_pad_push(self(parent)->source, buffer); }
+
+gboolean passEvent(GstPad* pad, GstObject* parent, GstEvent* event) {
+  if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return gst_pad_event_default(pad, parent, event);
+  gst_event_unref(event);
+  GstCaps* const caps = gst_caps_from_string(kOutputCaps);
+  const gboolean accepted = gst_pad_push_event(self(parent)->source, gst_event_new_caps(caps));
+  gst_caps_unref(caps);
+  return accepted;
+}
+
+void avc_ttml_pass_through_init(AvcTtmlPassThrough* element) {
+  element->sink = gst_pad_new_from_static_template(&sinkTemplate, "sink");
+  element->source = gst_pad_new_from_static_template(&sourceTemplate, "src");
+  gst_pad_set_chain_function(element->sink, passBuffer);
+  gst_pad_set_event_function(element->sink, passEvent);
+  gst_pad_use_fixed_caps(element->source);
+  gst_element_add_pad(&element->element, element->sink);
+  gst_element_add_pad(&element->element, element->source);
+}
+
+void avc_ttml_pass_through_class_init(AvcTtmlPassThroughClass* type) {
+  GstElementClass* const elementClass = &type->parent;
+  gst_element_class_add_static_pad_template(elementClass, &sinkTemplate);
+  gst_element_class_add_static_pad_template(elementClass, &sourceTemplate);
+  // A parser, not a decoder: a decoder here leaves TTML tracks inside MP4 without a stream type, so that they cannot be selected.
+  gst_element_class_set_static_metadata(elementClass, "TTML pass-through", "Codec/Parser/Subtitle",
+                                        "Hands TTML documents through as text/x-raw", "A/V Control reference platform");
+}
+
+}  // namespace
+
+namespace mediamgmnt {
+
+bool registerTtmlPassThrough() {
+  return gst_element_register(nullptr, "avcttmlpassthrough", GST_RANK_PRIMARY, avc_ttml_pass_through_get_type()) != FALSE;
+}
+
+}  // namespace mediamgmnt
