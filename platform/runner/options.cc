@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/runner/options.h"
+
+#include <charconv>
+#include <string_view>
+
+namespace runner {
+
+namespace {
+
+// Read without the process's locale: "1.5" is one and a half everywhere.
+bool parseSeconds(std::string_view text, double& out) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, out, std::chars_format::fixed);
+  return error == std::errc() && stop == end && !text.empty() && out >= 0 && out < 1e6;
+}
+
+// "FILE.png" or "FILE.png@SECONDS"; an "@" that no number follows belongs to the name.
+bool parseSnapshot(const std::string& text, Options& out) {
+  const std::size_t at = text.rfind('@');
+  double seconds = 0;
+  const bool timed = at != std::string::npos && parseSeconds(std::string_view(text).substr(at + 1), seconds);
+  out.snapshotFile = timed ? text.substr(0, at) : text;
+  out.snapshotSeconds = timed ? seconds : -1;
+  return !out.snapshotFile.empty();
+}
+
+class Parser {
+ public:
+  Parser(int argc, const char* const* argv, Options& out) : m_arguments(argv + 1, argv + argc), m_out(out) {}
+
+  bool run(std::string& error) {
+    for (; m_at < m_arguments.size() && m_error.empty(); ++m_at) {
+      const std::string& argument = m_arguments[m_at];
+      if (argument == "--") {
+        m_out.scriptArguments.assign(m_arguments.begin() + static_cast<std::ptrdiff_t>(m_at) + 1, m_arguments.end());
+        break;
+      }
+      if (argument.size() > 1 && argument[0] == '-') {
+        readOption(argument);
+      } else {
+        m_out.scripts.push_back(argument);
+      }
+    }
+    if (m_error.empty() && !m_out.help && !m_out.version && m_out.scripts.empty()) m_error = "no script given";
+    error = m_error.empty() ? "" : m_error + "; \"avc-run --help\" lists what can be given";
+    return error.empty();
+  }
+
+ private:
+  void readOption(const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    if (readFlag(name, equals != std::string::npos)) return;
+    std::string* const text = textOf(name);
+    const bool other = name == "--timeout" || name == "--snapshot";
+    if (text == nullptr && !other) {
+      m_error = "unknown option " + name;
+      return;
+    }
+    std::string value;
+    if (!readValue(argument, name, equals, value)) return;
+    if (text != nullptr) *text = value;
+    if (other) readSpecial(name, value);
+  }
+
+  bool readFlag(const std::string& name, bool withValue) {
+    bool* const flag = name == "--quiet" || name == "-q"     ? &m_out.quiet
+                       : name == "--help" || name == "-h"    ? &m_out.help
+                       : name == "--version" || name == "-V" ? &m_out.version
+                                                             : nullptr;
+    if (flag == nullptr) return false;
+    *flag = true;
+    if (withValue) m_error = name + " takes no value";
+    return true;
+  }
+
+  std::string* textOf(const std::string& name) {
+    if (name == "--media-library") return &m_out.mediaLibrary;
+    if (name == "--plugin") return &m_out.plugin;
+    if (name == "--document-url") return &m_out.documentUrl;
+    return name == "--trace" ? &m_out.traceFile : nullptr;
+  }
+
+  bool readValue(const std::string& argument, const std::string& name, std::size_t equals, std::string& out) {
+    if (equals != std::string::npos) {
+      out = argument.substr(equals + 1);
+    } else if (m_at + 1 < m_arguments.size()) {
+      out = m_arguments[++m_at];
+    }
+    if (out.empty()) m_error = "option " + name + " needs a value";
+    return !out.empty();
+  }
+
+  void readSpecial(const std::string& name, const std::string& value) {
+    if (name == "--timeout") {
+      const bool good = parseSeconds(value, m_out.timeoutSeconds) && m_out.timeoutSeconds > 0;
+      if (!good) m_error = "--timeout needs a number of seconds above 0, not \"" + value + "\"";
+    } else if (!parseSnapshot(value, m_out)) {
+      m_error = "--snapshot needs a file name, not \"" + value + "\"";
+    }
+  }
+
+  std::vector<std::string> m_arguments;
+  Options& m_out;
+  std::size_t m_at = 0;
+  std::string m_error;
+};
+
+}  // namespace
+
+bool parseOptions(int argc, const char* const* argv, Options& out, std::string& error) {
+  return Parser(argc, argv, out).run(error);
+}
+
+std::string helpText() {
+  return R"(Usage: avc-run [OPTION]... SCRIPT.js... [-- ARGUMENT...]
+
+Runs JavaScript against live A/V Control objects, without a window. The scripts run in the order given, in one global
+scope, inside a small page: document.createElement("object"), a type that is supported, and the element plays.
+
+  --document-url URL          address of the page; relative sources are resolved against it
+                              (default: the file: address of the first script; sources must be http: or https:)
+  --timeout SECONDS           end the run after so long, with status 3 (default: no limit)
+  --snapshot FILE.png[@SECONDS]
+                              write the video plane, 1280x720, as a PNG file: so long after the start, else at the end
+  --trace FILE                write all that crosses the host and the media library, one JSON object a line
+  --quiet, -q                 print only warnings and errors of the script, not console.log, info and debug
+  --media-library PATH        play with this media library (default: libmediamgmnt.so in ../lib beside this program)
+  --plugin PATH               load this plugin (default: libavcontrol.so in ../lib beside this program)
+  --help, -h                  print this text
+  --version, -V               print the version
+  --                          what follows is for the scripts: the global `arguments`
+
+Scripts also have exit(status), readFile(path), console, timers and promises. The run ends by itself when no timer, no
+queued event and no object that is connecting, buffering, playing or paused is left.
+
+Exit status: the script's exit(status); 0 at the natural end; 1 after an uncaught error or an unhandled rejection;
+2 for a wrong command line, a script that cannot be read or a library that cannot be loaded; 3 for the time-out;
+130 and 143 after SIGINT and SIGTERM.
+
+Example:
+  avc-run --timeout 20 --trace out/trace.jsonl --snapshot out/frame.png@2 play.js -- http://127.0.0.1:8080/clip.mp4
+)";
+}
+
+std::string versionText() { return "avc-run " AVC_VERSION "\n"; }
+
+}  // namespace runner

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// The command line of avc-run.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace runner {
+
+inline constexpr int kExitUncaught = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitTimeout = 3;
+
+struct Options {
+  std::vector<std::string> scripts;
+  std::vector<std::string> scriptArguments;  ///< what follows "--"
+  std::string mediaLibrary;                  ///< empty: the default one
+  std::string plugin;
+  std::string documentUrl;
+  std::string traceFile;
+  std::string snapshotFile;
+  double snapshotSeconds = -1;  ///< negative: at the end
+  double timeoutSeconds = 0;    ///< 0: none
+  bool quiet = false;
+  bool help = false;
+  bool version = false;
+};
+
+/// @return false, with one line in @p error that says how to mend it, for a command line that is wrong.
+bool parseOptions(int argc, const char* const* argv, Options& out, std::string& error);
+std::string helpText();
+std::string versionText();
+
+}  // namespace runner

@@ -1,0 +1,521 @@
+// SPDX-License-Identifier: Apache-2.0
+// The A/V Control element: what makes an <object> or <embed> of a supported type a live A/V Control object.
+// The same in every shell; what differs between a headless page and a browser's comes in as `page`.
+//
+// native: create() -> script object of a new native one, or null    id(object) -> number
+//         rows(id) -> {properties: [{name, type, access}], methods: [name]}
+//         destroy(id): never from inside a handler    setDocumentUrl(id, url)    setWindow(id, x, y, width, height)
+//         setFlag(id, name, boolean), flag(id, name) -> boolean    raise(id, eventName): an event without arguments
+//         storedNumber(id, name), storedText(id, name): a stored value, which is no script access
+//         compile(text) -> value of the expression
+// page:   prototypes: where the rows go    isElement(value)    isConnected(element)    localName(element)
+//         getAttribute(element, name) -> text or null    setAttribute(element, name, text)
+//         parameters(element) -> [[name, value]] of its <param> children    box(element) -> {x, y, width, height} or null
+//         documentUrl(element)    resolveUrl(text, base) -> text    dispatch(element, type, fields): to DOM listeners
+//         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
+// The layer that it returns: see the last lines.
+(function (native, page) {
+  'use strict';
+
+  const kTypes = new Set(['video/mp4', 'video/mpeg', 'video/mp2t', 'audio/mpeg', 'audio/mp4', 'application/dash+xml',
+    'application/vnd.apple.mpegurl', 'application/vnd.oipf.contentaccessstreaming+xml']);
+  // Names of the public standard for the positional arguments of an event.
+  const kFields = {
+    PlayStateChange: ['state'],
+    PlayPositionChanged: ['position'],
+    PlaySpeedChanged: ['speed'],
+    SelectedComponentChanged: ['componentType'],
+    DRMRightsError: ['errorState', 'contentID', 'DRMSystemID', 'rightsIssuerURL'],
+    ParentalRatingChange: ['contentID', 'ratings', 'DRMSystemID', 'blocked'],
+    ParentalRatingError: ['contentID', 'ratings', 'DRMSystemID'],
+  };
+  const kAccessAttribute = 2;
+  const kTypeHandler = 8;
+  const kStopped = 0;
+  const kPlaying = 1;
+  const kPaused = 2;
+  const kBuffering = 4;
+  const kFinished = 5;
+  const kError = 6;
+  const kReady = 7;          // raised as a play state when the media library has taken a source; the property never has it
+  const kReadyWait = 2000;   // how long an object that was given a source counts as busy without a word from the library
+  const kStateWait = 15000;  // the same while a pause from stopped or a queued item is on its way
+  const kPlane = { x: 0, y: 0, width: 1280, height: 720 };
+
+  const records = new WeakMap();  // element -> its record
+  const elements = new Map();     // native id -> WeakRef of its element
+  const held = new Map();         // native id -> element: what plays stays alive without a reference from the page
+  const refused = new WeakSet();  // elements whose native object could not be made
+  const retired = [];             // native ids to destroy when the running handler has returned
+  const removed = new Set();      // elements that left their document meanwhile
+  const attributes = new Map();   // attribute name -> row name
+  const handlers = new Map();     // lower-case handler name -> handler name
+  let rowsDefined = false;
+  let geometryChanged = false;
+
+  function supported(element) {
+    const type = page.getAttribute(element, 'type');
+    return type !== null && kTypes.has(type.split(';')[0].trim().toLowerCase());
+  }
+
+  const stateOf = (record) => native.storedNumber(record.id, 'playState');
+  const sourceOf = (record) => native.storedText(record.id, 'data');
+
+  // The record of an element that is, or now becomes, a live object; undefined for any other value.
+  function lookup(element) {
+    const record = records.get(element);
+    if (record !== undefined) return record;
+    if (!page.isElement(element) || !supported(element) || refused.has(element)) return undefined;
+    return upgrade(element);
+  }
+
+  function upgrade(element) {
+    const object = native.create();
+    if (object === null) {
+      refused.add(element);
+      page.warn('no A/V Control object could be made for an element of type ' + page.getAttribute(element, 'type'));
+      return undefined;
+    }
+    const id = native.id(object);
+    if (!rowsDefined) defineRows(native.rows(id));
+    const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null };
+    records.set(element, record);
+    elements.set(id, new WeakRef(element));
+    native.setDocumentUrl(id, page.documentUrl(element));
+    native.setFlag(id, 'fullScreen', false);
+    applyMarkup(element, record);
+    return record;
+  }
+
+  // The source comes last: most of the others take effect when a source is set.
+  function applyMarkup(element, record) {
+    for (const [name, row] of attributes) {
+      const value = page.getAttribute(element, name);
+      if (value !== null) record.object[row] = value;
+    }
+    for (const [name, value] of page.parameters(element)) applyParameter(record, name, value);
+    for (const name of handlers.values()) {
+      const text = page.getAttribute(element, name);
+      if (text !== null && !Object.hasOwn(element, name)) compileHandler(element, name, text);
+    }
+    placeWindow(element, record);
+    const source = sourceAttribute(element);
+    if (source !== null && source.trim() !== '') setSource(element, record, source);
+  }
+
+  function applyParameter(record, name, value) {
+    const key = name.toLowerCase();
+    if (key !== 'type' && attributes.has(key)) record.object[attributes.get(key)] = value;
+  }
+
+  // <embed> names its source "src" in markup; pages that treat both elements alike set "data".
+  function sourceAttribute(element) {
+    const data = page.getAttribute(element, 'data');
+    return data === null && page.localName(element) === 'embed' ? page.getAttribute(element, 'src') : data;
+  }
+
+  function retire(element, record) {
+    records.delete(element);
+    elements.delete(record.id);
+    held.delete(record.id);
+    retired.push(record.id);
+  }
+
+  // ---- source, type and other attributes
+
+  function absoluteSource(element, text) {
+    if (/^https?:/.test(text)) return text;
+    return page.resolveUrl(text, page.documentUrl(element));
+  }
+
+  function setSource(element, record, text) {
+    const url = absoluteSource(element, text.trim());
+    if (!/^https?:/.test(url)) {
+      page.warn('"' + url + '" is no http: or https: address and cannot play; serve the file over HTTP (for example with ' +
+        '"python3 -m http.server") or give a --document-url that begins with http');
+    }
+    record.queued = false;
+    record.renewing = false;
+    record.object.data = url;
+    if (sourceOf(record) === url) expect(element, record, kReadyWait, true);
+    updateHold(element, record);
+  }
+
+  // No source: the object is given up and a fresh one takes its place, with the state that a page then expects.
+  function releaseSource(element, record) {
+    if (sourceOf(record) === '') return;
+    const wasStopped = stateOf(record) === kStopped;
+    retire(element, record);
+    upgrade(element);
+    if (!wasStopped) page.queueTask(() => raise(element, 'onPlayStateChange', [kStopped]));
+  }
+
+  function sourceChanged(element, record) {
+    const source = sourceAttribute(element);
+    if (source === null || source.trim() === '') {
+      releaseSource(element, record);
+    } else {
+      setSource(element, record, source);
+    }
+  }
+
+  function typeChanged(element, record) {
+    if (!supported(element)) {
+      retire(element, record);
+      return;
+    }
+    if (stateOf(record) !== kStopped) record.object.stop();
+    if (stateOf(record) === kStopped) {
+      record.object.type = page.getAttribute(element, 'type');
+      return;
+    }
+    retire(element, record);  // a stop is refused while connecting
+    upgrade(element);
+    page.queueTask(() => raise(element, 'onPlayStateChange', [kStopped]));
+  }
+
+  function compileHandler(element, name, text) {
+    const type = name.slice(2);
+    element[name] = text === null ? null : new Function(...(kFields[type] || ['event']), text);
+  }
+
+  function attributeChanged(element, attribute) {
+    const name = attribute.toLowerCase();
+    const value = page.getAttribute(element, name);
+    if (name === 'type') refused.delete(element);
+    const record = records.get(element);
+    if (record === undefined) {
+      lookup(element);  // a new object reads all attributes
+    } else if (name === 'type') {
+      typeChanged(element, record);
+    } else if (name === 'data' || name === 'src') {
+      sourceChanged(element, record);
+    } else if (attributes.has(name) && value !== null) {
+      record.object[attributes.get(name)] = value;
+    }
+    if (record !== undefined && handlers.has(name)) compileHandler(element, handlers.get(name), value);
+    if (name === 'style' || name === 'width' || name === 'height') geometryChanged = true;
+  }
+
+  // ---- rows on the elements' prototypes
+
+  function assign(element, record, name, value) {
+    const attribute = name.toLowerCase();
+    if (name === 'data') {
+      const empty = value === null || value === undefined;
+      if (!empty && typeof value !== 'string') record.object.data = value;  // refused, as the script table says
+      else page.setAttribute(element, 'data', empty ? '' : value);
+    } else if (attributes.has(attribute)) {
+      page.setAttribute(element, attribute, String(value));
+    } else {
+      record.object[name] = value;
+    }
+  }
+
+  const calls = {
+    play(element, record, parameters) {
+      record.renewing = false;
+      placeWindow(element, record);
+      const speed = parameters.length === 0 ? 1 : parameters[0];
+      const result = record.object.play(...parameters);
+      if (typeof speed === 'number' && speed !== 0) record.speed = speed;
+      if (speed === 0 && stateOf(record) === kStopped) expect(element, record, kStateWait, false);
+      updateHold(element, record);
+      return result;
+    },
+    stop(element, record, parameters) {
+      record.queued = false;
+      record.renewing = false;
+      record.waitUntil = 0;
+      const result = record.object.stop(...parameters);
+      updateHold(element, record);
+      return result;
+    },
+    queue(element, record, parameters) {
+      const parameter = parameters[0];
+      const url = typeof parameter === 'string' && parameter !== '' && parameter !== 'null' ? absoluteSource(element, parameter) : null;
+      const state = stateOf(record);
+      const result = url === null ? record.object.queue(...parameters) : record.object.queue(url);
+      if (url === null) record.queued = false;
+      else if (result === true && state !== kStopped && state !== kFinished) record.queued = true;
+      updateHold(element, record);
+      return result;
+    },
+  };
+
+  function original(descriptor, element) {
+    if (descriptor === undefined) return undefined;
+    return descriptor.get === undefined ? descriptor.value : Reflect.apply(descriptor.get, element, []);
+  }
+
+  function setOriginal(descriptor, element, name, value) {
+    if (descriptor !== undefined && descriptor.set !== undefined) Reflect.apply(descriptor.set, element, [value]);
+    else Object.defineProperty(element, name, { value, writable: true, enumerable: true, configurable: true });
+  }
+
+  function inherited(prototype, name) {
+    for (let at = prototype; at !== null; at = Object.getPrototypeOf(at)) {
+      const descriptor = Object.getOwnPropertyDescriptor(at, name);
+      if (descriptor !== undefined) return descriptor;
+    }
+    return undefined;
+  }
+
+  // A getter of its own for each row, so that the engine sees one property access in each.
+  function makeGetter(name) {
+    return native.compile(`(function (records, lookup, original) {
+      return function (descriptor) {
+        return function () {
+          const record = records.get(this);
+          if (record !== undefined) return record.object.${name};
+          const made = lookup(this);
+          return made === undefined ? original(descriptor, this) : made.object.${name};
+        };
+      };
+    })`)(records, lookup, original);
+  }
+
+  function defineProperty(prototype, name, makeRead) {
+    const descriptor = inherited(prototype, name);
+    Object.defineProperty(prototype, name, {
+      configurable: true,
+      enumerable: true,
+      get: makeRead(descriptor),
+      set(value) {
+        const record = lookup(this);
+        if (record === undefined) setOriginal(descriptor, this, name, value);
+        else assign(this, record, name, value);
+      },
+    });
+  }
+
+  function makeMethod(name, run) {
+    return {
+      [name](...parameters) {
+        return run(this, lookup(this) || noReceiver(name), parameters);
+      },
+    }[name];
+  }
+
+  function noReceiver(name) {
+    throw new TypeError(name + ' called on something that is no A/V Control object');
+  }
+
+  // Like the getters: one call in each, and no list of arguments where there is at most one.
+  function makePlainMethod(name) {
+    return native.compile(`(function (records, lookup, noReceiver) {
+      return { ${name}() {
+        const record = records.get(this) || lookup(this) || noReceiver('${name}');
+        if (arguments.length === 0) return record.object.${name}();
+        return arguments.length === 1 ? record.object.${name}(arguments[0]) : record.object.${name}(...arguments);
+      } }.${name};
+    })`)(records, lookup, noReceiver);
+  }
+
+  // An accessor, so that `typeof element.play` says "undefined" on an element of another type.
+  function defineMethod(prototype, name, method) {
+    const descriptor = inherited(prototype, name);
+    Object.defineProperty(prototype, name, {
+      configurable: true,
+      enumerable: true,
+      get() {
+        return lookup(this) === undefined ? original(descriptor, this) : method;
+      },
+      set(value) {
+        Object.defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
+      },
+    });
+  }
+
+  function defineRows(rows) {
+    rowsDefined = true;
+    for (const row of rows.properties) {
+      if (row.access === kAccessAttribute) attributes.set(row.name.toLowerCase(), row.name);
+      if (row.type === kTypeHandler) handlers.set(row.name.toLowerCase(), row.name);
+    }
+    const values = rows.properties.filter((row) => row.type !== kTypeHandler).map((row) => [row.name, makeGetter(row.name)]);
+    const methods = rows.methods.map((name) => [name, calls[name] === undefined ? makePlainMethod(name) : makeMethod(name, calls[name])]);
+    methods.push(['setFullScreen', makeMethod('setFullScreen', setFullScreen)]);
+    for (const prototype of page.prototypes) {
+      for (const [name, makeRead] of values) defineProperty(prototype, name, makeRead);
+      for (const [name, method] of methods) defineMethod(prototype, name, method);
+      // A page's handler becomes the element's own property: the collector then sees what it refers to.
+      for (const name of handlers.values()) Object.defineProperty(prototype, name, { value: null, writable: true, configurable: true });
+      defineFullScreen(prototype);
+    }
+  }
+
+  // ---- geometry and full screen
+
+  function sameBox(a, b) {
+    return a !== null && a.x === b.x && a.y === b.y && a.width === b.width && a.height === b.height;
+  }
+
+  function sendWindow(record, box) {
+    native.setWindow(record.id, box.x, box.y, box.width, box.height);
+  }
+
+  function placeWindow(element, record) {
+    const box = page.box(element);
+    if (box === null || sameBox(record.box, box)) return;
+    record.box = box;
+    if (!native.flag(record.id, 'fullScreen')) sendWindow(record, box);
+  }
+
+  function setFullScreen(element, record, parameters) {
+    const on = Boolean(parameters[0]);
+    if (native.flag(record.id, 'fullScreen') === on) return;
+    placeWindow(element, record);
+    sendWindow(record, on || record.box === null ? kPlane : record.box);
+    native.setFlag(record.id, 'fullScreen', on);
+    native.raise(record.id, 'onFullScreenChange');
+  }
+
+  function defineFullScreen(prototype) {
+    Object.defineProperty(prototype, 'fullScreen', {
+      configurable: true,
+      enumerable: true,
+      get() {
+        const record = lookup(this);
+        return record === undefined ? undefined : native.flag(record.id, 'fullScreen');
+      },
+      set() {},  // only setFullScreen changes it
+    });
+  }
+
+  // ---- events
+
+  function runHandler(element, name, parameters) {
+    const handler = element[name];
+    if (typeof handler !== 'function') return;
+    try {
+      Reflect.apply(handler, element, parameters);
+    } catch (error) {
+      page.reportError(error);
+    }
+  }
+
+  // The handler property first, with positional arguments, then the listeners; the event does not bubble.
+  function raise(element, name, parameters) {
+    runHandler(element, name, parameters);
+    const type = name.startsWith('on') ? name.slice(2) : name;
+    const fields = {};
+    (kFields[type] || []).forEach((field, index) => { fields[field] = parameters[index]; });
+    page.dispatch(element, type, fields);
+  }
+
+  function fire(id, name, parameters) {
+    const weak = elements.get(id);
+    const element = weak === undefined ? undefined : weak.deref();
+    if (element === undefined) return;
+    const record = records.get(element);
+    const state = name === 'onPlayStateChange' ? parameters[0] : undefined;
+    if (state !== undefined) noteState(element, record, state);
+    raise(element, name, parameters);
+    if (records.get(element) !== record) return;  // a handler gave the object up
+    if (state !== undefined) playOn(record, state);
+    updateHold(element, record);
+  }
+
+  // ---- a queued item plays on, although the object leaves it paused at its start
+
+  function noteState(element, record, state) {
+    const awaited = record.waitsForReady ? state === kReady || state === kError : state !== kReady && !record.renewing;
+    if (awaited) record.waitUntil = 0;
+    if (state === kFinished && record.queued) {
+      record.queued = false;
+      record.renewing = true;
+      expect(element, record, kStateWait, false);
+    } else if (state === kStopped && !record.renewing) {
+      record.queued = false;
+    } else if (record.renewing && (state === kPlaying || state === kBuffering || state === kError)) {
+      record.renewing = false;
+    }
+  }
+
+  function playOn(record, state) {
+    if (record.renewing && (state === kStopped || state === kPaused)) record.object.play(record.speed);
+  }
+
+  // No event tells that the library has connected to the source, and a play from paused before that does nothing.
+  function retryPlayOn(record) {
+    if (record.renewing && page.now() > record.waitUntil) record.renewing = false;
+    if (record.renewing && stateOf(record) === kPaused) record.object.play(record.speed);
+  }
+
+  // ---- life
+
+  function expect(element, record, milliseconds, ready) {
+    record.waitUntil = page.now() + milliseconds;
+    record.waitsForReady = ready;
+    held.set(record.id, element);
+  }
+
+  function isBusy(record) {
+    const state = stateOf(record);
+    return (state >= kPlaying && state <= kBuffering) || record.waitUntil > page.now();
+  }
+
+  function updateHold(element, record) {
+    if (isBusy(record)) held.set(record.id, element);
+    else held.delete(record.id);
+  }
+
+  function flush() {
+    for (const element of removed) {
+      const record = records.get(element);
+      if (record !== undefined && !page.isConnected(element)) retire(element, record);
+    }
+    removed.clear();
+    if (geometryChanged) placeWindows();
+    while (retired.length > 0) native.destroy(retired.shift());
+  }
+
+  function placeWindows() {
+    geometryChanged = false;
+    forEachObject(placeWindow);
+  }
+
+  function forEachObject(visit) {
+    for (const [id, weak] of elements) {
+      const element = weak.deref();
+      if (element !== undefined) {
+        visit(element, records.get(element));
+        continue;
+      }
+      elements.delete(id);  // collected: it was never in a document and nothing refers to it
+      retired.push(id);
+    }
+  }
+
+  return {
+    // For the shell.
+    fire,                      // (id, name, arguments): one event of a native object
+    flush,                     // after each entry into script: what had to wait for the running handler to return
+    tick() {                   // a few times a second while objects exist
+      forEachObject((element, record) => { retryPlayOn(record); updateHold(element, record); });
+      flush();
+    },
+    busy() {                   // is anything still going to happen by itself?
+      for (const [id, element] of [...held]) {
+        const record = records.get(element);
+        if (record === undefined || record.id !== id) held.delete(id);
+        else updateHold(element, record);
+      }
+      return held.size > 0;
+    },
+    destroyAll() {
+      forEachObject((element, record) => retire(element, record));
+      flush();
+    },
+    // For the page.
+    attributeChanged,          // (element, name): its attribute was set or removed
+    inserted: lookup,          // (element): it was put into a document
+    removed(element) { if (records.has(element)) removed.add(element); },
+    parameterAdded(element, name, value) {
+      const record = records.get(element);
+      if (record !== undefined) applyParameter(record, name, value);
+    },
+    layoutChanged() { geometryChanged = true; },
+  };
+})

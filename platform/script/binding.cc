@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/script/binding.h"
+
+#include <utility>
+
+#include "platform/script/js_text.h"
+
+namespace script {
+
+namespace {
+
+// Identity is kept on the script side, weakly: a reference held from C++ would either keep the object for ever or outlive it.
+constexpr char kIdentitySource[] = R"js((function () {
+  'use strict';
+  const known = new Map();
+  let sweepAt = 64;
+  function sweep() {
+    for (const [id, weak] of known) if (weak.deref() === undefined) known.delete(id);
+    sweepAt = Math.max(64, known.size * 2);
+  }
+  return {
+    known(id) { const weak = known.get(id); return weak === undefined ? undefined : weak.deref(); },
+    remember(id, object) { if (known.size >= sweepAt) sweep(); known.set(id, new WeakRef(object)); },
+  };
+})())js";
+
+JSObjectRef protectedFunction(JSContextRef context, JSValueRef holder, const char* name) {
+  JSObjectRef function = asFunction(context, property(context, JSValueToObject(context, holder, nullptr), name));
+  JSValueProtect(context, function);
+  return function;
+}
+
+// Ids are counted from 1: a double holds every one that a process can reach.
+JSValueRef idValue(JSContextRef context, std::uint64_t id) { return JSValueMakeNumber(context, static_cast<double>(id)); }
+
+}  // namespace
+
+Binding::Binding(JSGlobalContextRef context, std::shared_ptr<pluginhost::PluginLibrary> library)
+    : m_context(context), m_library(std::move(library)) {
+  const JSValueRef identity = JSEvaluateScript(context, JsText(kIdentitySource), nullptr, nullptr, 1, nullptr);
+  m_known = protectedFunction(context, identity, "known");
+  m_remember = protectedFunction(context, identity, "remember");
+}
+
+Binding::~Binding() {
+  destroyAll();
+  JSValueUnprotect(m_context, m_known);
+  JSValueUnprotect(m_context, m_remember);
+}
+
+JSObjectRef Binding::create() {
+  std::shared_ptr<CorvelNativePluginBase> plugin = m_library->create();
+  if (plugin == nullptr) return nullptr;
+  const std::uint64_t id = pluginhost::objectId(*plugin);
+  auto slot = std::make_shared<NativeSlot>(NativeSlot{std::move(plugin)});
+  m_plugins.emplace(id, slot);
+  return instantiate(id, slot);
+}
+
+CorvelNativePluginBase* Binding::plugin(std::uint64_t id) const {
+  const auto found = m_plugins.find(id);
+  return found == m_plugins.end() ? nullptr : CorvelNativePluginBase::cast(found->second->object.get());
+}
+
+void Binding::destroy(std::uint64_t id) {
+  const auto found = m_plugins.find(id);
+  if (found == m_plugins.end()) return;
+  const std::shared_ptr<NativeSlot> slot = found->second;
+  m_plugins.erase(found);
+  // From here on script reads undefined, also from a script call that the wait inside willBeDestroyed could never let in.
+  const std::shared_ptr<CorvelNativePropertyBase> object = std::exchange(slot->object, nullptr);
+  CorvelNativePluginBase::cast(object.get())->willBeDestroyed();
+}
+
+void Binding::destroyAll() {
+  while (!m_plugins.empty()) destroy(m_plugins.begin()->first);
+}
+
+JSValueRef Binding::wrap(const std::shared_ptr<CorvelNativePropertyBase>& object) {
+  const std::uint64_t id = pluginhost::objectId(*object);
+  const JSValueRef argument = idValue(m_context, id);
+  const JSValueRef known = JSObjectCallAsFunction(m_context, m_known, nullptr, 1, &argument, nullptr);
+  if (known != nullptr && JSValueIsObject(m_context, known)) return known;
+  return instantiate(id, std::make_shared<NativeSlot>(NativeSlot{object}));
+}
+
+JSObjectRef Binding::instantiate(std::uint64_t id, const std::shared_ptr<NativeSlot>& slot) {
+  JSObjectRef object = classOf(*slot->object).instantiate(slot);
+  const JSValueRef arguments[] = {idValue(m_context, id), object};
+  JSObjectCallAsFunction(m_context, m_remember, nullptr, 2, arguments, nullptr);
+  return object;
+}
+
+const ScriptClass& Binding::classOf(const CorvelNativePropertyBase& object) {
+  std::unique_ptr<ScriptClass>& known = m_classes[pluginhost::tableId(object)];
+  if (known == nullptr) known = std::make_unique<ScriptClass>(m_context, object, *this);
+  return *known;
+}
+
+}  // namespace script

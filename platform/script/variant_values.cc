@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/script/variant_values.h"
+
+#include <cmath>
+#include <limits>
+
+#include "platform/script/js_text.h"
+#include "platform/script/script_class.h"
+
+namespace script {
+
+namespace {
+
+JSValueRef textToScript(JSContextRef context, const _CorvelNativeString& text) {
+  if (text.text == nullptr) return JSValueMakeNull(context);
+  return makeString(context, {text.text, text.length});
+}
+
+bool isWhole32(double number) {
+  constexpr double kLow = std::numeric_limits<std::int32_t>::min();
+  constexpr double kHigh = std::numeric_limits<std::int32_t>::max();
+  return number >= kLow && number <= kHigh && std::trunc(number) == number;
+}
+
+void setNumber(double number, _CorvelNativeVariant& out) {
+  if (isWhole32(number)) {
+    cvnplUtil::set(static_cast<int>(number), out);
+  } else {
+    cvnplUtil::set(number, out);
+  }
+}
+
+void setObject(JSContextRef context, JSValueRef value, _CorvelNativeVariant& out) {
+  const std::shared_ptr<CorvelNativePropertyBase>* object = nativeObject(context, value);
+  if (object != nullptr && *object != nullptr) cvnplUtil::set(*object, out);  // other objects stay undefined
+}
+
+void setHostValue(JSContextRef context, JSValueRef value, std::string& text, _CorvelNativeVariant& out) {
+  switch (JSValueGetType(context, value)) {
+    case kJSTypeNull: out.details.type = CORVEL_NO_VALUE; return;
+    case kJSTypeBoolean: return cvnplUtil::set(JSValueToBoolean(context, value), out);
+    case kJSTypeNumber: return setNumber(JSValueToNumber(context, value, nullptr), out);
+    case kJSTypeString:
+      text = toUtf8(context, value);
+      return cvnplUtil::set(text.data(), out, static_cast<int>(text.size()), false);
+    case kJSTypeObject: return setObject(context, value, out);
+    case kJSTypeUndefined:
+    case kJSTypeSymbol:
+    default: return;  // undefined
+  }
+}
+
+}  // namespace
+
+JSValueRef toScript(JSContextRef context, const _CorvelNativeVariant& value, ObjectWrapper& wrapper) {
+  switch (value.details.type) {
+    case CORVEL_NO_VALUE: return JSValueMakeNull(context);
+    case CORVEL_BOOLEAN: return JSValueMakeBoolean(context, value.boolean);
+    case CORVEL_INTEGER: return JSValueMakeNumber(context, value.integer);
+    case CORVEL_DOUBLE: return JSValueMakeNumber(context, value.number);
+    case CORVEL_STRING: return textToScript(context, value.string);
+    case CORVEL_OBJECT: return value.object.object == nullptr ? JSValueMakeNull(context) : wrapper.wrap(value.object.object);
+    default: return JSValueMakeUndefined(context);
+  }
+}
+
+HostValues::HostValues(JSContextRef context, const JSValueRef values[], std::size_t count)
+    : m_count(static_cast<unsigned int>(count)) {
+  if (count > kFew) {
+    m_manyTexts.resize(count);
+    m_many.resize(count);
+  }
+  std::string* const texts = count > kFew ? m_manyTexts.data() : m_fewTexts.data();
+  _CorvelNativeVariant* const out = count > kFew ? m_many.data() : m_few.data();
+  for (std::size_t i = 0; i < count; ++i) setHostValue(context, values[i], texts[i], out[i]);
+}
+
+}  // namespace script

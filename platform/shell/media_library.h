@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Loads a media library and puts it behind the ten media functions of this process, which the plugin finds as ordinary symbols.
+// Beside them a library may offer a video plane and an orderly end (media_plane.h).
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/mediamgmnt.h"
+#include "platform/mediamgmnt/media_plane.h"
+
+#define AVCSHELL_API __attribute__((visibility("default")))
+
+namespace shell {
+
+/// One per process at a time. While there is none, the ten functions answer as a library without resources would: 0.
+/// Made before the first player and destroyed after the last; the library's code stays loaded until the process ends, because its
+/// threads may still run out of it. Threads: construction and destruction on the main thread, the rest any.
+class AVCSHELL_API MediaLibrary {
+ public:
+  /// @return null, with one line in @p error that says what is wrong, when the file cannot be loaded or lacks one of the ten.
+  static std::unique_ptr<MediaLibrary> load(const std::string& path, std::string& error);
+  MediaLibrary(const MediaLibrary&) = delete;
+  MediaLibrary& operator=(const MediaLibrary&) = delete;
+  ~MediaLibrary();
+
+  bool hasPlane() const;
+  /// Copies the present picture (kMediaPlaneBytes bytes, BGRx). @return false when there is no plane.
+  bool snapshot(unsigned char* pixels, unsigned int size) const;
+  bool exportPlane(MediaPlaneExport& out) const;
+  unsigned long planeFrames() const;
+  /// @return false when threads of closed players are left after @p timeoutMs. True at once where the library cannot tell.
+  bool waitIdle(int timeoutMs) const;
+
+ private:
+  MediaLibrary() = default;
+};
+
+}  // namespace shell

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/shell/trace.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <utility>
+
+#include "platform/pluginhost/shell.h"
+#include "platform/shell/media_seam.h"
+#include "platform/shell/trace_line.h"
+
+namespace shell {
+
+/// Keys: "object" is the native object's number, "player" the media library's handle.
+class Trace::Writer : public pluginhost::Observer, public SeamObserver {
+ public:
+  explicit Writer(std::FILE* file) : m_file(file) {}
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+  ~Writer() override { std::fclose(m_file); }
+
+  void propertyChanged(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant& value) override {
+    write(TraceLine("property-change", name).number("object", objectId).values("arguments", &value, 1).null("result"));
+  }
+
+  void eventRaised(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant* args, unsigned int count) override {
+    write(TraceLine("event", name).number("object", objectId).values("arguments", args, count).null("result"));
+  }
+
+  void propertyRead(std::uint64_t objectId, std::string_view name, bool ok, const _CorvelNativeVariant& value) override {
+    TraceLine line("script-read", name);
+    line.number("object", objectId).values("arguments", nullptr, 0).boolean("ok", ok);
+    write(ok ? line.value("result", value) : line.null("result"));
+  }
+
+  void propertyWritten(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant& value, bool ok) override {
+    write(TraceLine("script-write", name).number("object", objectId).values("arguments", &value, 1).boolean("result", ok));
+  }
+
+  void methodCalled(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant* args, unsigned int argc, bool ok,
+                    const _CorvelNativeVariant& result) override {
+    TraceLine line("script-call", name);
+    line.number("object", objectId).values("arguments", args, argc).boolean("ok", ok);
+    write(ok ? line.value("result", result) : line.null("result"));
+  }
+
+  void mediaCall(unsigned long handle, std::string_view kind, std::string_view name, const char* argument, bool ok,
+                 const char* result) override {
+    TraceLine line(kind, name);
+    line.number("player", handle).argument("arguments", argument);
+    if (result == nullptr) {
+      write(line.boolean("result", ok));
+    } else {
+      write(line.text("result", result));
+    }
+  }
+
+  void mediaCallback(unsigned long handle, std::string_view kind, std::string_view name) override {
+    write(TraceLine(kind, name).number("player", handle).argument("arguments", nullptr).null("result"));
+  }
+
+ private:
+  void write(TraceLine& line) {
+    const std::string& text = line.finish();
+    const std::lock_guard lock(m_mutex);
+    std::fwrite(text.data(), 1, text.size(), m_file);
+  }
+
+  std::mutex m_mutex;
+  std::FILE* m_file;
+};
+
+std::unique_ptr<Trace> Trace::open(const std::string& path, std::string& error) {
+  std::FILE* file = std::fopen(path.c_str(), "we");
+  if (file == nullptr) {
+    error = "cannot write the trace file " + path + ": " + std::strerror(errno);
+    return nullptr;
+  }
+  std::setvbuf(file, nullptr, _IOLBF, 1 << 16);  // whole lines reach the file even when the process dies
+  return std::unique_ptr<Trace>(new Trace(std::make_unique<Writer>(file)));
+}
+
+Trace::Trace(std::unique_ptr<Writer> writer) : m_writer(std::move(writer)) {
+  pluginhost::setObserver(m_writer.get());
+  setSeamObserver(m_writer.get());
+}
+
+Trace::~Trace() {
+  setSeamObserver(nullptr);
+  pluginhost::setObserver(nullptr);
+}
+
+}  // namespace shell
