@@ -1,0 +1,250 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Makes the sample media of the tests and the demo: small, the same bytes every time, nothing downloaded.
+
+    make_media.py OUTDIR
+
+What is made (every picture is a moving test card, every sound a tone: 440 Hz English, 880 Hz German, 220 Hz described):
+
+    OUTDIR/two.mp4 tail.mp4 frag.mp4 two.ts tone.mp3 tone.aac tone.m4a     20 s, 640x360, 25 frames/s, two languages
+    OUTDIR/dash/av.mpd long-tag.mpd                                        the same as DASH; a start tag longer than 512 bytes
+    OUTDIR/hls/master.m3u8                                                 the same as HLS with an audio group
+    OUTDIR/hls/muxed.m3u8                                                  HLS with picture and sound in one segment
+    OUTDIR/short/...                                                       all of the above in 4 s
+    OUTDIR/broken/...                                                      what must fail; see makeBroken()
+
+It does nothing when OUTDIR holds what this version of the script makes. Needs ffmpeg with libx264 and libmp3lame.
+"""
+import concurrent.futures
+import fcntl
+import hashlib
+import os
+import random
+import re
+import shutil
+import subprocess
+import sys
+
+LONG_S = 20
+SHORT_S = 4
+SAMPLE_RATE = 48000
+FRAME_RATE = 25
+BIT_EXACT = ["-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact", "-map_metadata", "-1"]
+LANGUAGES = ["-metadata:s:a:0", "language=eng", "-metadata:s:a:1", "language=deu"]
+STAMP = "stamp"
+
+
+def ffmpeg(*args, cwd=None):
+    command = ["ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y", *map(str, args)]
+    result = subprocess.run(command, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    if result.returncode != 0:
+        raise RuntimeError("ffmpeg failed: %s\n%s" % (" ".join(command), result.stdout))
+
+
+def videoArguments(gop, rate_k):
+    return ["-c:v", "libx264", "-preset", "veryfast", "-threads", "1", "-profile:v", "main", "-pix_fmt", "yuv420p", "-g", gop,
+            "-keyint_min", gop, "-sc_threshold", "0", "-b:v", "%dk" % rate_k, "-maxrate", "%dk" % (rate_k * 7 // 6),
+            "-bufsize", "%dk" % (rate_k * 2)]
+
+
+class Set:
+    """One complete set of media of one length. The encoders run once each; everything else is a copy of their streams."""
+
+    def __init__(self, folder, seconds, segment_s):
+        self.folder = folder
+        self.seconds = seconds
+        self.segment_s = segment_s
+        self.master = os.path.join(folder, "master")
+        os.makedirs(self.master)
+
+    def encodeVideo(self, name, size, rate_k):
+        source = "testsrc2=s=%s:r=%d:d=%d" % (size, FRAME_RATE, self.seconds)
+        ffmpeg("-f", "lavfi", "-i", source, *videoArguments(FRAME_RATE * self.segment_s, rate_k), *BIT_EXACT,
+               os.path.join(self.master, name + ".mp4"))
+
+    def encodeSound(self):
+        tones = []
+        outputs = []
+        for index, (name, hertz) in enumerate([("eng", 440), ("deu", 880), ("described", 220)]):
+            tones += ["-f", "lavfi", "-i", "sine=f=%d:r=%d:d=%d" % (hertz, SAMPLE_RATE, self.seconds)]
+            outputs += ["-map", "%d:a" % index, "-c:a", "aac", "-b:a", "96k", "-ac", "2", *BIT_EXACT,
+                        os.path.join(self.master, name + ".m4a")]
+        outputs += ["-map", "0:a", "-c:a", "libmp3lame", "-b:a", "128k", "-id3v2_version", "0", *BIT_EXACT,
+                    os.path.join(self.folder, "tone.mp3")]
+        ffmpeg(*tones, *outputs)
+
+    def inputs(self, *names):
+        return [word for name in names for word in ("-i", os.path.join(self.master, name))]
+
+    def makeFiles(self):
+        two = [*self.inputs("video.mp4", "eng.m4a", "deu.m4a"), "-map", "0:v", "-map", "1:a", "-map", "2:a", "-c", "copy", *BIT_EXACT,
+               *LANGUAGES]
+        out = lambda name: os.path.join(self.folder, name)
+        ffmpeg(*two, "-movflags", "+faststart", out("two.mp4"))
+        ffmpeg(*two, out("tail.mp4"))
+        ffmpeg(*two, "-movflags", "+frag_keyframe+empty_moov+default_base_moof", out("frag.mp4"))
+        ffmpeg(*two, "-disposition:a:1", "visual_impaired", "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("two.ts"))
+        sound = [*self.inputs("eng.m4a"), "-c", "copy", *BIT_EXACT]
+        ffmpeg(*sound, "-movflags", "+faststart", out("tone.m4a"))
+        ffmpeg(*sound, "-f", "adts", out("tone.aac"))
+
+    def makeDash(self):
+        folder = os.path.join(self.folder, "dash")
+        os.makedirs(folder)
+        ffmpeg(*self.inputs("video.mp4", "small.mp4", "eng.m4a", "deu.m4a", "described.m4a"), "-map", "0:v", "-map", "1:v", "-map", "2:a",
+               "-map", "3:a", "-map", "4:a", "-c", "copy", *BIT_EXACT, *LANGUAGES, "-metadata:s:a:2", "language=eng", "-f", "dash",
+               "-seg_duration", self.segment_s, "-use_template", "1", "-use_timeline", "0",
+               "-init_seg_name", "init-$RepresentationID$.m4s", "-media_seg_name", "seg-$RepresentationID$-$Number%05d$.m4s",
+               "-adaptation_sets", "id=0,streams=0,1 id=1,streams=2 id=2,streams=3 id=3,streams=4", os.path.join(folder, "raw.mpd"))
+        with open(os.path.join(folder, "raw.mpd"), encoding="utf-8") as file:
+            manifest = withRoles(file.read())
+        os.remove(os.path.join(folder, "raw.mpd"))
+        write(os.path.join(folder, "av.mpd"), manifest)
+        # A root start tag that ends behind byte 512: ordinary in the field, and a known trap for type detection.
+        filler = "".join(' xmlns:filler%d="urn:example:filler:%d"' % (index, index) for index in range(20))
+        write(os.path.join(folder, "long-tag.mpd"), manifest.replace("<MPD ", "<MPD%s " % filler, 1))
+
+    def makeHls(self):
+        folder = os.path.join(self.folder, "hls")
+        os.makedirs(folder)
+        common = ["-c", "copy", *BIT_EXACT, "-f", "hls", "-hls_time", self.segment_s, "-hls_playlist_type", "vod", "-hls_segment_type",
+                  "mpegts", "-hls_flags", "independent_segments"]
+        for name in ("video.mp4", "eng.m4a", "deu.m4a"):
+            stem = name.split(".")[0]
+            ffmpeg("-i", os.path.join("..", "master", name), *common, "-hls_segment_filename", stem + "_%03d.ts", stem + ".m3u8", cwd=folder)
+        ffmpeg("-i", os.path.join("..", "master", "video.mp4"), "-i", os.path.join("..", "master", "eng.m4a"), "-map", "0:v", "-map", "1:a",
+               *common, "-hls_segment_filename", "muxed_%03d.ts", "muxed.m3u8", cwd=folder)
+        write(os.path.join(folder, "master.m3u8"), HLS_MASTER)
+
+    def finish(self):
+        shutil.rmtree(self.master)
+
+
+HLS_MASTER = """#EXTM3U
+#EXT-X-VERSION:6
+#EXT-X-INDEPENDENT-SEGMENTS
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="English",DEFAULT=YES,AUTOSELECT=YES,LANGUAGE="eng",URI="eng.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="deu",URI="deu.m3u8"
+#EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,CODECS="avc1.4d401e,mp4a.40.2",AUDIO="sound"
+video.m3u8
+"""
+
+ROLES = {
+    1: '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="main"/>\n',
+    2: '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="dub"/>\n',
+    3: '\t\t\t<Accessibility schemeIdUri="urn:tva:metadata:cs:AudioPurposeCS:2007" value="1"/>\n'
+       '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="alternate"/>\n',
+}
+
+
+def withRoles(manifest):
+    """The packager writes no roles and some empty elements: add the one, drop the other."""
+    manifest = re.sub(r"\t<(ProgramInformation|ServiceDescription)[^>]*>\s*</\1>\n", "", manifest)
+    manifest = re.sub(r"\t<UTCTiming[^>]*/>\n", "", manifest)
+    for number, roles in ROLES.items():
+        manifest = re.sub(r'(<AdaptationSet id="%d"[^>]*>\n)' % number, lambda match: match.group(1) + roles, manifest)
+    return manifest
+
+
+def write(path, content):
+    with open(path, "wb") as file:
+        file.write(content if isinstance(content, bytes) else content.encode())
+
+
+def read(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+def withoutSegment(source, target, segment):
+    """A copy of a segmented presentation in which one segment is missing on the server."""
+    shutil.copytree(source, target)
+    os.remove(os.path.join(target, segment))
+
+
+PAGE = b"<!DOCTYPE html>\n<html><head><title>Not found</title></head><body><p>This is a page, not media.</p></body></html>\n"
+
+
+def makeBroken(root):
+    """Media that must end in an error; named after what is wrong with it."""
+    folder = os.path.join(root, "broken")
+    os.makedirs(folder)
+    out = lambda name: os.path.join(folder, name)
+    short = lambda name: os.path.join(root, "short", name)
+    whole = read(short("two.mp4"))
+    write(out("truncated.mp4"), whole[: len(whole) * 2 // 5])
+    tail = read(short("tail.mp4"))
+    write(out("no-moov.mp4"), tail[: tail.rindex(b"moov") - 4])
+    write(out("random.mp4"), random.Random(7).randbytes(200000))
+    write(out("random.ts"), random.Random(8).randbytes(200000))
+    write(out("page.mp4"), PAGE)
+    write(out("page.mpd"), PAGE)
+    write(out("page.m3u8"), PAGE)
+    write(out("empty.mp4"), b"")
+    write(out("unknown-codec.mp4"), whole.replace(b"avc1", b"zzzv").replace(b"mp4a", b"zzza"))
+    manifest = read(short("dash/av.mpd"))
+    write(out("malformed.mpd"), manifest[: len(manifest) // 2])
+    write(out("malformed.m3u8"), b"#EXTM3U\n#EXT-X-VERSION:six\n#EXT-X-TARGETDURATION:\n#EXTINF:abc\n\x00\xff\xfe\n#EXT-X-ENDLIST\n")
+    write(out("text.m3u8"), b"This is plain text, neither a playlist nor media.\n" * 20)
+    write(out("no-segments.mpd"), manifest.replace(b"seg-$RepresentationID$-", b"none-$RepresentationID$-"))
+    withoutSegment(short("dash"), out("dash-gap"), "seg-0-00003.m4s")
+    withoutSegment(short("hls"), out("hls-gap"), "video_002.ts")
+
+
+def makeSets(root):
+    sets = [Set(root, LONG_S, 2), Set(os.path.join(root, "short"), SHORT_S, 1)]
+    with concurrent.futures.ThreadPoolExecutor(max_workers=max(2, os.cpu_count() or 2)) as pool:
+        steps = [pool.submit(each.encodeVideo, *video) for each in sets for video in (("video", "640x360", 600), ("small", "320x180", 200))]
+        steps += [pool.submit(each.encodeSound) for each in sets]
+        waitAll(steps)
+        waitAll([pool.submit(make) for each in sets for make in (each.makeFiles, each.makeDash, each.makeHls)])
+    for each in sets:
+        each.finish()
+
+
+def waitAll(futures):
+    for future in futures:
+        future.result()
+
+
+def version():
+    return hashlib.sha256(read(os.path.abspath(__file__))).hexdigest() + "\n"
+
+
+def isCurrent(folder):
+    stamp = os.path.join(folder, STAMP)
+    return os.path.exists(stamp) and read(stamp).decode() == version()
+
+
+def makeMedia(folder):
+    """Makes everything beside the target and moves it into place: a broken run leaves no half set behind."""
+    folder = os.path.abspath(folder)
+    os.makedirs(os.path.dirname(folder), exist_ok=True)
+    with open(folder + ".lock", "w", encoding="utf-8") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        if isCurrent(folder):
+            return
+        fresh = folder + ".new"
+        shutil.rmtree(fresh, ignore_errors=True)
+        os.makedirs(fresh)
+        makeSets(fresh)
+        makeBroken(fresh)
+        write(os.path.join(fresh, STAMP), version())
+        shutil.rmtree(folder, ignore_errors=True)
+        os.rename(fresh, folder)
+
+
+def main():
+    if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
+        print("usage: make_media.py OUTDIR", file=sys.stderr)
+        return 2
+    try:
+        makeMedia(sys.argv[1])
+    except (OSError, RuntimeError) as error:
+        print("make_media.py: %s" % error, file=sys.stderr)
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

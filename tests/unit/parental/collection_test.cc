@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: Apache-2.0
+// The ratings of the current content, as script uses them, against a media library that lists ratings.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "parental/parental_rating_collection.h"
+#include "parental/parental_rating_object.h"
+#include "plugin/av_control_plugin.h"
+#include "tests/support/script_object.h"
+
+using fixture::integer;
+using fixture::itemOf;
+using fixture::readShown;
+using fixture::ScriptObject;
+using fixture::TestPlugin;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+class ParentalRatingCollectionTest : public fixture::PluginTest {
+ protected:
+  ParentalRatingCollectionTest() {
+    library().setProperty("PARENTAL_RATING.LENGTH", "2");
+    library().setProperty("PARENTAL_RATING.ITEM.0", "16|dvb-si|13|3|DE|");
+    library().setProperty("PARENTAL_RATING.ITEM.1", "18|oipf|18|0|AT|");
+  }
+
+  /// As a page gets it: the ratings argument of an event.
+  ScriptObject ratingsOf(const TestPlugin& of) {
+    EXPECT_TRUE(library().fireAndWait(of.handle, "ON_PARENTAL_RATING_CHANGE"));
+    const auto event = log().waitFor([&](const fixture::Entry& entry) {
+      return entry.objectId == of.id && entry.name == "onParentalRatingChange";
+    });
+    return event ? event->args[1].object.object : nullptr;
+  }
+
+  std::vector<std::string> reads() {
+    std::vector<std::string> keys;
+    for (const auto& call : library().calls()) {
+      if (call.function == fakes::Function::kGetPlayerProperty) keys.push_back(call.name + " " + std::to_string(call.number));
+    }
+    return keys;
+  }
+
+  static std::vector<std::string> values(const ScriptObject& rating) {
+    std::vector<std::string> lines;
+    for (const char* name : {"name", "scheme", "value", "labels", "region"}) lines.push_back(readShown(rating, name));
+    return lines;
+  }
+
+  TestPlugin plugin = makePlugin();
+  ScriptObject ratings = ratingsOf(plugin);
+};
+
+TEST_F(ParentalRatingCollectionTest, Table) {
+  EXPECT_THAT(fixture::shownRows(HbbTVParentalRatingCollectionAVClass::sm_properties, HbbTVParentalRatingCollectionAVClass::sm_prop_length),
+              ElementsAre("length 3 0 int:0 getter", "m_ParentalRating 7 0 object:(null)"));
+  EXPECT_EQ(HbbTVParentalRatingCollectionAVClass::sm_met_length, 1U);
+  ASSERT_NE(ratings, nullptr);
+  EXPECT_THAT(pluginhost::methodRows(*ratings), ElementsAre("item"));
+  EXPECT_EQ(ratings->type(), 31);
+}
+
+TEST_F(ParentalRatingCollectionTest, LengthAsksTheLibrary) {
+  library().clearCalls();
+
+  EXPECT_EQ(readShown(ratings, "length"), "int:2");
+
+  EXPECT_THAT(reads(), ElementsAre("PARENTAL_RATING.LENGTH 128"));
+  library().setProperty("PARENTAL_RATING.LENGTH", "many");
+  EXPECT_EQ(readShown(ratings, "length"), "int:0");
+  library().setProperty("PARENTAL_RATING.LENGTH", std::nullopt);
+  EXPECT_EQ(readShown(ratings, "length"), "int:-1");
+}
+
+TEST_F(ParentalRatingCollectionTest, ItemShowsARating) {
+  library().clearCalls();
+
+  const ScriptObject rating = itemOf(ratings, 1);
+
+  ASSERT_NE(rating, nullptr);
+  EXPECT_EQ(rating->type(), 30);
+  EXPECT_THAT(values(rating), ElementsAre("string:18", "string:oipf", "int:18", "int:0", "string:AT"));
+  EXPECT_THAT(reads(), ElementsAre("PARENTAL_RATING.ITEM.1 4096"));
+}
+
+/// Deliberate: there is one rating object, and each "item" refills it.
+TEST_F(ParentalRatingCollectionTest, ItemGivesTheSameObjectEachTime) {
+  const ScriptObject first = itemOf(ratings, 0);
+  EXPECT_THAT(values(first), ElementsAre("string:16", "string:dvb-si", "int:13", "int:3", "string:DE"));
+
+  const ScriptObject second = itemOf(ratings, 1);
+
+  EXPECT_EQ(first, second);
+  EXPECT_THAT(values(first), ElementsAre("string:18", "string:oipf", "int:18", "int:0", "string:AT"));
+}
+
+TEST_F(ParentalRatingCollectionTest, ItemFailsForANegativeIndex_WithoutAskingTheLibrary) {
+  library().setProperty("PARENTAL_RATING.ITEM.-1", "16|dvb-si|13|3|DE|");
+  library().clearCalls();
+
+  EXPECT_EQ(itemOf(ratings, -1), nullptr);
+
+  EXPECT_THAT(reads(), IsEmpty());
+}
+
+TEST_F(ParentalRatingCollectionTest, ItemFails_AndKeepsTheValues_WhenThereIsNone) {
+  const ScriptObject rating = itemOf(ratings, 0);
+  library().setProperty("PARENTAL_RATING.ITEM.2", "NOT_AVAILABLE");
+  library().setProperty("PARENTAL_RATING.ITEM.3", "");
+  library().setProperty("PARENTAL_RATING.ITEM.4", "18|oipf|18");
+
+  for (const int index : {2, 3, 4, 5, 2147483647}) EXPECT_EQ(itemOf(ratings, index), nullptr) << index;
+
+  EXPECT_THAT(values(rating), ElementsAre("string:16", "string:dvb-si", "int:13", "int:3", "string:DE"));
+}
+
+TEST_F(ParentalRatingCollectionTest, ItemWithoutAnArgumentIsTheFirst) {
+  _CorvelNativeVariant result;
+
+  ASSERT_TRUE(fixture::callMethod(ratings, "item", {}, result));
+
+  EXPECT_EQ(readShown(result.object.object, "name"), "string:16");
+}
+
+TEST_F(ParentalRatingCollectionTest, RowsFail_OnAnotherObject) {
+  _CorvelNativeVariant result;
+  const _CorvelNativeVariant argument = integer(0);
+
+  EXPECT_FALSE(HbbTVParentalRatingCollectionAVClass::sm_properties[0].getter(plugin.base.get(), &result));
+  EXPECT_FALSE(HbbTVParentalRatingCollectionAVClass::sm_methods[0].function(plugin.base.get(), &argument, 1, &result));
+  EXPECT_EQ(HbbTVParentalRatingCollectionAVClass::cast(plugin.base.get()), nullptr);
+  EXPECT_EQ(HbbTVParentalRatingCollectionAVClass::cast(nullptr), nullptr);
+  EXPECT_EQ(HbbTVParentalRatingAVClass::cast(ratings.get()), nullptr);
+  EXPECT_EQ(HbbTVParentalRatingCollectionAVClass::cast(ratings.get()), ratings.get());
+}
+
+/// The host may substitute the class: the method goes through the virtual table.
+TEST_F(ParentalRatingCollectionTest, ItemIsVirtual) {
+  class Empty : public HbbTVParentalRatingCollectionAVClass {
+   public:
+    using HbbTVParentalRatingCollectionAVClass::HbbTVParentalRatingCollectionAVClass;
+    ScriptObject JS_getItem(int index) override {
+      asked = index;
+      return nullptr;
+    }
+    int asked = -1;
+  };
+  const auto empty = std::make_shared<Empty>(nullptr);
+  empty->install();
+
+  EXPECT_EQ(itemOf(empty, 4), nullptr);
+
+  EXPECT_EQ(empty->asked, 4);
+  EXPECT_EQ(readShown(empty, "length"), "int:-1") << "it has no plugin";
+}
+
+// --- Kept by script longer than the element lives
+
+TEST_F(ParentalRatingCollectionTest, IsEmpty_OnceTheElementIsGone) {
+  const ScriptObject rating = itemOf(ratings, 0);
+
+  for (const bool gone : {false, true}) {
+    gone ? drop(plugin) : plugin.base->willBeDestroyed();
+    EXPECT_EQ(readShown(ratings, "length"), "int:-1");
+    EXPECT_EQ(itemOf(ratings, 0), nullptr);
+  }
+
+  log().clear();  // it holds the event's arguments
+  ratings.reset();
+  EXPECT_THAT(values(rating), ElementsAre("string:16", "string:dvb-si", "int:13", "int:3", "string:DE"))
+      << "a rating outlives collection and element";
+}
+
+TEST_F(ParentalRatingCollectionTest, EachElementHasItsOwn) {
+  const TestPlugin other = makePlugin();
+  library().setProperty(other.handle, "PARENTAL_RATING.LENGTH", "7");
+  const ScriptObject others = ratingsOf(other);
+
+  EXPECT_NE(others, ratings);
+  EXPECT_EQ(readShown(others, "length"), "int:7");
+  EXPECT_EQ(readShown(ratings, "length"), "int:2");
+  EXPECT_NE(itemOf(others, 0), itemOf(ratings, 0));
+}
+
+TEST_F(ParentalRatingCollectionTest, ThePluginSaysMinusOne_WithoutAPlayer) {
+  library().failOpens(1);
+  const TestPlugin other = makePlugin();
+  auto& avControl = *AVControlPlugin::cast(other.base.get());
+  AVParentalRating* rating = nullptr;
+
+  EXPECT_EQ(avControl.getParentalRatingCollectionLenght(), -1);
+  EXPECT_FALSE(avControl.getParentalRatingItem(0, rating));
+  EXPECT_EQ(rating, nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
+#include "platform/script/js_text.h"
+#include "platform/script/native_api.h"
+#include "tests/unit/script/script_fixture.h"
+
+namespace {
+
+class BindingTest : public ScriptTest {
+ protected:
+  BindingTest() {
+    setGlobal("plugin", binding().create());
+    auto teller = std::make_shared<TellingObject>();
+    teller->install();
+    setGlobal("teller", binding().wrap(teller));
+  }
+
+  std::uint64_t pluginId() {
+    setGlobal("native", script::makeNativeApi(binding()));
+    return std::stoull(eval("native.id(plugin)"));
+  }
+};
+
+struct Conversion {
+  const char* script;
+  const char* told;
+};
+
+class ArgumentTest : public BindingTest, public testing::WithParamInterface<Conversion> {};
+
+TEST_P(ArgumentTest, ReachesTheMethodAs) {
+  EXPECT_EQ(eval("teller.tell(" + std::string(GetParam().script) + ")"), GetParam().told);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, ArgumentTest,
+    testing::Values(Conversion{"undefined", "0"}, Conversion{"null", "1"}, Conversion{"true", "2:true"},
+                    Conversion{"false", "2:false"}, Conversion{"5", "3:5"}, Conversion{"5.0", "3:5"}, Conversion{"-0", "3:0"},
+                    Conversion{"2147483647", "3:2147483647"}, Conversion{"-2147483648", "3:-2147483648"},
+                    Conversion{"2147483648", "5"}, Conversion{"1.5", "5"}, Conversion{"NaN", "5"}, Conversion{"Infinity", "5"},
+                    Conversion{"'text'", "6:4:text"}, Conversion{"''", "6:0:"},
+                    Conversion{"'gr\\u00fc\\u00dfe \\ud83d\\ude00'",
+                               "6:12:gr\xC3\xBC\xC3\x9F"
+                               "e \xF0\x9F\x98\x80"},
+                    Conversion{"'a\\0b'.length === 3 ? 'a\\0b'.slice(0, 1) : ''", "6:1:a"}, Conversion{"teller", "7:object"},
+                    Conversion{"{}", "0"}, Conversion{"[]", "0"}, Conversion{"function () {}", "0"}, Conversion{"Symbol()", "0"},
+                    Conversion{"teller.tell", "0"}, Conversion{"", ""}, Conversion{"1, 'b', null, 4", "3:1|6:1:b|1|3:4"}));
+
+TEST_F(BindingTest, ReadsEveryKindOfRow) {
+  EXPECT_EQ(eval("typeof plugin.count + plugin.count"), "number7");
+  EXPECT_EQ(eval("typeof plugin.speed + plugin.speed"), "number1");
+  EXPECT_EQ(eval("typeof plugin.flag + plugin.flag"), "booleanfalse");
+  EXPECT_EQ(eval("typeof plugin.label + plugin.label"), "stringfirst label");
+  EXPECT_EQ(eval("plugin.title === ''"), "true");
+  EXPECT_EQ(eval("plugin.nothing"), "null");
+  EXPECT_EQ(eval("plugin.broken"), "undefined");
+  EXPECT_EQ(eval("plugin.answer"), "42");
+  EXPECT_EQ(eval("teller.infinite"), "Infinity");
+  EXPECT_EQ(eval("teller.nullText"), "null");
+  EXPECT_EQ(eval("teller.malformed"), "a\xEF\xBF\xBDz");
+}
+
+TEST_F(BindingTest, WritesRows_AndIgnoresWhatIsRefused) {
+  EXPECT_EQ(eval("plugin.level = 9; plugin.level"), "9");
+  EXPECT_EQ(eval("'use strict'; plugin.count = 9; plugin.count"), "7");
+  EXPECT_EQ(eval("'use strict'; plugin.broken = 9; plugin.broken"), "undefined");
+}
+
+TEST_F(BindingTest, CallsMethods) {
+  EXPECT_EQ(eval("plugin.echo('x')"), "x");
+  EXPECT_EQ(eval("plugin.fail()"), "undefined");
+  EXPECT_EQ(eval("plugin.firstSlot()"), "true");
+  EXPECT_EQ(eval("plugin.nullObject()"), "null");
+  EXPECT_EQ(eval("plugin.echo.call(plugin, 4) + plugin.echo.apply(plugin, [5])"), "9");
+  EXPECT_EQ(eval("typeof plugin.echo"), "function");
+}
+
+TEST_F(BindingTest, LeavesHandlerSlotsToScript) {
+  EXPECT_EQ(eval("plugin.onThing"), "undefined");
+  EXPECT_EQ(eval("plugin.onThing = 5; plugin.onThing"), "5");
+}
+
+TEST_F(BindingTest, SharesOnePrototypeInAClass) {
+  setGlobal("other", binding().create());
+  EXPECT_EQ(eval("Object.getPrototypeOf(plugin) === Object.getPrototypeOf(other)"), "true");
+  EXPECT_EQ(eval("Object.getPrototypeOf(plugin) === Object.getPrototypeOf(teller)"), "false");
+  EXPECT_EQ(eval("Object.keys(Object.getPrototypeOf(teller)).sort().join()"), "infinite,malformed,nullText,tell");
+}
+
+TEST_F(BindingTest, GivesANativeObjectOneScriptObject) {
+  EXPECT_EQ(eval("plugin.echo(teller) === teller"), "true");
+  EXPECT_EQ(eval("const made = plugin.child(); plugin.echo(made) === made && plugin.child() !== made"), "true");
+  collect();
+  EXPECT_EQ(eval("made.mark = 1; plugin.echo(made).mark"), "1");
+}
+
+TEST_F(BindingTest, ThrowsATypeError_OnAnotherReceiver) {
+  const std::string read = "Object.getOwnPropertyDescriptor(Object.getPrototypeOf(plugin), 'count').get";
+  for (const char* receiver : {"{}", "teller", "5", "undefined", "plugin.echo", "globalThis"}) {
+    EXPECT_THAT(eval(read + ".call(" + receiver + ")"), testing::StartsWith("threw TypeError")) << receiver;
+    EXPECT_THAT(eval("plugin.echo.call(" + std::string(receiver) + ", 1)"), testing::StartsWith("threw TypeError")) << receiver;
+  }
+}
+
+TEST_F(BindingTest, ReadsUndefined_AfterTheObjectWasDestroyed) {
+  const std::uint64_t id = pluginId();
+
+  binding().destroy(id);
+  binding().destroy(id);
+
+  EXPECT_EQ(binding().plugin(id), nullptr);
+  EXPECT_EQ(eval("plugin.count"), "undefined");
+  EXPECT_EQ(eval("plugin.level = 3; plugin.level"), "undefined");
+  EXPECT_EQ(eval("plugin.echo(1)"), "undefined");
+  EXPECT_EQ(eval("native.id(plugin)"), "undefined");
+  EXPECT_EQ(eval("teller.tell(plugin)"), "0");
+}
+
+TEST_F(BindingTest, ReleasesObjectsThatScriptDropped) {
+  TellingObject::destroyed = 0;
+  for (int i = 0; i < 200; ++i) {
+    auto object = std::make_shared<TellingObject>();
+    object->install();
+    setGlobal("dropped", binding().wrap(object));
+  }
+
+  close();
+
+  EXPECT_EQ(TellingObject::destroyed, 201);
+}
+
+TEST_F(BindingTest, IndexesALike) {
+  auto list = std::make_shared<NumberList>();
+  list->install();
+  setGlobal("list", binding().wrap(list));
+
+  EXPECT_EQ(eval("list.length"), "3");
+  EXPECT_EQ(eval("list[0] + ' ' + list[2] + ' ' + list.item(1)"), "0 20 10");
+  EXPECT_EQ(eval("list[3] + ' ' + list[-1] + ' ' + list['01'] + ' ' + list['1 ']"), "undefined undefined undefined undefined");
+  EXPECT_EQ(eval("[...list].join() + Array.from(list).length + Array.prototype.map.call(list, (x) => x + 1).join()"),
+            "0,10,2031,11,21");
+  EXPECT_EQ(eval("let sum = 0; for (const value of list) sum += value; sum"), "30");
+  EXPECT_EQ(eval("(2 in list) + ' ' + (3 in list) + ' ' + ('item' in list)"), "true false true");
+  EXPECT_EQ(eval("Object.keys(list).join()"), "0,1,2");
+  EXPECT_EQ(eval("plugin.echo(list) === list"), "true");
+
+  list->length = -1;
+
+  EXPECT_EQ(eval("list[0] + ' ' + [...list].length + ' ' + list.length"), "undefined 0 -1");
+}
+
+TEST_F(BindingTest, OffersTheNativeApi) {
+  const std::uint64_t id = pluginId();
+  setGlobal("id", JSValueMakeNumber(context(), static_cast<double>(id)));
+
+  EXPECT_EQ(
+      eval("native.rows(id).properties.length + ' ' + native.rows(id).properties[0].name + ' ' + native.rows(id).methods.join()"),
+      "16 title echo,fail,firstSlot,nullObject,child");
+  EXPECT_EQ(eval("native.flag(id, 'fullScreen')"), "undefined");
+  EXPECT_EQ(eval("native.setFlag(id, 'fullScreen', true); native.flag(id, 'fullScreen')"), "true");
+  EXPECT_EQ(eval("native.storedNumber(id, 'count')"), "7");
+  EXPECT_EQ(eval("native.storedText(id, 'label')"), "first label");
+  EXPECT_EQ(eval("native.storedText(id, 'title')"), "");
+  EXPECT_EQ(eval("native.compile('1 + 1')"), "2");
+  EXPECT_THAT(eval("native.compile('1 +')"), testing::StartsWith("threw SyntaxError"));
+  EXPECT_THAT(eval("native.flag(id)"), testing::StartsWith("threw TypeError"));
+  EXPECT_EQ(eval("native.destroy(id); native.rows(id)"), "undefined");
+  EXPECT_EQ(eval("native.setWindow(999, 0, 0, 1, 1)"), "false");
+}
+
+}  // namespace
