@@ -118,8 +118,6 @@ void EventQueue::drain(const std::function<void(CorvelNativePluginBase& object, 
   if (oweWake) m_impl->channel->wake();
 }
 
-bool EventQueue::empty() const {
-  return m_impl->channel->empty();
-}
+bool EventQueue::empty() const { return m_impl->channel->empty(); }
 
 }  // namespace pluginhost

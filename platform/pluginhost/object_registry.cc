@@ -55,8 +55,6 @@ PinnedObject ObjectRegistry::find(std::uint64_t id) {
   return {object, std::move(pin)};
 }
 
-bool ObjectRegistry::destroyedHere(std::uint64_t id) {
-  return t_lastDestroyed == id;
-}
+bool ObjectRegistry::destroyedHere(std::uint64_t id) { return t_lastDestroyed == id; }
 
 }  // namespace pluginhost

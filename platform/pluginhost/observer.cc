@@ -10,12 +10,8 @@ constinit std::atomic<Observer*> g_observer{nullptr};
 
 }  // namespace
 
-Observer* observer() {
-  return g_observer.load(std::memory_order_acquire);
-}
+Observer* observer() { return g_observer.load(std::memory_order_acquire); }
 
-void setObserver(Observer* observer) {
-  g_observer.store(observer, std::memory_order_release);
-}
+void setObserver(Observer* observer) { g_observer.store(observer, std::memory_order_release); }
 
 }  // namespace pluginhost

@@ -26,9 +26,7 @@ CorvelNativePluginBase::CorvelNativePluginBase(CorvelNativePropertyBase* parent)
   pluginhost::ObjectRegistry::add(state()->id, this);
 }
 
-CorvelNativePluginBase::~CorvelNativePluginBase() {
-  pluginhost::ObjectRegistry::remove(state()->id);
-}
+CorvelNativePluginBase::~CorvelNativePluginBase() { pluginhost::ObjectRegistry::remove(state()->id); }
 
 CorvelNativePluginBase* CorvelNativePluginBase::cast(CorvelNativePropertyBase* object) {
   return object != nullptr && object->type() == 0 ? static_cast<CorvelNativePluginBase*>(object) : nullptr;

@@ -28,29 +28,17 @@ void reportChange(const CorvelNativeObjectState& state, const char* name, const 
 CorvelNativePropertyBase::CorvelNativePropertyBase(CorvelNativePropertyBase* parent)
     : m_state(new CorvelNativeObjectState(parent)) {}
 
-CorvelNativePropertyBase::~CorvelNativePropertyBase() {
-  delete m_state;
-}
+CorvelNativePropertyBase::~CorvelNativePropertyBase() { delete m_state; }
 
-unsigned long CorvelNativePropertyBase::getNativePlayerHandle() {
-  return 0;
-}
+unsigned long CorvelNativePropertyBase::getNativePlayerHandle() { return 0; }
 
-bool CorvelNativePropertyBase::getURLForMediaSynchroniser(char*&) {
-  return false;
-}
+bool CorvelNativePropertyBase::getURLForMediaSynchroniser(char*&) { return false; }
 
-bool CorvelNativePropertyBase::getPlayerType(char*&) {
-  return false;
-}
+bool CorvelNativePropertyBase::getPlayerType(char*&) { return false; }
 
-int CorvelNativePropertyBase::getComponentNum() {
-  return 0;
-}
+int CorvelNativePropertyBase::getComponentNum() { return 0; }
 
-bool CorvelNativePropertyBase::getComponentInfo(int, char*&) {
-  return false;
-}
+bool CorvelNativePropertyBase::getComponentInfo(int, char*&) { return false; }
 
 void CorvelNativePropertyBase::startOOBSubtitlePlayer(bool) {}
 
@@ -124,6 +112,4 @@ bool CorvelNativePropertyBase::setProperty(const char* name, char* text) {
   return true;
 }
 
-CorvelNativeObjectState* CorvelNativePropertyBase::state() const noexcept {
-  return m_state;
-}
+CorvelNativeObjectState* CorvelNativePropertyBase::state() const noexcept { return m_state; }

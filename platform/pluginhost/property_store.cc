@@ -7,29 +7,17 @@
 namespace pluginhost {
 namespace {
 
-std::uint64_t bitsOf(bool value) {
-  return value ? 1 : 0;
-}
-std::uint64_t bitsOf(std::int32_t value) {
-  return static_cast<std::uint32_t>(value);
-}
-std::uint64_t bitsOf(double value) {
-  return std::bit_cast<std::uint64_t>(value);
-}
-std::uint64_t bitsOf(char* text) {
-  return reinterpret_cast<std::uintptr_t>(text);
-}
+std::uint64_t bitsOf(bool value) { return value ? 1 : 0; }
+std::uint64_t bitsOf(std::int32_t value) { return static_cast<std::uint32_t>(value); }
+std::uint64_t bitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
+std::uint64_t bitsOf(char* text) { return reinterpret_cast<std::uintptr_t>(text); }
 
 std::uint64_t defaultBits(const _CorvelNativeVariant& value) {
   switch (value.details.type) {
-    case CORVEL_BOOLEAN:
-      return bitsOf(value.boolean);
-    case CORVEL_INTEGER:
-      return bitsOf(value.integer);
-    case CORVEL_DOUBLE:
-      return bitsOf(value.number);
-    default:
-      return 0;
+    case CORVEL_BOOLEAN: return bitsOf(value.boolean);
+    case CORVEL_INTEGER: return bitsOf(value.integer);
+    case CORVEL_DOUBLE: return bitsOf(value.number);
+    default: return 0;
   }
 }
 
@@ -48,9 +36,7 @@ void PropertyStore::reset(const CorvelNativeProperty* rows, unsigned int count) 
   }
 }
 
-bool PropertyStore::boolean(unsigned int row) const {
-  return m_slots[row].bits.load(std::memory_order_acquire) != 0;
-}
+bool PropertyStore::boolean(unsigned int row) const { return m_slots[row].bits.load(std::memory_order_acquire) != 0; }
 
 std::int32_t PropertyStore::integer(unsigned int row) const {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(m_slots[row].bits.load(std::memory_order_acquire)));
@@ -60,17 +46,13 @@ double PropertyStore::number(unsigned int row) const {
   return std::bit_cast<double>(m_slots[row].bits.load(std::memory_order_acquire));
 }
 
-void PropertyStore::setBoolean(unsigned int row, bool value) {
-  m_slots[row].bits.store(bitsOf(value), std::memory_order_release);
-}
+void PropertyStore::setBoolean(unsigned int row, bool value) { m_slots[row].bits.store(bitsOf(value), std::memory_order_release); }
 
 void PropertyStore::setInteger(unsigned int row, std::int32_t value) {
   m_slots[row].bits.store(bitsOf(value), std::memory_order_release);
 }
 
-void PropertyStore::setNumber(unsigned int row, double value) {
-  m_slots[row].bits.store(bitsOf(value), std::memory_order_release);
-}
+void PropertyStore::setNumber(unsigned int row, double value) { m_slots[row].bits.store(bitsOf(value), std::memory_order_release); }
 
 char* PropertyStore::textLocked(const Slot& slot) const {
   if (slot.own) return slot.own->data();

@@ -19,25 +19,15 @@ void makeUndefined(_CorvelNativeVariant& out) {
 bool readStored(const CorvelNativeObjectState& state, unsigned int row, _CorvelNativeVariant& out) {
   const _CorvelNativeVariant& initial = state.row(row)->defaultValue;
   switch (initial.details.type) {
-    case CORVEL_BOOLEAN:
-      cvnplUtil::set(state.store.boolean(row), out);
-      return true;
-    case CORVEL_INTEGER:
-      cvnplUtil::set(static_cast<int>(state.store.integer(row)), out);
-      return true;
-    case CORVEL_DOUBLE:
-      cvnplUtil::set(state.store.number(row), out);
-      return true;
-    case CORVEL_STRING:
-      state.store.readText(row, out);
-      return true;
+    case CORVEL_BOOLEAN: cvnplUtil::set(state.store.boolean(row), out); return true;
+    case CORVEL_INTEGER: cvnplUtil::set(static_cast<int>(state.store.integer(row)), out); return true;
+    case CORVEL_DOUBLE: cvnplUtil::set(state.store.number(row), out); return true;
+    case CORVEL_STRING: state.store.readText(row, out); return true;
     case CORVEL_EVENT_HANDLER:  // the page layer keeps functions; for the host the slot is empty
       makeUndefined(out);
       out.details.type = CORVEL_NO_VALUE;
       return true;
-    default:
-      out = initial;
-      return true;
+    default: out = initial; return true;
   }
 }
 
@@ -94,9 +84,7 @@ bool runSetter(CorvelNativePropertyBase& object, const CorvelNativeProperty& pro
 
 }  // namespace
 
-std::uint64_t objectId(const CorvelNativePropertyBase& object) {
-  return object.state()->id;
-}
+std::uint64_t objectId(const CorvelNativePropertyBase& object) { return object.state()->id; }
 
 std::vector<RowInfo> propertyRows(const CorvelNativePropertyBase& object) {
   std::vector<RowInfo> rows;
@@ -181,8 +169,6 @@ void introduceProperty(CorvelNativePropertyBase& object, const char* name, bool 
   object.state()->introduce(name, value);
 }
 
-bool readIntroduced(CorvelNativePropertyBase& object, const char* name, bool& out) {
-  return object.getProperty(name, out);
-}
+bool readIntroduced(CorvelNativePropertyBase& object, const char* name, bool& out) { return object.getProperty(name, out); }
 
 }  // namespace pluginhost

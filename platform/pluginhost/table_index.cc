@@ -37,9 +37,7 @@ const void* fileOf(const void* address) {
   return address != nullptr && dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
 }
 
-bool liesIn(const void* file, const Tables& tables) {
-  return fileOf(tables.properties) == file || fileOf(tables.methods) == file;
-}
+bool liesIn(const void* file, const Tables& tables) { return fileOf(tables.properties) == file || fileOf(tables.methods) == file; }
 
 }  // namespace
 
@@ -79,12 +77,8 @@ int TableIndex::find(const std::vector<Name>& names, std::string_view name) {
   return at != names.end() && at->text == name ? static_cast<int>(at->row) : -1;
 }
 
-int TableIndex::findProperty(std::string_view name) const {
-  return find(m_properties, name);
-}
+int TableIndex::findProperty(std::string_view name) const { return find(m_properties, name); }
 
-int TableIndex::findMethod(std::string_view name) const {
-  return find(m_methods, name);
-}
+int TableIndex::findMethod(std::string_view name) const { return find(m_methods, name); }
 
 }  // namespace pluginhost

@@ -32,31 +32,21 @@ std::string withoutExponentZero(std::string text) {
 
 bool toBoolean(const _CorvelNativeVariant& value) {
   switch (value.details.type) {
-    case CORVEL_BOOLEAN:
-      return value.boolean;
-    case CORVEL_INTEGER:
-      return value.integer != 0;
-    case CORVEL_DOUBLE:
-      return value.number != 0 && !std::isnan(value.number);
-    case CORVEL_STRING:
-      return !viewOf(value).empty();
-    default:
-      return value.details.type == CORVEL_OBJECT;
+    case CORVEL_BOOLEAN: return value.boolean;
+    case CORVEL_INTEGER: return value.integer != 0;
+    case CORVEL_DOUBLE: return value.number != 0 && !std::isnan(value.number);
+    case CORVEL_STRING: return !viewOf(value).empty();
+    default: return value.details.type == CORVEL_OBJECT;
   }
 }
 
 std::optional<double> toNumber(const _CorvelNativeVariant& value) {
   switch (value.details.type) {
-    case CORVEL_BOOLEAN:
-      return value.boolean ? 1 : 0;
-    case CORVEL_INTEGER:
-      return value.integer;
-    case CORVEL_DOUBLE:
-      return value.number;
-    case CORVEL_STRING:
-      return parse(viewOf(value));
-    default:
-      return std::nullopt;
+    case CORVEL_BOOLEAN: return value.boolean ? 1 : 0;
+    case CORVEL_INTEGER: return value.integer;
+    case CORVEL_DOUBLE: return value.number;
+    case CORVEL_STRING: return parse(viewOf(value));
+    default: return std::nullopt;
   }
 }
 
@@ -83,19 +73,13 @@ std::string numberText(double number) {
 
 std::optional<std::string> toText(const _CorvelNativeVariant& value) {
   switch (value.details.type) {
-    case CORVEL_BOOLEAN:
-      return value.boolean ? "true" : "false";
-    case CORVEL_INTEGER:
-      return std::to_string(value.integer);
-    case CORVEL_DOUBLE:
-      return numberText(value.number);
-    case CORVEL_STRING:
-      return std::string(viewOf(value));
+    case CORVEL_BOOLEAN: return value.boolean ? "true" : "false";
+    case CORVEL_INTEGER: return std::to_string(value.integer);
+    case CORVEL_DOUBLE: return numberText(value.number);
+    case CORVEL_STRING: return std::string(viewOf(value));
     case CORVEL_UNDEFINED:
-    case CORVEL_NO_VALUE:
-      return std::string();
-    default:
-      return std::nullopt;
+    case CORVEL_NO_VALUE: return std::string();
+    default: return std::nullopt;
   }
 }
 

@@ -71,9 +71,7 @@ _CorvelNativeVariant& _CorvelNativeVariant::operator=(const _CorvelNativeVariant
   return *this;
 }
 
-_CorvelNativeVariant::~_CorvelNativeVariant() {
-  release(*this);
-}
+_CorvelNativeVariant::~_CorvelNativeVariant() { release(*this); }
 
 namespace cvnplUtil {
 
@@ -89,9 +87,7 @@ void set(int value, _CorvelNativeVariant& out) {
   out.integer = value;
 }
 
-void set(unsigned long value, _CorvelNativeVariant& out) {
-  set(static_cast<double>(value), out);
-}
+void set(unsigned long value, _CorvelNativeVariant& out) { set(static_cast<double>(value), out); }
 
 void set(double value, _CorvelNativeVariant& out) {
   release(out);

@@ -84,7 +84,7 @@ def broken_rule(path, kind, included):
     room = room_of(path)
     if kind == "<":
         foreign = "/" in included and not included.startswith(POSIX_FOLDERS)
-        return f"{room}/ needs no other library than the C++ standard library and POSIX" if foreign and room in PLAIN_ROOMS else None
+        return f"{room}/ needs the C++ standard library and POSIX only" if foreign and room in PLAIN_ROOMS else None
     if room in PLUGIN_ROOMS:
         return broken_plugin_rule(path, room, included)
     if room.startswith("platform/"):
