@@ -10,8 +10,9 @@
 #include "support/av_control_lock.h"
 
 std::shared_ptr<AVControlPlugin> AVControlPlugin::create() {
+  std::shared_ptr<AVControlPlugin> plugin;  // before the lock: after an exception, the object's end takes the lock itself
   const AVControlLock lock(the_mutex);
-  auto plugin = std::make_shared<AVControlPlugin>();
+  plugin = std::make_shared<AVControlPlugin>();
   plugin->install();
   plugin->init();
   return plugin;
@@ -76,12 +77,18 @@ bool AVControlPlugin::initializePlayerLocked() {
     closePlayer(handle);
     return false;
   }
-  registerCallback(handle, msgReceivedWrapper);
-  registerTextTrackCallback(handle, subtitleReceivedWrapper);
-  registerSubtitleSettingsChangedCallback(handle, subtitleSettingsChanged);
-  auto player = std::make_shared<Player>(handle, this);
-  player->resetCommands();
-  setPlayer(std::move(player));
+  try {
+    registerCallback(handle, msgReceivedWrapper);
+    registerTextTrackCallback(handle, subtitleReceivedWrapper);
+    registerSubtitleSettingsChangedCallback(handle, subtitleSettingsChanged);
+    auto player = std::make_shared<Player>(handle, this);
+    player->resetCommands();
+    setPlayer(std::move(player));
+  } catch (...) {
+    unregisterHandle();
+    closePlayer(handle);
+    throw;
+  }
   resetPlayerState();
   return true;
 }

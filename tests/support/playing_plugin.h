@@ -2,8 +2,10 @@
 // A plugin object whose inside a test drives directly: its state machine, its player operations, its worker.
 #pragma once
 
-#include <functional>
+#include <chrono>
+#include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -62,7 +64,11 @@ class PlayingPluginTest : public PluginTest {
   void drain() {
     const auto mark = fakes::isCommand("STOPBROADCAST");
     const std::size_t before = library().count(mark);
-    av->stopActiveAVComp();
+    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!av->player()->stopBroadcast()) {  // the queue is full: the worker is making room
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+      std::this_thread::yield();
+    }
     ASSERT_TRUE(library().waitForCount(mark, before + 1));
   }
 

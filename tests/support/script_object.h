@@ -36,7 +36,8 @@ inline ScriptObject itemOf(const ScriptObject& collection, const _CorvelNativeVa
 inline ScriptObject itemOf(const ScriptObject& collection, int index) { return itemOf(collection, integer(index)); }
 
 /// The object that a method of the plugin gives; null when it gives null or fails.
-inline ScriptObject objectFrom(const TestPlugin& plugin, std::string_view method, const std::vector<_CorvelNativeVariant>& args = {}) {
+inline ScriptObject objectFrom(const TestPlugin& plugin, std::string_view method,
+                               const std::vector<_CorvelNativeVariant>& args = {}) {
   const auto result = plugin.call(method, args);
   return result && result->details.type == CORVEL_OBJECT ? result->object.object : nullptr;
 }

@@ -268,7 +268,7 @@ TEST_F(RequestedStopTest, MovesOnce_WhenTwoConfirmationsOverlap) {
   library().addHook(isFunction(Function::kSelectDefaultAvComponent), [&](const Call& call) {
     if (call.number != 0 || nested) return;
     nested = true;
-    library().invoke(plugin.handle, "STOPPED");
+    std::async(std::launch::async, [&] { library().invoke(plugin.handle, "STOPPED"); }).get();
   });
 
   EXPECT_EQ(plugin.callShown("stop"), "bool:true");
