@@ -211,7 +211,7 @@ class ModelTest : public PlaneTest {
 };
 
 TEST_F(ModelTest, ShowsWhatDrawingFromTheBottomWould_AfterAnyHistory) {
-  for (int i = 0; i < 250; ++i) {
+  for (int i = 0; i < 120; ++i) {
     step();
     ASSERT_TRUE(looksLike(m_plane, expected())) << "step " << i;
   }

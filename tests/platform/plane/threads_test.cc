@@ -67,7 +67,7 @@ TEST_F(PlaneTest, EverySnapshotIsOneWholePicture_WhileAnotherThreadPaints) {
     for (int i = 0; !done; ++i) surface.paint(i % 2 == 0 ? blue.get() : red.get());
   });
 
-  for (int look = 0; look < 30; ++look) {
+  for (int look = 0; look < 12; ++look) {
     const Pixels pixels(m_plane);
     const Colour first = pixels.at(0, 0);
     EXPECT_TRUE(first == kRed || first == kBlue);
