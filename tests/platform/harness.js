@@ -44,17 +44,28 @@ class Subject {
     this.ready = 0;
     this.speeds = [];
     this.positions = [];
+    this.heard = 0;  // when the last position event came
     this.object = document.createElement("object");
     this.object.type = type;
     this.object.onPlayStateChange = (state) => this.noteState(state);
     this.object.onPlaySpeedChanged = (speed) => this.speeds.push(speed);
-    this.object.onPlayPositionChanged = (position) => this.positions.push(position);
+    this.object.onPlayPositionChanged = (position) => this.notePosition(position);
     document.body.appendChild(this.object);
   }
 
   noteState(state) {
     if (state === READY) this.ready += 1;
     else this.states.push(state);
+  }
+
+  notePosition(position) {
+    this.positions.push(position);
+    this.heard = Date.now();
+  }
+
+  /// Every seek has had its answer: the object's queue, which refuses an eleventh command, has room again.
+  answered() {
+    return until(() => this.heard > 0 && Date.now() - this.heard > 150, () => "an end of the position events");
   }
 
   async open(path = CONFIG.path) {

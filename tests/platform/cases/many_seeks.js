@@ -16,15 +16,19 @@ runCase(async () => {
   await subject.reach(newest + 300);
   checkBetween(subject.position, newest + 300, newest + 3000, "position after the seeks");
   check(!subject.states.includes(ERROR), `an error state; came: ${subject.states}`);
+  await subject.answered();
   subject.states.length = 0;
 
   subject.object.play(0);
   await subject.expect(PAUSED);
+  subject.heard = 0;
   for (let count = 0; count < 50; count += 1) {
     const target = 2000 + ((count * 6007) % 14000);
     if (subject.object.seek(target)) newest = target;
   }
   await until(() => Math.abs(subject.position - newest) < 50, () => `position ${newest}; it is ${subject.position}`);
+  await subject.answered();
+  checkBetween(subject.position, newest - 50, newest + 50, "position of the newest seek");
   checkEqual(subject.object.play(1), true, "play(1)");
   await subject.expect(PLAYING);
   await subject.reach(newest + 200);

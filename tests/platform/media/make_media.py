@@ -82,7 +82,7 @@ class Set:
         out = lambda name: os.path.join(self.folder, name)
         ffmpeg(*two, "-movflags", "+faststart", out("two.mp4"))
         ffmpeg(*two, out("tail.mp4"))
-        ffmpeg(*two, "-movflags", "+frag_keyframe+empty_moov+default_base_moof", out("frag.mp4"))
+        ffmpeg(*two, "-movflags", "+frag_keyframe+delay_moov+default_base_moof+global_sidx", out("frag.mp4"))
         ffmpeg(*two, "-disposition:a:1", "visual_impaired", "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("two.ts"))
         sound = [*self.inputs("eng.m4a"), "-c", "copy", *BIT_EXACT]
         ffmpeg(*sound, "-movflags", "+faststart", out("tone.m4a"))

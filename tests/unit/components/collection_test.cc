@@ -113,7 +113,8 @@ TEST_P(ComponentCollectionKindTest, HasNoItem_WhereTheLibraryHasNone) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ComponentCollectionKindTest,
-                         ::testing::Values(CollectionCase{"getComponents", 0, "VIDEO", 6}, CollectionCase{"getComponents", 1, "AUDIO", 5},
+                         ::testing::Values(CollectionCase{"getComponents", 0, "VIDEO", 6},
+                                           CollectionCase{"getComponents", 1, "AUDIO", 5},
                                            CollectionCase{"getComponents", 2, "SUBTITLE", 7},
                                            CollectionCase{"getCurrentActiveComponents", 0, "ACTIVE_VIDEO", 6},
                                            CollectionCase{"getCurrentActiveComponents", 1, "ACTIVE_AUDIO", 5},
@@ -467,7 +468,8 @@ TEST_F(ComponentCollectionTest, GivesRecordsOfItsOwnKindOnly) {
   list("SUBTITLE", {subtitleText("30")});
   list("ACTIVE_AUDIO", {audioText("50")});
   auto* const audio = HbbTVComponentCollectionClass::cast(objectFrom(plugin, "getComponents", {integer(1)}).get());
-  auto* const activeAudio = HbbTVComponentCollectionClass::cast(objectFrom(plugin, "getCurrentActiveComponents", {integer(1)}).get());
+  auto* const activeAudio =
+      HbbTVComponentCollectionClass::cast(objectFrom(plugin, "getCurrentActiveComponents", {integer(1)}).get());
   auto* const all = HbbTVComponentCollectionClass::cast(objectFrom(plugin, "getComponents").get());
 
   EXPECT_EQ(audio->getVideoComponent(0), nullptr);

@@ -71,8 +71,9 @@ TEST(ComponentObjectTest, VideoShowsItsRecord) {
 TEST(ComponentObjectTest, AudioShowsItsRecord) {
   const ScriptObject audio = HbbTVAudioComponentClass::create(nullptr, readAudio(audioText()).release());
 
-  EXPECT_THAT(readAll(audio), ElementsAre("type=int:1", "encoding=string:codec", "encrypted=bool:true", "componentTag=int:5",
-                                          "pid=int:256", "language=string:deu", "audioDescription=bool:true", "audioChannels=int:6"));
+  EXPECT_THAT(readAll(audio),
+              ElementsAre("type=int:1", "encoding=string:codec", "encrypted=bool:true", "componentTag=int:5", "pid=int:256",
+                          "language=string:deu", "audioDescription=bool:true", "audioChannels=int:6"));
 }
 
 TEST(ComponentObjectTest, SubtitleShowsItsRecord) {
@@ -140,9 +141,8 @@ TEST(ComponentObjectTest, KeepsInitialValues_WithoutARecord) {
   const ScriptObject audio = HbbTVAudioComponentClass::create(nullptr, nullptr);
 
   EXPECT_EQ(HbbTVAudioComponentClass::cast(audio)->getAudioComponent(), nullptr);
-  EXPECT_THAT(readAll(audio),
-              ElementsAre("type=int:1", "encoding=string:", "encrypted=bool:false", "componentTag=int:0", "pid=int:0",
-                          "language=string:", "audioDescription=bool:false", "audioChannels=int:0"));
+  EXPECT_THAT(readAll(audio), ElementsAre("type=int:1", "encoding=string:", "encrypted=bool:false", "componentTag=int:0",
+                                          "pid=int:0", "language=string:", "audioDescription=bool:false", "audioChannels=int:0"));
 }
 
 /// A record without its common record is refused and stays the caller's (who would leak or free it twice otherwise).
@@ -183,8 +183,9 @@ TEST(ComponentObjectTest, ReplacesItsRecord) {
 
   EXPECT_THAT(readAll(video), ElementsAre("type=int:0", "encoding=string:hevc", "encrypted=bool:false", "componentTag=int:9",
                                           "pid=int:1", "aspectRatio=double:2.5"));
-  EXPECT_THAT(readAll(audio), ElementsAre("type=int:1", "encoding=string:mp2", "encrypted=bool:false", "componentTag=int:9",
-                                          "pid=int:1", "language=string:fra", "audioDescription=bool:false", "audioChannels=int:2"));
+  EXPECT_THAT(readAll(audio),
+              ElementsAre("type=int:1", "encoding=string:mp2", "encrypted=bool:false", "componentTag=int:9", "pid=int:1",
+                          "language=string:fra", "audioDescription=bool:false", "audioChannels=int:2"));
   EXPECT_THAT(readAll(subtitle), ElementsAre("type=int:2", "encoding=string:ttml", "encrypted=bool:false", "componentTag=int:9",
                                              "pid=int:1", "language=string:ita", "hearingImpaired=bool:false"));
 }

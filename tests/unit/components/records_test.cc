@@ -114,8 +114,7 @@ TEST_P(ComponentNumberTest, ReadsDigitsAsFarAsTheyGo) {
 INSTANTIATE_TEST_SUITE_P(Fields, ComponentNumberTest,
                          ::testing::Values(NumberCase{"12abc", 12}, NumberCase{"", 0}, NumberCase{"abc", 0}, NumberCase{"  7", 7},
                                            NumberCase{"-3", -3}, NumberCase{"+4", 4}, NumberCase{"1.9", 1}, NumberCase{"   ", 0},
-                                           NumberCase{"\n", 0},
-                                           NumberCase{"99999999999999999999", std::numeric_limits<int>::max()},
+                                           NumberCase{"\n", 0}, NumberCase{"99999999999999999999", std::numeric_limits<int>::max()},
                                            NumberCase{"-99999999999999999999", std::numeric_limits<int>::min()}));
 
 /// A field without digits must not take those of the next one.

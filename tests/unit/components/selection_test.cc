@@ -50,7 +50,9 @@ class SelectionTest : public fixture::PluginTest {
   std::vector<std::string> sentBy(const char* method, const ScriptObject& object) { return sentBy(method, objectArgument(object)); }
 
   ScriptObject available(int type, int index) { return itemOf(objectFrom(plugin, "getComponents", {integer(type)}), index); }
-  ScriptObject active(int type, int index) { return itemOf(objectFrom(plugin, "getCurrentActiveComponents", {integer(type)}), index); }
+  ScriptObject active(int type, int index) {
+    return itemOf(objectFrom(plugin, "getCurrentActiveComponents", {integer(type)}), index);
+  }
   AVControlPlugin& avControl() { return *AVControlPlugin::cast(plugin.base.get()); }
 
   TestPlugin plugin = makePlugin();

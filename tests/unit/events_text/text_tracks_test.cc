@@ -93,8 +93,8 @@ TEST_F(TextTrackTest, ForwardsSignals) {
   EXPECT_EQ(deliver(TTML_SUBTITLE_HIDE), "received command TTML_SUBTITLE_HIDE");
   EXPECT_EQ(deliver(TTML_SUBTITLE_CHANGE), "received command TTML_SUBTITLE_CHANGE");
 
-  EXPECT_THAT(events(plugin),
-              ElementsAre("onInBandSubtitleShowHide(bool:true)", "onInBandSubtitleShowHide(bool:false)", "onInBandSubtitleChange()"));
+  EXPECT_THAT(events(plugin), ElementsAre("onInBandSubtitleShowHide(bool:true)", "onInBandSubtitleShowHide(bool:false)",
+                                          "onInBandSubtitleChange()"));
 }
 
 TEST_F(TextTrackTest, IgnoresUnknownKinds) {

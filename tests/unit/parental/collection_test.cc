@@ -33,9 +33,8 @@ class ParentalRatingCollectionTest : public fixture::PluginTest {
   /// As a page gets it: the ratings argument of an event.
   ScriptObject ratingsOf(const TestPlugin& of) {
     EXPECT_TRUE(library().fireAndWait(of.handle, "ON_PARENTAL_RATING_CHANGE"));
-    const auto event = log().waitFor([&](const fixture::Entry& entry) {
-      return entry.objectId == of.id && entry.name == "onParentalRatingChange";
-    });
+    const auto event = log().waitFor(
+        [&](const fixture::Entry& entry) { return entry.objectId == of.id && entry.name == "onParentalRatingChange"; });
     return event ? event->args[1].object.object : nullptr;
   }
 
@@ -58,8 +57,9 @@ class ParentalRatingCollectionTest : public fixture::PluginTest {
 };
 
 TEST_F(ParentalRatingCollectionTest, Table) {
-  EXPECT_THAT(fixture::shownRows(HbbTVParentalRatingCollectionAVClass::sm_properties, HbbTVParentalRatingCollectionAVClass::sm_prop_length),
-              ElementsAre("length 3 0 int:0 getter", "m_ParentalRating 7 0 object:(null)"));
+  EXPECT_THAT(
+      fixture::shownRows(HbbTVParentalRatingCollectionAVClass::sm_properties, HbbTVParentalRatingCollectionAVClass::sm_prop_length),
+      ElementsAre("length 3 0 int:0 getter", "m_ParentalRating 7 0 object:(null)"));
   EXPECT_EQ(HbbTVParentalRatingCollectionAVClass::sm_met_length, 1U);
   ASSERT_NE(ratings, nullptr);
   EXPECT_THAT(pluginhost::methodRows(*ratings), ElementsAre("item"));

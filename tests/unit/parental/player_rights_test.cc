@@ -98,7 +98,8 @@ TEST_F(PlayerRightsTest, ReadsARatingChangeAndError) {
 }
 
 TEST_F(PlayerRightsTest, IsBlockedForAnyNumberButZero) {
-  for (const auto& [text, blocked] : {std::pair{"0", false}, {"no", false}, {"", false}, {"1", true}, {"2", true}, {"-1", true}, {"256", true}}) {
+  for (const auto& [text, blocked] :
+       {std::pair{"0", false}, {"no", false}, {"", false}, {"1", true}, {"2", true}, {"-1", true}, {"256", true}}) {
     library().setProperty("PARENTAL_BLOCKED", text);
     EXPECT_EQ(player->getParentalRatingChange()->blocked, blocked) << text;
   }

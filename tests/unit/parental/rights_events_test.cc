@@ -3,11 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "plugin/av_control_plugin.h"
 #include "tests/support/script_object.h"
 
 using fixture::Entry;
@@ -38,8 +39,7 @@ TEST_F(RightsEventTest, RaisesRightsErrors) {
 
   deliver("ON_DRM_RIGHTS_ERROR");
 
-  EXPECT_THAT(events(plugin),
-              ElementsAre("onDRMRightsError(int:1, string:content, string:system, string:http://issuer.example/)"));
+  EXPECT_THAT(events(plugin), ElementsAre("onDRMRightsError(int:1, string:content, string:system, string:http://issuer.example/)"));
 }
 
 TEST_F(RightsEventTest, RaisesRightsErrors_WhenTheLibraryAnswersNothing) {
@@ -103,7 +103,9 @@ TEST_F(RightsEventTest, HandsOverTheSameRatingsEachTime) {
 TEST_F(RightsEventTest, RaisesThemOnTheWorker) {
   for (const char* word : {"ON_DRM_RIGHTS_ERROR", "ON_PARENTAL_RATING_CHANGE", "ON_PARENTAL_RATING_ERROR"}) deliver(word);
 
-  const auto queue = library().waitForCall(fakes::isCommand("SET_WINDOW_PROPERTIES"));
+  const auto player = AVControlPlugin::cast(plugin.base.get())->player();
+  ASSERT_TRUE(player->stopBroadcast());
+  const auto queue = library().waitForCall(fakes::isCommand("STOPBROADCAST"));
   ASSERT_TRUE(queue);
   const auto entries = log().entries();
   EXPECT_EQ(entries.size(), 3U);

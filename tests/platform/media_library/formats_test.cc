@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a viewer does, with each format: the order of the words, positions and speeds.
+#include <gtest/gtest.h>
+
+#include "platform/mediamgmnt/media_plane.h"
+#include "sample_server.h"
+#include "test_player.h"
+
+namespace {
+
+struct Format {
+  const char* name;
+  const char* path;
+  bool hasVideo;
+};
+
+class FormatTest : public testing::TestWithParam<Format> {
+ protected:
+  std::string url() const { return SampleServer::instance().url(GetParam().path); }
+  /// Waits until the position has passed @p position.
+  bool reaches(double position) {
+    return TestPlayer::eventually([=, this] { return m_player.number("POSITION") >= position; });
+  }
+
+  TestPlayer m_player;
+};
+
+TEST_P(FormatTest, SaysEachWordOfAStartOnce) {
+  ASSERT_NE(mediaLibraryWaitIdle(10000), 0);  // no earlier player draws any more
+  m_player.load(url());
+  const unsigned long framesBefore = mediaPlaneFrames();
+
+  m_player.command("PLAY", "1.00");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAY_SPEED_CHANGED"),
+            (Words{"READY_TO_PLAY", "CONNECTED", "BUFFER_READY", "PLAYING", "PLAY_SPEED_CHANGED"}));
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "1.00");
+  EXPECT_TRUE(reaches(300));
+  // Plain AAC has no duration in it; it is estimated once enough has been received.
+  EXPECT_TRUE(TestPlayer::eventually([this] { return m_player.number("DURATION") > 0; }));
+  EXPECT_NEAR(m_player.number("DURATION"), 4000, 400);
+  EXPECT_EQ(mediaPlaneFrames() > framesBefore, GetParam().hasVideo);
+}
+
+TEST_P(FormatTest, PausesAndGoesOnWhereItWas) {
+  m_player.start(url());
+  ASSERT_TRUE(reaches(300));
+  m_player.forget();
+
+  m_player.command("PAUSE");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAY_SPEED_CHANGED"), (Words{"PAUSED", "PLAY_SPEED_CHANGED"}));
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
+  const double position = m_player.number("POSITION");
+  EXPECT_GE(position, 300);
+  m_player.forget();
+
+  m_player.command("PLAY", "1.00");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAY_SPEED_CHANGED"), (Words{"PLAYING", "PLAY_SPEED_CHANGED"}));
+  EXPECT_LT(m_player.number("POSITION"), position + 1000);
+  EXPECT_TRUE(reaches(position + 200));
+}
+
+TEST_P(FormatTest, SeeksWhilePlaying) {
+  m_player.start(url());
+  ASSERT_TRUE(reaches(200));
+  m_player.forget();
+
+  m_player.command("SEEK", "2500.00");
+
+  EXPECT_EQ(m_player.get("POSITION"), "2500");
+  EXPECT_EQ(m_player.wordsUntil("PLAYING"), (Words{"BUFFERING", "BUFFER_READY", "PLAY_POSITION_CHANGED", "PLAYING"}));
+  EXPECT_NEAR(m_player.number("POSITION"), 2500, 400);
+  EXPECT_TRUE(reaches(2800));
+}
+
+TEST_P(FormatTest, SeeksWhilePaused) {
+  m_player.start(url());
+  m_player.command("PAUSE");
+  m_player.wordsUntil("PAUSED");
+  m_player.waitFor([](const Words& words) { return count(words, "PLAY_SPEED_CHANGED") == 2; }, 10);
+  m_player.forget();
+
+  m_player.command("SEEK", "1500.75");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAY_POSITION_CHANGED"), (Words{"PLAY_POSITION_CHANGED"}));
+  EXPECT_NEAR(m_player.number("POSITION"), 1501, 1);
+  m_player.forget();
+  m_player.command("PLAY", "1.00");
+  EXPECT_EQ(m_player.wordsUntil("PLAY_SPEED_CHANGED"), (Words{"PLAYING", "PLAY_SPEED_CHANGED"}));
+  EXPECT_NEAR(m_player.number("POSITION"), 1501, 400);
+}
+
+TEST_P(FormatTest, EndsAtItsDuration) {
+  m_player.start(url());
+  m_player.command("SEEK", "3300.00");
+  m_player.wordsUntil("PLAY_POSITION_CHANGED");
+  m_player.waitFor([](const Words& words) { return count(words, "PLAYING") == 2; }, 10);
+  m_player.forget();
+
+  m_player.waitFor([](const Words& words) { return words.size() >= 2; }, 20);
+
+  EXPECT_EQ(m_player.words(), (Words{"FINISHED", "PLAY_SPEED_CHANGED"}));
+  EXPECT_EQ(m_player.get("POSITION"), m_player.get("DURATION"));
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
+}
+
+TEST_P(FormatTest, PlaysFromTheStartAfterAStop) {
+  m_player.start(url());
+  ASSERT_TRUE(reaches(300));
+  m_player.forget();
+
+  m_player.command("STOP");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAY_POSITION_CHANGED"), (Words{"STOPPED", "PLAY_POSITION_CHANGED"}));
+  EXPECT_EQ(m_player.get("POSITION"), "0");
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
+  m_player.forget();
+
+  m_player.command("PLAY", "1.00");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAY_SPEED_CHANGED"), (Words{"BUFFER_READY", "PLAYING", "PLAY_SPEED_CHANGED"}));
+  EXPECT_LT(m_player.number("POSITION"), 500);
+}
+
+TEST_P(FormatTest, PlaysFastAndSlow) {
+  m_player.start(url());
+  for (const char* const speed : {"2.00", "0.50"}) {
+    m_player.command("SEEK", "1000.00");
+    m_player.waitFor([](const Words& words) { return !words.empty() && words.back() == "PLAYING"; }, 10);
+    m_player.forget();
+
+    m_player.command("PLAY", speed);
+
+    const Words words = m_player.wordsUntil("PLAY_SPEED_CHANGED");
+    EXPECT_EQ(without(words, "PLAY_POSITION_CHANGED"), (Words{"PLAYING", "PLAY_SPEED_CHANGED"}));
+    EXPECT_EQ(m_player.get("PLAY_SPEED"), speed);
+    const double first = m_player.number("POSITION");
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(reaches(first + 500));
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_NEAR(500 / seconds / 1000, std::stod(speed), 0.35);
+  }
+}
+
+TEST_P(FormatTest, RewindsToItsStartAndPausesThere) {
+  m_player.start(url());
+  m_player.command("SEEK", "1200.00");
+  m_player.waitFor([](const Words& words) { return count(words, "PLAYING") == 2; }, 10);
+  m_player.forget();
+
+  m_player.command("PLAY", "-1.00");
+
+  m_player.wordsUntil("PLAYING");
+  m_player.wordsUntil("PAUSED");
+  m_player.waitFor([](const Words& words) { return words.back() == "PLAY_SPEED_CHANGED"; }, 10);
+  EXPECT_EQ(without(m_player.words(), "PLAY_POSITION_CHANGED"),
+            (Words{"PLAYING", "PLAY_SPEED_CHANGED", "PAUSED", "PLAY_SPEED_CHANGED"}));
+  EXPECT_EQ(m_player.get("POSITION"), "0");
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
+  m_player.forget();
+  m_player.command("PLAY", "1.00");
+  EXPECT_EQ(m_player.wordsUntil("PLAY_SPEED_CHANGED"), (Words{"PLAYING", "PLAY_SPEED_CHANGED"}));
+  EXPECT_TRUE(reaches(200));
+}
+
+TEST_P(FormatTest, GoesBackwards) {
+  m_player.start(url());
+  m_player.command("SEEK", "3000.00");
+  m_player.waitFor([](const Words& words) { return count(words, "PLAYING") == 2; }, 10);
+
+  m_player.command("PLAY", "-2.00");
+
+  m_player.waitFor([](const Words& words) { return count(words, "PLAYING") == 3; }, 10);
+  EXPECT_TRUE(TestPlayer::eventually([this] { return m_player.number("POSITION") < 2000; }));
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "-2.00");
+}
+
+TEST_P(FormatTest, StartsAgainAtItsEndWhenLooping) {
+  m_player.set("LOOP", "2");
+  m_player.start(url());
+  m_player.command("SEEK", "3300.00");
+  m_player.waitFor([](const Words& words) { return count(words, "PLAYING") == 2; }, 10);
+  m_player.forget();
+
+  m_player.wordsUntil("PLAY_POSITION_CHANGED");
+
+  EXPECT_EQ(m_player.words(), (Words{"PLAY_POSITION_CHANGED"}));
+  EXPECT_LT(m_player.number("POSITION"), 1000);
+  EXPECT_TRUE(reaches(200));
+  m_player.wordsUntil("FINISHED");
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, FormatTest,
+                         testing::Values(Format{"Mp4", "short/two.mp4", true}, Format{"Mp4Tail", "short/tail.mp4", true},
+                                         Format{"TransportStream", "short/two.ts", true}, Format{"Mp3", "short/tone.mp3", false},
+                                         Format{"Aac", "short/tone.aac", false}, Format{"Dash", "short/dash/av.mpd", true},
+                                         Format{"Hls", "short/hls/master.m3u8", true}),
+                         [](const auto& info) { return info.param.name; });
+
+}  // namespace
