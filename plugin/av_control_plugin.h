@@ -12,6 +12,7 @@
 #include "host/corvel_native.h"
 #include "host/mediamgmnt.h"
 #include "player/player.h"
+#include "plugin/renew_threads.h"
 #include "statemachine/state_machine.h"
 #include "support/av_control_mutex.h"
 #include "support/stable_texts.h"
@@ -27,7 +28,8 @@ class HbbTVComponentCollectionHolderClass;
 
 /// Threads: the script thread (rows, creation, willBeDestroyed), the media library's (the three callbacks), the player's worker
 /// (handleDispatchEventFromCb) and the renew thread. Lock order: the_mutex, m_resetMutex, plugin_handler_mutex; the player
-/// pointer's, the texts' and the command queue's locks are leaves: nothing is called out of the plugin with one of them held.
+/// pointer's, the texts' and the command queue's locks (these two in this order) are leaves: nothing is called out of the plugin
+/// with one of them held.
 ///
 /// Lifetime: the host owns it by shared pointer. The registry does not; callbacks pin the object while they run.
 class AVControlPlugin : public CorvelNativePluginBase, public std::enable_shared_from_this<AVControlPlugin> {
@@ -172,6 +174,7 @@ class AVControlPlugin : public CorvelNativePluginBase, public std::enable_shared
   static AVControlMutex the_mutex;             ///< creation against destruction of all objects, and most status words
   static AVControlMutex plugin_handler_mutex;  ///< every access to the registry
   static std::map<unsigned long, AVControlPlugin*> m_mmlib_player_map;
+  static RenewThreads sm_renewThreads;  ///< made last: at unload it goes, and waits, before what those threads use
 
  private:
   static constexpr int kSubtitleParamCount = 10;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The media source: from a page's "data" to the player's input.
 #include <cstring>
-#include <string>
 #include <string_view>
 
 #include "plugin/av_control_plugin.h"
@@ -87,16 +86,12 @@ bool AVControlPlugin::setInput() {
   const auto current = player();
   if (current == nullptr) return false;
   forceFormat();
-  const char* userAgent = nullptr;
-  const char* windowSize = nullptr;
   {
     const AVControlLock lock(m_textMutex);
-    userAgent = m_playerTexts.keep(m_userAgent);
-    windowSize = m_playerTexts.keep(m_nativeWindowSize);
+    m_playerTexts.handOver(m_userAgent, [&](const char* text) { return current->setUserAgent(text); });
+    m_playerTexts.handOver(m_nativeWindowSize, [&](const char* text) { return current->setNativeWindowSize(text); });
   }
-  current->setUserAgent(userAgent);
-  current->setNativeWindowSize(windowSize);
-  return current->setInput(m_playerTexts.keep(data));
+  return m_playerTexts.handOver(data, [&](const char* text) { return current->setInput(text); });
 }
 
 bool AVControlPlugin::forceFormat() {
@@ -104,10 +99,6 @@ bool AVControlPlugin::forceFormat() {
   if (!getProperty("type", type) || type == nullptr) return false;
   const auto current = player();
   if (current == nullptr) return false;
-  std::string text;
-  {
-    const AVControlLock lock(m_textMutex);  // the row is bound to a buffer that script may be writing
-    text = type;
-  }
-  return current->setForcedFormat(m_playerTexts.keep(text.c_str()));
+  const AVControlLock lock(m_textMutex);  // the row is bound to a buffer that script may be writing
+  return m_playerTexts.handOver(type, [&](const char* text) { return current->setForcedFormat(text); });
 }

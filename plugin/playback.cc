@@ -26,6 +26,8 @@ bool AVControlPlugin::JS_Play(double speed) {
   if (!m_readyToPlay && speed != 0.0) {
     m_deferredSpeed = speed;
     m_deferredPlay = true;
+    // The library may have become ready since the question; whoever takes the flag back plays.
+    if (m_readyToPlay && m_deferredPlay.exchange(false)) m_stateMachine.onPlay(speed);
     return true;
   }
   m_stateMachine.onPlay(speed);
@@ -66,9 +68,10 @@ bool AVControlPlugin::JS_Seek(double position) {
     m_pendingSeek = position;
     return false;
   }
-  if (!m_stateMachine.onSeek(position)) return false;
-  m_seeking = true;
-  return true;
+  const bool wasSeeking = m_seeking.exchange(true);  // before the command: its answer may come at once, and clears the flag
+  if (m_stateMachine.onSeek(position)) return true;
+  m_seeking = wasSeeking;
+  return false;
 }
 
 /// Says only whether the volume is one; nothing changes.

@@ -14,15 +14,20 @@ bool AVControlPlugin::setDataPropertyFromQueued() {
   pthread_attr_t detached;
   pthread_attr_init(&detached);
   pthread_attr_setdetachstate(&detached, PTHREAD_CREATE_DETACHED);
+  sm_renewThreads.begin();
   const bool started = pthread_create(&m_renewThread, &detached, renewThread, handedOver) == 0;
   pthread_attr_destroy(&detached);
-  if (!started) delete handedOver;
-  return started;
+  if (started) return true;
+  sm_renewThreads.end();
+  delete handedOver;
+  return false;
 }
 
 void* AVControlPlugin::renewThread(void* self) {
-  const std::unique_ptr<std::shared_ptr<AVControlPlugin>> plugin(static_cast<std::shared_ptr<AVControlPlugin>*>(self));
+  auto* const plugin = static_cast<std::shared_ptr<AVControlPlugin>*>(self);
   (*plugin)->runRenewThread();
+  delete plugin;  // perhaps the object's end
+  sm_renewThreads.end();
   return nullptr;
 }
 

@@ -112,6 +112,7 @@ const unsigned int AVControlPlugin::sm_met_length = sizeof sm_methods / sizeof s
 AVControlMutex AVControlPlugin::the_mutex("AVControlPlugin");
 AVControlMutex AVControlPlugin::plugin_handler_mutex("PluginHandler");
 std::map<unsigned long, AVControlPlugin*> AVControlPlugin::m_mmlib_player_map;
+RenewThreads AVControlPlugin::sm_renewThreads;
 
 bool AVControlPlugin::dispatch(const char* event, _CorvelNativeVariant* args, unsigned int argc) {
   return dispatchEvent(event, args, argc);

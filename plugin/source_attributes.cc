@@ -68,7 +68,8 @@ bool AVControlPlugin::setCacheParam() {
   char* cache = nullptr;
   if (!getProperty("cache", cache) || cache == nullptr) return false;
   const auto current = player();
-  return current != nullptr && current->setCacheParam(m_playerTexts.keep(cache));
+  if (current == nullptr) return false;
+  return m_playerTexts.handOver(cache, [&](const char* text) { return current->setCacheParam(text); });
 }
 
 bool AVControlPlugin::JS_SetLoopParam(const char* text, unsigned int length) {
@@ -78,7 +79,8 @@ bool AVControlPlugin::JS_SetLoopParam(const char* text, unsigned int length) {
   std::free(std::exchange(m_loopCopy, copy));
   copyBounded(m_loopText, sizeof m_loopText, text, length);
   const auto current = player();
-  return current != nullptr && current->setLoopParam(m_playerTexts.keep(copy));
+  if (current == nullptr) return false;
+  return m_playerTexts.handOver(copy, [&](const char* value) { return current->setLoopParam(value); });
 }
 
 bool AVControlPlugin::JS_SetSubtitleParam(const char* text, unsigned int length) {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <string>
 
 #include "support/av_control_mutex.h"
@@ -16,8 +17,14 @@ class StableTexts {
  public:
   static constexpr std::size_t kSlots = 64;  ///< a source hands over four texts, the queue holds ten commands, one more runs
 
-  /// @return a copy that is valid until kSlots further calls; null for null.
+  /// @return a copy that is valid until kSlots further texts; null for null.
   const char* keep(const char* text);
+
+  /// Gives @p take a copy (null for null) that is valid until kSlots further texts. When @p take refuses it, its slot is free
+  /// again: texts that a full queue refuses must not push out those that it still borrows. The command queue's lock is taken
+  /// inside.
+  /// @return what @p take says.
+  bool handOver(const char* text, const std::function<bool(const char*)>& take);
 
  private:
   AVControlMutex m_mutex{"stable_texts"};
