@@ -17,6 +17,7 @@ Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurfa
 
 Pipeline::~Pipeline() {
   if (m_pipeline == nullptr) return;
+  endTypeFinding();
   gst_element_set_state(m_pipeline, GST_STATE_NULL);
   GstBus* const bus = gst_element_get_bus(m_pipeline);
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);

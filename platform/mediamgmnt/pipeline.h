@@ -74,6 +74,8 @@ class Pipeline {
   bool hasAudioOrVideo() const { return m_linked > 0; }
   /// The container says how long the medium is; transport streams and plain audio only have guesses.
   bool declaresDuration() const { return m_declaresDuration; }
+  /// The source has given all that it has, and nothing that could be played was found in it.
+  bool endedWithoutStreams() const { return m_sourceEnded && !m_adaptive && m_selected == 0; }
   /// DASH or HLS: fetched in segments, and live when it has no duration.
   bool isAdaptive() const { return m_adaptive; }
   /// tsdemux counts from the first clock reference, other demuxers from the first picture.
@@ -91,6 +93,7 @@ class Pipeline {
   static void onSourceSetup(GstElement* decoder, GstElement* source, gpointer self);
   static void onTypeFound(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   static GstPadProbeReturn onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static GstPadProbeReturn onSourceEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn onPreroll(GstAppSink* sink, gpointer self);
   static GstFlowReturn onSample(GstAppSink* sink, gpointer self);
   static GstFlowReturn onTextSample(GstAppSink* sink, gpointer self);
@@ -103,6 +106,8 @@ class Pipeline {
   GstElement* makeTextSink();
   void discard(GstPad* pad);
   void watchTypeFinding(GstElement* typefind);
+  static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
+  void endTypeFinding();
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void reportUnplayable();
 
@@ -127,10 +132,13 @@ class Pipeline {
   std::atomic<int> m_linked{0};  ///< audio and video outputs that have a stream
   std::atomic<bool> m_declaresDuration{false};
   std::atomic<bool> m_adaptive{false};
+  std::atomic<bool> m_typeHandled{false};
+  std::atomic<bool> m_sourceEnded{false};
   std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
   mutable std::mutex m_padMutex;
-  Output m_outputs[3];  // guarded by m_padMutex, index is Kind
+  Output m_outputs[3];               // guarded by m_padMutex, index is Kind
+  GstElement* m_typefind = nullptr;  // guarded by m_padMutex; a reference
 
   // Control thread only.
   int m_selected = 0;  ///< audio and video streams that the selection names

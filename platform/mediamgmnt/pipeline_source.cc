@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/source_sniffer.h"
@@ -38,6 +39,16 @@ void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
     g_object_set(source, "user-agent", settings.userAgent.c_str(), nullptr);
   }
   if (hasProperty(source, "timeout")) g_object_set(source, "timeout", kSourceTimeoutSeconds, nullptr);
+  if (startsWith(settings.url, "file:")) static_cast<Pipeline*>(self)->m_sourceEnded = true;  // all of it is there from the start
+  GstPad* const pad = gst_element_get_static_pad(source, "src");
+  if (pad == nullptr) return;
+  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &Pipeline::onSourceEvent, self, nullptr);
+  gst_object_unref(pad);
+}
+
+GstPadProbeReturn Pipeline::onSourceEvent(GstPad*, GstPadProbeInfo* info, gpointer self) {
+  if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS) static_cast<Pipeline*>(self)->m_sourceEnded = true;
+  return GST_PAD_PROBE_OK;
 }
 
 void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpointer self) {
@@ -54,6 +65,11 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
 
 void Pipeline::watchTypeFinding(GstElement* typefind) {
   g_signal_connect(typefind, "have-type", G_CALLBACK(&Pipeline::onTypeFound), this);
+  g_signal_connect_after(typefind, "have-type", G_CALLBACK(&Pipeline::onTypeHandled), this);
+  {
+    std::lock_guard lock(m_padMutex);
+    if (m_typefind == nullptr) m_typefind = GST_ELEMENT(gst_object_ref(typefind));
+  }
   GstPad* const pad = gst_element_get_static_pad(typefind, "sink");
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &Pipeline::onFirstBytes, this, nullptr);
   gst_object_unref(pad);
@@ -82,6 +98,24 @@ void Pipeline::onTypeFound(GstElement*, guint, GstCaps* caps, gpointer self) {
   // GStreamer would wait for ever for somebody to take these.
   const bool segmentsOutOfReach = pipeline->m_adaptive && startsWith(pipeline->m_settings.url, "file:");  // fetched over HTTP only
   if (startsWith(name, "text/") || name == "application/xml" || segmentsOutOfReach) pipeline->reportUnplayable();
+}
+
+void Pipeline::onTypeHandled(GstElement*, guint, GstCaps*, gpointer self) { static_cast<Pipeline*>(self)->m_typeHandled = true; }
+
+/// Stops the type finding before the element around it is stopped. That one waits for this one with a lock held that the handler of
+/// a type found at that moment wants too: the two would wait for each other for ever.
+void Pipeline::endTypeFinding() {
+  GstElement* typefind = nullptr;
+  {
+    std::lock_guard lock(m_padMutex);
+    typefind = std::exchange(m_typefind, nullptr);
+  }
+  if (typefind == nullptr) return;
+  if (!m_typeHandled) {
+    gst_element_set_locked_state(typefind, TRUE);
+    gst_element_set_state(typefind, GST_STATE_NULL);
+  }
+  gst_object_unref(typefind);
 }
 
 void Pipeline::reportUnplayable() {

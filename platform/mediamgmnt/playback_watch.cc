@@ -18,6 +18,7 @@ constexpr milliseconds kUnderrunDebounce{120};
 constexpr milliseconds kConnectTimeout{10000};
 constexpr milliseconds kStarvedAfter{1000};
 constexpr milliseconds kLostAfter{10000};
+constexpr milliseconds kUnplayableAfter{3000};
 
 /// A transport stream's first picture comes this much after its first clock reference at most; more is a real place.
 constexpr std::int64_t kLargestOriginNs = 5'000'000'000;
@@ -52,7 +53,7 @@ void Playback::learnWindow() {
 
 void Playback::tick() {
   m_tickTimer = m_loop.postAfter(kTick, [this] { tick(); });
-  if (m_live && m_prerolled) learnWindow();
+  if (m_prerolled && (m_live || (m_durationGuessed && m_facts.duration() == 0))) learnWindow();
   if (m_running && m_announced && m_prerolled) followPosition();
   announceTrickPosition();
   watchForStall();
@@ -67,6 +68,7 @@ void Playback::followPosition() {
     if (std::exchange(m_starved, false)) answerPlay();
   } else if (!m_starved && Clock::now() - m_lastMove > kStarvedAfter) {
     m_starved = true;
+    m_facts.freezeAt(position);
     announceUnderrun();
   }
   if (!m_starved) m_facts.runFrom(position, m_rate);
@@ -83,6 +85,8 @@ void Playback::watchForStall() {
   const bool mustMove = m_wish == Wish::Play || !m_prerolled;
   if (!mustMove || m_stepping) return noteProgress();
   if (m_connectTimer != 0) return;  // the connect watchdog's matter
+  // A demuxer's error is lost when it comes while GStreamer is still setting that demuxer up.
+  if (m_pipeline->endedWithoutStreams() && Clock::now() - m_lastProgress > kUnplayableAfter) return fail(Failure::CorruptContent);
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
 }
 
@@ -109,6 +113,7 @@ void Playback::onBuffering(int percent) {
 
 void Playback::checkUnderrun() {
   if (m_percent >= 100 || m_live || !m_running || !m_prerolled) return;
+  m_facts.freezeAt(pipelinePosition());
   announceUnderrun();
   halt();
 }

@@ -32,7 +32,6 @@ void Playback::answerSeeks() {
 /// Answered by "BUFFER_READY" and "PLAYING" once it is over.
 void Playback::announceUnderrun() {
   if (std::exchange(m_bufferReadyDue, true)) return;
-  m_facts.freezeAt(pipelinePosition());
   m_voice.say(status::kBuffering);
   m_playingDue = true;
 }
