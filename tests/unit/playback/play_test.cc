@@ -104,6 +104,7 @@ TEST_F(PlayTest, NegativeSpeedsPlayToo) {
 
 TEST_F(PlayTest, ZeroInStoppedEndsTheBroadcastAndPauses_ReadyOrNot) {
   EXPECT_EQ("bool:true", play(0.0));
+  ASSERT_TRUE(library().waitForCount(isCommand("STOPBROADCAST"), 1));  // its own, before drain() sends one
   drain();
 
   EXPECT_EQ((Strings{"STOPBROADCAST", kResize, "PAUSE", "STOPBROADCAST"}), library().actions());  // the last is drain()'s
@@ -248,6 +249,7 @@ TEST_F(SubtitleElementTest, FollowsTheSpeedWithoutAPlayer) {
 
 TEST_F(SubtitleElementTest, IsPausedAtSpeedZero_AndStillEndsTheBroadcast) {
   EXPECT_EQ("bool:true", play(0.0));
+  ASSERT_TRUE(library().waitForCount(isCommand("STOPBROADCAST"), 1));  // its own, before drain() sends one
   drain();
 
   EXPECT_EQ((Strings{"playState=int:2", "onPlayStateChange(int:2)"}), hostEntries());
