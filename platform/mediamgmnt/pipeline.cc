@@ -53,7 +53,8 @@ bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   m_prerollReported = false;
   if (rate > 0) {
-    return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, target, GST_SEEK_TYPE_NONE, 0) != FALSE;
+    return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, target, GST_SEEK_TYPE_SET, -1) !=
+           FALSE;  // "none" would keep the stop of an earlier backward seek
   }
   return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_SET, target) != FALSE;
 }

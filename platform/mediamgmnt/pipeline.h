@@ -80,6 +80,8 @@ class Pipeline {
   bool isAdaptive() const { return m_adaptive; }
   /// tsdemux counts from the first clock reference, other demuxers from the first picture.
   bool isTransportStream() const { return m_transportStream; }
+  /// Transport streams refuse to play backwards; fragmented MP4 files stand still or jump.
+  bool playsBackwards() const { return !m_transportStream && !m_fragmented; }
 
  private:
   enum class Kind { Video, Audio, Text };
@@ -136,6 +138,7 @@ class Pipeline {
   std::atomic<bool> m_sourceEnded{false};
   std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
+  std::atomic<bool> m_fragmented{false};
   mutable std::mutex m_padMutex;
   Output m_outputs[3];               // guarded by m_padMutex, index is Kind
   GstElement* m_typefind = nullptr;  // guarded by m_padMutex; a reference

@@ -77,7 +77,10 @@ void Pipeline::watchTypeFinding(GstElement* typefind) {
 
 GstPadProbeReturn Pipeline::onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpointer self) {
   GstBuffer* const buffer = GST_PAD_PROBE_INFO_BUFFER(info);
-  const std::string text = capsToForce(firstBytesOf(buffer), static_cast<Pipeline*>(self)->m_settings.declaredType);
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  const std::string bytes = firstBytesOf(buffer);
+  pipeline->m_fragmented = isFragmentedMp4(bytes);
+  const std::string text = capsToForce(bytes, pipeline->m_settings.declaredType);
   if (text.empty()) return GST_PAD_PROBE_REMOVE;
 
   GstElement* const typefind = gst_pad_get_parent_element(pad);

@@ -66,6 +66,7 @@ class Playback : private PipelineListener {
   void closePipeline();
   void forgetAnswers();
   void proceed();
+  bool mustSpaceSeeks();
   void start();
   void halt();
   void finish();
@@ -124,6 +125,7 @@ class Playback : private PipelineListener {
   bool m_announced = false;  ///< the page was told so
   bool m_over = false;       ///< ended or failed: a pause opens nothing
   double m_rate = 1;         ///< the pipeline's
+  Clock::time_point m_prerolledAt;
   std::optional<double> m_inFlight;
   int m_playsDone = 0;
   bool m_live = false;
@@ -154,6 +156,7 @@ class Playback : private PipelineListener {
   TaskLoop::TimerId m_connectTimer = 0;
   TaskLoop::TimerId m_underrunTimer = 0;
   TaskLoop::TimerId m_pauseTimer = 0;
+  TaskLoop::TimerId m_spacingTimer = 0;
   TaskLoop::TimerId m_stepTimer = 0;
 };
 

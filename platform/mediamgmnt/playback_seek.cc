@@ -62,7 +62,7 @@ double Playback::clampToWindow(double target) const {
 void Playback::beginReposition() {
   const Place place = *std::exchange(m_next, std::nullopt);
   halt();
-  if (place.rate < 0 && m_pipeline->isTransportStream()) return beginStepping(place);  // never plays backwards
+  if (place.rate < 0 && !m_pipeline->playsBackwards()) return beginStepping(place);
   m_prerolled = false;
   if (!m_pipeline->seek(place.rate, toPipeline(place.target), flagsFor(place.rate))) return repositionRefused(place);
   m_rate = place.rate;
@@ -134,6 +134,7 @@ void Playback::rewoundToStart() {
   m_wantedRate = 1;
   m_next = Place{0, 1};
   m_facts.freezeAt(0);
+  ++m_seeksDue;  // the page is paused from here on and reads the position that it was told last
   answerPause();
   proceed();
 }

@@ -48,6 +48,11 @@ bool isOneOf(std::string_view value, std::initializer_list<std::string_view> nam
 
 }  // namespace
 
+bool isFragmentedMp4(std::string_view firstBytes) {
+  const std::string_view bytes = firstBytes.substr(0, kSniffBytes);
+  return isMp4(bytes) && (bytes.find("mvex") != std::string_view::npos || bytes.find("moof") != std::string_view::npos);
+}
+
 std::string capsToForce(std::string_view firstBytes, std::string_view declaredMimeType) {
   const std::string_view bytes = firstBytes.substr(0, kSniffBytes);
   if (isXmlLike(bytes) && bytes.find("<MPD") != std::string_view::npos) return kDashCaps;

@@ -18,4 +18,7 @@ inline constexpr std::size_t kSniffBytes = 4096;
 /// is no MP4 at all gets "format not supported", not "corrupt".
 std::string capsToForce(std::string_view firstBytes, std::string_view declaredMimeType);
 
+/// Says whether an MP4 file keeps its media in fragments.
+bool isFragmentedMp4(std::string_view firstBytes);
+
 }  // namespace mediamgmnt
