@@ -64,7 +64,7 @@ def main():
     first_frame = os.path.join(build, "bin", "first_frame")
     plane_seconds = os.path.join(build, "bin", "play_seconds")
     silent_screen = {"SDL_VIDEODRIVER": "dummy", "SDL_AUDIODRIVER": "dummy"}
-    sources = {"MP4": f"{base}/long.mp4", "DASH": f"{base}/dash/av.mpd"}
+    sources = {"MP4": f"{base}/two.mp4", "DASH": f"{base}/dash/av.mpd"}
 
     for name, url in sources.items():
         first, later = first_frames(first_frame, url, runs)

@@ -428,7 +428,7 @@
       expect(element, record, kStateWait, false);
     } else if (state === kStopped && !record.renewing) {
       record.queued = false;
-    } else if (record.renewing && (state === kPlaying || state === kBuffering || state === kError)) {
+    } else if (record.renewing && (state === kPlaying || state === kError)) {  // buffering may still be paused: by the play(0) of the renewal
       record.renewing = false;
     }
   }

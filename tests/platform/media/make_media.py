@@ -207,13 +207,13 @@ def waitAll(futures):
         future.result()
 
 
-def version():
-    return hashlib.sha256(read(os.path.abspath(__file__))).hexdigest() + "\n"
+# Taken before anything is made: what is made belongs to the script as it was then.
+VERSION = hashlib.sha256(read(os.path.abspath(__file__))).hexdigest() + "\n"
 
 
 def isCurrent(folder):
     stamp = os.path.join(folder, STAMP)
-    return os.path.exists(stamp) and read(stamp).decode() == version()
+    return os.path.exists(stamp) and read(stamp).decode() == VERSION
 
 
 def makeMedia(folder):
@@ -229,7 +229,7 @@ def makeMedia(folder):
         os.makedirs(fresh)
         makeSets(fresh)
         makeBroken(fresh)
-        write(os.path.join(fresh, STAMP), version())
+        write(os.path.join(fresh, STAMP), VERSION)
         shutil.rmtree(folder, ignore_errors=True)
         os.rename(fresh, folder)
 
