@@ -39,26 +39,16 @@ namespace {
 
 const char* functionName(Function function) {
   switch (function) {
-    case Function::kOpenPlayer:
-      return "openPlayer";
-    case Function::kClosePlayer:
-      return "closePlayer";
-    case Function::kCmdPlayer:
-      return "cmdPlayer";
-    case Function::kGetPlayerProperty:
-      return "getPlayerProperty";
-    case Function::kSetPlayerProperty:
-      return "setPlayerProperty";
-    case Function::kRegisterCallback:
-      return "registerCallback";
-    case Function::kRegisterTextTrackCallback:
-      return "registerTextTrackCallback";
-    case Function::kRegisterSubtitleSettingsChangedCallback:
-      return "registerSubtitleSettingsChangedCallback";
-    case Function::kGetOobPlayerPosition:
-      return "getOOBPlayerPosition";
-    case Function::kSelectDefaultAvComponent:
-      return "hbbSelectDefaultAVComponent";
+    case Function::kOpenPlayer: return "openPlayer";
+    case Function::kClosePlayer: return "closePlayer";
+    case Function::kCmdPlayer: return "cmdPlayer";
+    case Function::kGetPlayerProperty: return "getPlayerProperty";
+    case Function::kSetPlayerProperty: return "setPlayerProperty";
+    case Function::kRegisterCallback: return "registerCallback";
+    case Function::kRegisterTextTrackCallback: return "registerTextTrackCallback";
+    case Function::kRegisterSubtitleSettingsChangedCallback: return "registerSubtitleSettingsChangedCallback";
+    case Function::kGetOobPlayerPosition: return "getOOBPlayerPosition";
+    case Function::kSelectDefaultAvComponent: return "hbbSelectDefaultAVComponent";
   }
   return "unknown";
 }
@@ -107,25 +97,19 @@ CallMatcher isFunction(Function function) {
   return [function](const Call& call) { return call.function == function; };
 }
 
-CallMatcher isCommand(std::string command) {
-  return matches(Function::kCmdPlayer, std::move(command), std::nullopt);
-}
+CallMatcher isCommand(std::string command) { return matches(Function::kCmdPlayer, std::move(command), std::nullopt); }
 
 CallMatcher isCommand(std::string command, std::string argument) {
   return matches(Function::kCmdPlayer, std::move(command), std::move(argument));
 }
 
-CallMatcher isWrite(std::string key) {
-  return matches(Function::kSetPlayerProperty, std::move(key), std::nullopt);
-}
+CallMatcher isWrite(std::string key) { return matches(Function::kSetPlayerProperty, std::move(key), std::nullopt); }
 
 CallMatcher isWrite(std::string key, std::string value) {
   return matches(Function::kSetPlayerProperty, std::move(key), std::move(value));
 }
 
-CallMatcher isRead(std::string key) {
-  return matches(Function::kGetPlayerProperty, std::move(key), std::nullopt);
-}
+CallMatcher isRead(std::string key) { return matches(Function::kGetPlayerProperty, std::move(key), std::nullopt); }
 
 CallMatcher ofHandle(unsigned long handle, CallMatcher matcher) {
   return [handle, matcher = std::move(matcher)](const Call& call) { return call.handle == handle && matcher(call); };
@@ -603,13 +587,9 @@ void RecordingMediaLibrary::joinFinishedDispatchers() {
 
 using fakes::RecordingMediaLibrary;
 
-unsigned long openPlayer(int kind) {
-  return RecordingMediaLibrary::instance().openPlayer(kind);
-}
+unsigned long openPlayer(int kind) { return RecordingMediaLibrary::instance().openPlayer(kind); }
 
-int closePlayer(unsigned long handle) {
-  return RecordingMediaLibrary::instance().closePlayer(handle);
-}
+int closePlayer(unsigned long handle) { return RecordingMediaLibrary::instance().closePlayer(handle); }
 
 int cmdPlayer(unsigned long handle, const char* command, const char* argument) {
   return RecordingMediaLibrary::instance().cmdPlayer(handle, command, argument);
@@ -639,6 +619,4 @@ int getOOBPlayerPosition(unsigned long handle, int* position) {
   return RecordingMediaLibrary::instance().getOobPlayerPosition(handle, position);
 }
 
-int hbbSelectDefaultAVComponent(AVComponentType type) {
-  return RecordingMediaLibrary::instance().selectDefaultAvComponent(type);
-}
+int hbbSelectDefaultAVComponent(AVComponentType type) { return RecordingMediaLibrary::instance().selectDefaultAvComponent(type); }

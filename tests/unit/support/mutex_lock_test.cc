@@ -165,9 +165,7 @@ TEST(AVControlLockTest, CountsBeforeItWaits) {
   EXPECT_EQ(waiterId + 1, AVControlLock::sm_id);
 }
 
-TEST(AVControlLockTest, DestructorIsNoexcept) {
-  EXPECT_TRUE(std::is_nothrow_destructible_v<AVControlLock>);
-}
+TEST(AVControlLockTest, DestructorIsNoexcept) { EXPECT_TRUE(std::is_nothrow_destructible_v<AVControlLock>); }
 
 TEST(AVControlLockTest, CannotBeCopied) {
   EXPECT_FALSE(std::is_copy_constructible_v<AVControlLock>);
