@@ -76,6 +76,7 @@ std::shared_ptr<PluginLibrary> PluginLibrary::load(const std::string& path, std:
   }
   void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): glibc keeps the text for each thread
     error = "cannot load the plugin library '" + path + "': " + oneLine(dlerror());
     return nullptr;
   }
@@ -94,7 +95,7 @@ std::shared_ptr<CorvelNativePluginBase> PluginLibrary::create() {
   if (!m_impl->create(&object) || !object) return nullptr;
   const std::uint64_t id = objectId(*object);
   const auto holder = std::make_shared<Holder>(shared_from_this(), m_impl->needed, std::move(object));
-  const std::shared_ptr<CorvelNativePluginBase> shared(holder, holder->object());
+  std::shared_ptr<CorvelNativePluginBase> shared(holder, holder->object());
   ObjectRegistry::adopt(id, shared);
   return shared;
 }

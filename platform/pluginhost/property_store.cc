@@ -56,6 +56,7 @@ void PropertyStore::setNumber(unsigned int row, double value) { m_slots[row].bit
 
 char* PropertyStore::textLocked(const Slot& slot) const {
   if (slot.own) return slot.own->data();
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the address was stored as bits, so that all kinds of values share one atomic
   return reinterpret_cast<char*>(static_cast<std::uintptr_t>(slot.bits.load(std::memory_order_relaxed)));
 }
 

@@ -18,7 +18,7 @@ struct Tables {
   const CorvelNativeMethod* methods;
   unsigned int methodCount;
 
-  auto operator<=>(const Tables&) const = default;
+  auto operator<=>(const Tables&) const = default;  // NOLINT(modernize-use-nullptr): the generated comparison with 0
 };
 
 /// Finds rows by name. Immutable once made, so every thread may read it.

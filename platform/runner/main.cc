@@ -22,7 +22,7 @@ int fail(const std::string& error) {
 std::string fileUrl(const std::string& path) {
   char* const absolute = g_canonicalize_filename(path.c_str(), nullptr);
   char* const url = g_filename_to_uri(absolute, nullptr, nullptr);
-  const std::string out = url == nullptr ? "" : url;
+  std::string out = url == nullptr ? "" : url;
   g_free(url);
   g_free(absolute);
   return out;

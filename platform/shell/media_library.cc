@@ -62,6 +62,7 @@ std::unique_ptr<MediaLibrary> MediaLibrary::load(const std::string& path, std::s
   // Local: its ten functions must not take the place of ours. Lazy binding would report a missing symbol in the middle of a run.
   void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): glibc keeps the text for each thread
     error = "cannot load the media library: " + std::string(dlerror());
     return nullptr;
   }

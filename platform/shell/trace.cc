@@ -3,8 +3,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 #include "platform/pluginhost/shell.h"
@@ -75,7 +75,7 @@ class Trace::Writer : public pluginhost::Observer, public SeamObserver {
 std::unique_ptr<Trace> Trace::open(const std::string& path, std::string& error) {
   std::FILE* file = std::fopen(path.c_str(), "we");
   if (file == nullptr) {
-    error = "cannot write the trace file " + path + ": " + std::strerror(errno);
+    error = "cannot write the trace file " + path + ": " + std::generic_category().message(errno);
     return nullptr;
   }
   std::setvbuf(file, nullptr, _IOLBF, 1 << 16);  // whole lines reach the file even when the process dies
