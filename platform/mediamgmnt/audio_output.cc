@@ -27,12 +27,14 @@ bool hasKernelDevice() {
   return false;
 }
 
+// NOLINTBEGIN(concurrency-mt-unsafe): nothing in the process changes its environment
 bool hasSoundServer() {
   if (std::getenv("PULSE_SERVER") != nullptr) return true;
   const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
   if (runtime == nullptr) return false;
   return exists(std::string(runtime) + "/pulse/native") || exists(std::string(runtime) + "/pipewire-0");
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 GstElement* makeSilentOutput() {
   GstElement* const sink = gst_element_factory_make("fakesink", nullptr);

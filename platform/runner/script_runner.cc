@@ -41,8 +41,8 @@ std::string position(JSContextRef context, JSObjectRef error) {
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(const Options& options, std::string documentUrl, std::shared_ptr<pluginhost::PluginLibrary> plugin,
-                           const shell::MediaLibrary& media)
+ScriptRunner::ScriptRunner(const Options& options, const std::string& documentUrl,
+                           std::shared_ptr<pluginhost::PluginLibrary> plugin, const shell::MediaLibrary& media)
     : m_options(options), m_media(media), m_context(nullptr) {
   m_pump.emplace([this](const pluginhost::Event& event) { deliver(event); });
   m_context = JSGlobalContextCreate(nullptr);

@@ -29,7 +29,7 @@ struct Script {
 class ScriptRunner {
  public:
   /// What is passed in must outlive the runner. The objects are destroyed by its destructor, in order, before the context ends.
-  ScriptRunner(const Options& options, std::string documentUrl, std::shared_ptr<pluginhost::PluginLibrary> plugin,
+  ScriptRunner(const Options& options, const std::string& documentUrl, std::shared_ptr<pluginhost::PluginLibrary> plugin,
                const shell::MediaLibrary& media);
   ScriptRunner(const ScriptRunner&) = delete;
   ScriptRunner& operator=(const ScriptRunner&) = delete;
