@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/unit/shell/avc_run.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+void expectRefused(const Outcome& outcome, const std::string& words) {
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, StartsWith("avc-run: "));
+  EXPECT_THAT(outcome.err, HasSubstr(words));
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+}
+
+TEST(AvcRunOptions, HelpAndVersionEndWithZero) {
+  const Outcome help = runAvc({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, StartsWith("Usage: avc-run"));
+  for (const char* option : {"--document-url", "--timeout", "--snapshot", "--trace", "--quiet", "--media-library", "--plugin"}) {
+    EXPECT_THAT(help.out, HasSubstr(option));
+  }
+  const Outcome version = runAvc({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_THAT(version.out, testing::ContainsRegex("^avc-run [0-9]+\\.[0-9]+"));
+}
+
+TEST(AvcRunOptions, WrongCommandLinesAreRefusedWithOneLine) {
+  expectRefused(runAvc({}), "no script given");
+  expectRefused(runAvc({"--colour"}), "unknown option --colour");
+  expectRefused(runAvc({"--trace"}), "option --trace needs a value");
+  expectRefused(runAvc({"--quiet=1", "x.js"}), "--quiet takes no value");
+  for (const char* seconds : {"0", "-1", "soon", "1e3", "2s"}) {
+    expectRefused(runAvc({std::string("--timeout=") + seconds, "x.js"}), "--timeout needs a number of seconds above 0");
+  }
+}
+
+TEST(AvcRunOptions, UnreadableScriptsAreRefused) {
+  expectRefused(runScripted({"no-such-script.js"}), "no-such-script.js");
+  expectRefused(runScripted({"pages"}), "cannot read the file");
+}
+
+TEST(AvcRunOptions, LibrariesThatCannotServeAreRefused) {
+  const ScratchFolder folder;
+  const std::string script = folder.write("a.js", "");
+  const std::string missing = folder.path("libmissing.so");
+  expectRefused(runAvc({"--media-library", missing, script}), missing);
+  expectRefused(runAvc({"--media-library", OTHER_LIBRARY, script}), "is no media library");
+  expectRefused(runScripted({"--plugin", missing, script}), missing);
+}
+
+TEST(AvcRunOptions, ATraceFileThatCannotBeWrittenIsRefused) {
+  expectRefused(runText("", {"--trace", "/no such folder/trace.jsonl"}), "cannot write the trace file");
+}
+
+TEST(AvcRunStatus, IsTheScriptsOwn) {
+  EXPECT_EQ(runText("").status, 0);
+  EXPECT_EQ(runText("exit(17); console.log('never')").status, 17);
+  const Outcome thrown = runText("throw new Error('out of cheese')");
+  EXPECT_EQ(thrown.status, 1);
+  EXPECT_THAT(thrown.err, HasSubstr("uncaught Error: out of cheese"));
+  const Outcome rejected = runText("Promise.reject(new Error('no promise'))");
+  EXPECT_EQ(rejected.status, 1);
+  EXPECT_THAT(rejected.err, HasSubstr("unhandled rejection: Error: no promise"));
+}
+
+TEST(AvcRunStatus, TheTimeOutEndsAnyScript) {
+  for (const char* script : {"setInterval(() => {}, 10)", "for (;;) {}"}) {
+    const Outcome outcome = runText(script, {"--timeout", "0.3"});
+    EXPECT_EQ(outcome.status, 3) << script;
+    EXPECT_THAT(outcome.err, StartsWith("avc-run: time-out: "));
+  }
+}
+
+TEST(AvcRunOptions, QuietKeepsWarningsAndErrors) {
+  const std::string script = "console.log('l'); console.info('i'); console.warn('w'); console.error('e')";
+  EXPECT_EQ(runText(script).out, "l\ni\n");
+  const Outcome quiet = runText(script, {"--quiet"});
+  EXPECT_EQ(quiet.out, "");
+  EXPECT_EQ(quiet.err, "warning: w\ne\n");
+}
+
+TEST(AvcRunOptions, RelativeSourcesAreResolvedAgainstTheDocument) {
+  const Outcome outcome =
+      runText("const e = document.createElement('object'); e.type = 'video/mp4'; e.data = '../a.mp4'; console.log(e.data)",
+              {"--document-url", "https://other.example/one/two/page.html"});
+  EXPECT_EQ(outcome.out, "https://other.example/one/a.mp4\n");
+  EXPECT_EQ(outcome.status, 0);
+}
+
+}  // namespace
