@@ -100,7 +100,7 @@ void ScriptRunner::watchRejections() {
   JSGlobalContextSetUnhandledRejectionCallback(m_context, script::makeCallable(m_context, 2, report), &exception);
 }
 
-// The time-out, an exit and a signal also end a script that never returns.
+// The engine is asked to look at a script that does not return as well; one that runs an endless loop is not ended all the same.
 void ScriptRunner::limitTime() {
   if (m_options.timeoutSeconds > 0) {
     m_deadline = g_get_monotonic_time() + static_cast<gint64>(m_options.timeoutSeconds * G_USEC_PER_SEC);
