@@ -23,6 +23,7 @@ Pipeline::~Pipeline() {
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
   gst_object_unref(bus);
   gst_object_unref(m_pipeline);
+  if (m_download != nullptr) gst_object_unref(m_download);
 }
 
 bool Pipeline::open() {

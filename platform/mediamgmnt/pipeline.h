@@ -70,6 +70,9 @@ class Pipeline {
   /// The part of a live source that can be reached, nanoseconds. @return false when there is none.
   bool seekableWindow(std::int64_t& start, std::int64_t& end) const;
 
+  /// To be called when nothing has moved for a while; does no harm when nothing is wrong.
+  void wakeDownload();
+
   bool isPrerolled() const;
   bool hasAudioOrVideo() const { return m_linked > 0; }
   /// The container says how long the medium is; transport streams and plain audio only have guesses.
@@ -111,6 +114,7 @@ class Pipeline {
   static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   void endTypeFinding();
   void limitVideoSize(GstElement* adaptiveDemux) const;
+  void rememberDownload(GstElement* downloadBuffer);
   void reportUnplayable();
 
   void handle(GstMessage* message);
@@ -142,6 +146,7 @@ class Pipeline {
   mutable std::mutex m_padMutex;
   Output m_outputs[3];               // guarded by m_padMutex, index is Kind
   GstElement* m_typefind = nullptr;  // guarded by m_padMutex; a reference
+  GstElement* m_download = nullptr;  // guarded by m_padMutex; a reference
 
   // Control thread only.
   int m_selected = 0;  ///< audio and video streams that the selection names

@@ -47,7 +47,12 @@ void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
 }
 
 GstPadProbeReturn Pipeline::onSourceEvent(GstPad*, GstPadProbeInfo* info, gpointer self) {
-  if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS) static_cast<Pipeline*>(self)->m_sourceEnded = true;
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  switch (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info))) {
+    case GST_EVENT_EOS: pipeline->m_sourceEnded = true; break;
+    case GST_EVENT_SEGMENT: pipeline->m_sourceEnded = false; break;  // it was asked for another place
+    default: break;
+  }
   return GST_PAD_PROBE_OK;
 }
 
@@ -58,6 +63,8 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
     pipeline->watchTypeFinding(element);
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {
     pipeline->limitVideoSize(element);
+  } else if (factory == "downloadbuffer") {
+    pipeline->rememberDownload(element);
   } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {
     pipeline->m_mediaArrived = true;
   }
@@ -119,6 +126,28 @@ void Pipeline::endTypeFinding() {
     gst_element_set_state(typefind, GST_STATE_NULL);
   }
   gst_object_unref(typefind);
+}
+
+void Pipeline::rememberDownload(GstElement* downloadBuffer) {
+  std::lock_guard lock(m_padMutex);
+  if (m_download == nullptr) m_download = GST_ELEMENT(gst_object_ref(downloadBuffer));
+}
+
+/// The download buffer of GStreamer 1.22 asks its source for another place without its lock and then waits without looking whether
+/// all of it has come meanwhile: of a short rest nothing more comes that would wake it. A second end of stream, which its pad would
+/// refuse, makes it look.
+void Pipeline::wakeDownload() {
+  if (!m_sourceEnded) return;
+  GstElement* download = nullptr;
+  {
+    std::lock_guard lock(m_padMutex);
+    if (m_download != nullptr) download = GST_ELEMENT(gst_object_ref(m_download));
+  }
+  if (download == nullptr) return;
+  GstPad* const pad = gst_element_get_static_pad(download, "sink");
+  GST_PAD_EVENTFUNC(pad)(pad, GST_OBJECT(download), gst_event_new_eos());
+  gst_object_unref(pad);
+  gst_object_unref(download);
 }
 
 void Pipeline::reportUnplayable() {

@@ -19,6 +19,7 @@ constexpr milliseconds kConnectTimeout{10000};
 constexpr milliseconds kStarvedAfter{1000};
 constexpr milliseconds kLostAfter{10000};
 constexpr milliseconds kUnplayableAfter{3000};
+constexpr milliseconds kDownloadAsleepAfter{200};
 
 /// A transport stream's first picture comes this much after its first clock reference at most; more is a real place.
 constexpr std::int64_t kLargestOriginNs = 5'000'000'000;
@@ -85,6 +86,7 @@ void Playback::watchForStall() {
   const bool mustMove = m_wish == Wish::Play || !m_prerolled;
   if (!mustMove || m_stepping) return noteProgress();
   if (m_connectTimer != 0) return;  // the connect watchdog's matter
+  if (Clock::now() - m_lastProgress > kDownloadAsleepAfter) m_pipeline->wakeDownload();
   // A demuxer's error is lost when it comes while GStreamer is still setting that demuxer up.
   if (m_pipeline->endedWithoutStreams() && Clock::now() - m_lastProgress > kUnplayableAfter) return fail(Failure::CorruptContent);
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);

@@ -100,7 +100,6 @@ void ScriptRunner::watchRejections() {
   JSGlobalContextSetUnhandledRejectionCallback(m_context, script::makeCallable(m_context, 2, report), &exception);
 }
 
-// The engine is asked to look at a script that does not return as well; one that runs an endless loop is not ended all the same.
 void ScriptRunner::limitTime() {
   if (m_options.timeoutSeconds > 0) {
     m_deadline = g_get_monotonic_time() + static_cast<gint64>(m_options.timeoutSeconds * G_USEC_PER_SEC);
@@ -110,6 +109,11 @@ void ScriptRunner::limitTime() {
     };
     m_limit = g_timeout_add(milliseconds(m_options.timeoutSeconds), expire, this);
   }
+  watchScript();
+}
+
+/// The main loop sees neither the deadline nor a signal while a script does not return.
+void ScriptRunner::watchScript() {
   JSContextGroupSetExecutionTimeLimit(JSContextGetGroup(m_context), kScriptCheckSeconds, shouldTerminate, this);
 }
 
@@ -117,6 +121,7 @@ bool ScriptRunner::shouldTerminate(JSContextRef, void* self) {
   auto& runner = *static_cast<ScriptRunner*>(self);
   if (runner.m_deadline != 0 && g_get_monotonic_time() >= runner.m_deadline) runner.timeOut();
   if (Signals::received() != 0) runner.end();
+  if (!runner.m_ended) runner.watchScript();  // the engine asks once for each limit that it is given
   return runner.m_ended;
 }
 

@@ -44,6 +44,7 @@ class ScriptRunner {
   void makePage(const std::string& documentUrl);
   void watchRejections();
   void limitTime();
+  void watchScript();
   bool evaluate(const Script& script);
   void loop();
   bool nothingLeft();

@@ -31,9 +31,17 @@ class ScratchFolder {
 
 std::string readAll(const std::string& path);
 
-/// The arguments as given. The working folder is the one above pages/.
-Outcome runAvc(const std::vector<std::string>& arguments);
+/// A signal that the child gets as soon as it has printed a text. Signal 0: none.
+struct Interruption {
+  std::string afterOutput;
+  int signal = 0;
+};
+
+/// The arguments as given. The working folder is the one above pages/. A run of more than 100 seconds is killed.
+Outcome runAvc(const std::vector<std::string>& arguments, const Interruption& interruption = {});
 /// With the scripted media library, a document address and a limit of 60 seconds in front.
 Outcome runScripted(const std::vector<std::string>& arguments);
 /// The same for one inline script.
 Outcome runText(const std::string& script, const std::vector<std::string>& options = {});
+/// One inline script, interrupted.
+Outcome interruptText(const std::string& script, const std::string& afterOutput, int signal);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <algorithm>
 
@@ -70,11 +71,18 @@ TEST(AvcRunStatus, IsTheScriptsOwn) {
   EXPECT_THAT(rejected.err, HasSubstr("unhandled rejection: Error: no promise"));
 }
 
-TEST(AvcRunStatus, TheTimeOutEndsAScriptThatWaits) {
-  for (const char* script : {"setInterval(() => {}, 10)"}) {
+TEST(AvcRunStatus, TheTimeOutEndsAScriptThatWaitsAndOneThatDoesNotReturn) {
+  for (const char* script : {"setInterval(() => {}, 10)", "for (;;) {}", "setTimeout(() => { for (;;) {} }, 10)"}) {
     const Outcome outcome = runText(script, {"--timeout", "0.3"});
     EXPECT_EQ(outcome.status, 3) << script;
     EXPECT_THAT(outcome.err, StartsWith("avc-run: time-out: "));
+  }
+}
+
+TEST(AvcRunStatus, TellsOfTheSignalThatEndedTheRun) {
+  for (const char* script : {"console.log('up'); setInterval(() => {}, 10)", "console.log('up'); for (;;) {}"}) {
+    EXPECT_EQ(interruptText(script, "up\n", SIGINT).status, 130) << script;
+    EXPECT_EQ(interruptText(script, "up\n", SIGTERM).status, 143) << script;
   }
 }
 
