@@ -51,19 +51,20 @@ std::shared_ptr<pluginhost::PluginLibrary> loadPlugin(const Options& options, st
   return library;
 }
 
-// Everything that the run needs goes in the reverse order: the objects, the plugin, the trace, the media library.
+// Everything that the run needs goes in the reverse order: the objects, the plugin, the trace, the media library. The plugin stays
+// until the media library is at rest: a callback that was on its way when its player closed still runs the plugin's code.
 int runWith(const Options& options, const std::vector<Script>& scripts) {
   std::string error;
   const auto media = loadMediaLibrary(options, error);
   if (media == nullptr) return fail(error);
   const auto trace = options.traceFile.empty() ? nullptr : shell::Trace::open(options.traceFile, error);
   if (!error.empty()) return fail(error);
-  auto plugin = loadPlugin(options, error);
+  const auto plugin = loadPlugin(options, error);
   if (plugin == nullptr) return fail(error);
   const std::string url = options.documentUrl.empty() ? fileUrl(options.scripts.front()) : options.documentUrl;
   int status = 0;
   {
-    ScriptRunner runner(options, url, std::move(plugin), *media);
+    ScriptRunner runner(options, url, plugin, *media);
     status = runner.run(scripts);
   }
   if (!media->waitIdle(kIdleWaitMilliseconds)) std::fprintf(stderr, "avc-run: warning: the media library did not come to rest\n");

@@ -434,7 +434,7 @@
   }
 
   function playOn(record, state) {
-    if (record.renewing && (state === kStopped || state === kPaused)) record.object.play(record.speed);
+    if (record.renewing && state === kPaused) record.object.play(record.speed);  // before that, the renewal's own pause would follow
   }
 
   // No event tells that the library has connected to the source, and a play from paused before that does nothing.

@@ -21,6 +21,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/// Milliseconds. No library is connected or has its first picture before the call that asked for it has returned to the page.
+constexpr double kOpening = 30;
+constexpr double kConnecting = 10;
+
 struct Box {
   int x = 0, y = 0, width = 0, height = 0;
 };
@@ -33,7 +37,8 @@ struct Player {
   double position = 0;  ///< milliseconds, at `since`
   Clock::time_point since;
   bool played = false;
-  unsigned long generation = 0;  ///< what was planned for an older one does not happen
+  unsigned long source = 0;  ///< what was planned for an older one is not said
+  unsigned long run = 0;     ///< the end that was planned for an older one does not come
 };
 
 class Library {
@@ -92,6 +97,11 @@ class Library {
     });
   }
 
+  bool waitIdle(std::chrono::milliseconds limit) {
+    std::unique_lock lock(m_mutex);
+    return m_atRest.wait_for(lock, limit, [this] { return m_players.empty() && !m_calling; });
+  }
+
   void draw(unsigned char* pixels) {
     const std::lock_guard lock(m_mutex);
     std::memset(pixels, 0, kMediaPlaneBytes);
@@ -101,7 +111,8 @@ class Library {
  private:
   struct Planned {
     unsigned long handle;
-    unsigned long generation;
+    unsigned long source;
+    unsigned long run;  ///< 0: any
     std::string word;
     std::function<void(Player&)> before;
   };
@@ -140,21 +151,31 @@ class Library {
     return "";
   }
 
-  void plan(unsigned long handle, const Player& player, double milliseconds, const char* word,
-            std::function<void(Player&)> before = nullptr) {
-    const auto delay = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double, std::milli>(milliseconds));
-    m_planned.emplace(Clock::now() + delay, Planned{handle, player.generation, word, std::move(before)});
+  static Clock::time_point in(double milliseconds) {
+    return Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double, std::milli>(milliseconds));
+  }
+
+  /// A word that is said whatever is commanded meanwhile.
+  void plan(unsigned long handle, const Player& player, double milliseconds, const char* word) {
+    m_planned.emplace(in(milliseconds), Planned{handle, player.source, 0, word, nullptr});
+    m_wake.notify_one();
+  }
+
+  void planInRun(unsigned long handle, const Player& player, double milliseconds, const char* word,
+                 std::function<void(Player&)> before = nullptr) {
+    m_planned.emplace(in(milliseconds), Planned{handle, player.source, player.run, word, std::move(before)});
     m_wake.notify_one();
   }
 
   void setInput(unsigned long handle, Player& player, const std::string& value) {
-    ++player.generation;
+    ++player.source;
+    ++player.run;
     player.input = value;
     player.position = player.speed = 0;
     player.played = false;
     if (value.find("mute") != std::string::npos) return;
     plan(handle, player, 0, mediamgmnt::status::kReadyToPlay);
-    plan(handle, player, option(player, "late=", 0), mediamgmnt::status::kConnected);
+    plan(handle, player, option(player, "late=", kConnecting), mediamgmnt::status::kConnected);
   }
 
   bool runCommand(unsigned long handle, Player& player, const std::string& name, const std::string& argument) {
@@ -172,7 +193,7 @@ class Library {
 
   bool play(unsigned long handle, Player& player, double speed) {
     namespace status = mediamgmnt::status;
-    ++player.generation;
+    ++player.run;
     if (option(player, "error=", -1) >= 0) {
       plan(handle, player, 1, status::kError);
       return true;
@@ -180,25 +201,25 @@ class Library {
     if (positionOf(player) >= duration(player)) player.position = 0;
     setSpeed(player, speed);
     player.played = true;
-    plan(handle, player, 0, status::kBufferReady);
-    plan(handle, player, 0, status::kPlaying);
-    plan(handle, player, 0, status::kPlaySpeedChanged);
+    plan(handle, player, kOpening, status::kBufferReady);
+    plan(handle, player, kOpening, status::kPlaying);
+    plan(handle, player, kOpening, status::kPlaySpeedChanged);
     planEnd(handle, player);
     return true;
   }
 
   void planEnd(unsigned long handle, const Player& player) {
     if (player.speed <= 0) return;
-    const double left = (duration(player) - positionOf(player)) / player.speed;
-    plan(handle, player, left, mediamgmnt::status::kFinished, [](Player& ended) {
+    const double left = kOpening + (duration(player) - positionOf(player)) / player.speed;
+    planInRun(handle, player, left, mediamgmnt::status::kFinished, [](Player& ended) {
       ended.position = duration(ended);
       ended.speed = 0;
     });
-    plan(handle, player, left, mediamgmnt::status::kPlaySpeedChanged);
+    planInRun(handle, player, left, mediamgmnt::status::kPlaySpeedChanged);
   }
 
   bool pause(unsigned long handle, Player& player) {
-    ++player.generation;
+    ++player.run;
     setSpeed(player, 0);
     plan(handle, player, 0, mediamgmnt::status::kPaused);
     plan(handle, player, 0, mediamgmnt::status::kPlaySpeedChanged);
@@ -206,7 +227,7 @@ class Library {
   }
 
   bool stop(unsigned long handle, Player& player) {
-    ++player.generation;
+    ++player.run;
     player.position = player.speed = 0;
     player.played = false;
     plan(handle, player, 0, mediamgmnt::status::kStopped);
@@ -214,7 +235,7 @@ class Library {
   }
 
   bool seek(unsigned long handle, Player& player, double position) {
-    ++player.generation;
+    ++player.run;
     player.position = std::clamp(position, 0.0, duration(player));
     player.since = Clock::now();
     plan(handle, player, 0, mediamgmnt::status::kPlayPositionChanged);
@@ -248,20 +269,26 @@ class Library {
 
   void sendLocked(const Planned& planned, std::unique_lock<std::mutex>& lock) {
     const auto found = m_players.find(planned.handle);
-    if (found == m_players.end() || found->second.generation != planned.generation) return;
+    if (found == m_players.end() || found->second.source != planned.source) return;
+    if (planned.run != 0 && planned.run != found->second.run) return;
     if (planned.before) planned.before(found->second);
     const MediaMessageCallback callback = found->second.callback;
+    m_calling = true;
     lock.unlock();
     if (callback != nullptr) callback(planned.handle, planned.word.c_str(), nullptr);
     lock.lock();
+    m_calling = false;
+    m_atRest.notify_all();
   }
 
   std::mutex m_mutex;
   std::condition_variable m_wake;
+  std::condition_variable m_atRest;
   std::thread m_thread;
   std::multimap<Clock::time_point, Planned> m_planned;
   std::map<unsigned long, Player> m_players;
   unsigned long m_lastHandle = 0;
+  bool m_calling = false;
   bool m_ended = false;
 };
 
@@ -298,3 +325,5 @@ int mediaPlaneSnapshot(unsigned char* pixels, unsigned int size) {
   library().draw(pixels);
   return 1;
 }
+
+int mediaLibraryWaitIdle(int timeoutMs) { return library().waitIdle(std::chrono::milliseconds(timeoutMs)) ? 1 : 0; }
