@@ -13,6 +13,9 @@ constexpr double kLongestExtrapolationMs = 1000;
 /// A new anchor this little behind the extrapolated position is clock noise; the position then waits instead of stepping back.
 constexpr double kNoiseMs = 80;
 
+/// What a page may have read at the end of a run that its pipeline has not got to; more is a stall.
+constexpr double kShownAheadMs = 300;
+
 }  // namespace
 
 double PlaybackFacts::positionLocked() const {
@@ -73,6 +76,16 @@ void PlaybackFacts::freezeAt(double position) {
   m_known = true;
   if (m_seeksAsked > 0) return;
   m_anchor = std::max(position, 0.0);
+  m_rate = 0;
+}
+
+void PlaybackFacts::endRunAt(double position) {
+  std::lock_guard lock(m_mutex);
+  m_known = true;
+  if (m_seeksAsked > 0) return;
+  const double shown = positionLocked();
+  const double ahead = (shown - position) * (m_rate < 0 ? -1 : 1);
+  m_anchor = m_rate != 0 && ahead > 0 && ahead < kShownAheadMs ? shown : std::max(position, 0.0);
   m_rate = 0;
 }
 

@@ -29,6 +29,8 @@ class PlaybackFacts {
 
   /// The position stands still at @p position. Ignored while a seek that was asked for has not been taken up.
   void freezeAt(double position);
+  /// The same at the end of a run; the position stays where it was shown last when that is a little ahead.
+  void endRunAt(double position);
   /// The position was @p position right now and moves with @p rate. Ignored as above.
   void runFrom(double position, double rate);
 

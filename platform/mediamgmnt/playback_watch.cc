@@ -17,6 +17,9 @@ constexpr milliseconds kTrickWordInterval{500};
 constexpr milliseconds kUnderrunDebounce{120};
 constexpr milliseconds kConnectTimeout{10000};
 constexpr milliseconds kStarvedAfter{1000};
+/// Playing backwards, GStreamer now and then does not say that the start has been reached.
+constexpr milliseconds kStartReachedAfter{400};
+constexpr double kNearStartMs = 100;
 constexpr milliseconds kLostAfter{10000};
 constexpr milliseconds kUnplayableAfter{3000};
 constexpr milliseconds kDownloadAsleepAfter{200};
@@ -67,6 +70,8 @@ void Playback::followPosition() {
     m_lastMove = Clock::now();
     noteProgress();
     if (std::exchange(m_starved, false)) answerPlay();
+  } else if (m_rate < 0 && position < kNearStartMs && Clock::now() - m_lastMove > kStartReachedAfter) {
+    return rewoundToStart();
   } else if (!m_starved && Clock::now() - m_lastMove > kStarvedAfter) {
     m_starved = true;
     m_facts.freezeAt(position);

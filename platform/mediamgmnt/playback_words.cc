@@ -18,7 +18,7 @@ void Playback::answerPlay() {
 /// A seek in flight is answered first: a page that waits for a seek does not listen to "PAUSED".
 void Playback::answerPause() {
   m_pauseDue = m_playingDue = m_speedDue = false;
-  if (m_pipeline != nullptr && m_prerolled && !m_next) m_facts.freezeAt(pipelinePosition());
+  if (m_pipeline != nullptr && m_prerolled && !m_next) m_facts.endRunAt(pipelinePosition());
   m_facts.setSpeed(0);
   answerSeeks();
   m_voice.say(status::kPaused);

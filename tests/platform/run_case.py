@@ -3,10 +3,11 @@
 """Runs one platform test: serves the sample media, runs a case script in avc-run, and judges the outcome.
 
     run_case.py --avc-run FILE --media DIR --case FILE [--config JSON] [--locale NAME] [--agent TEXT] [--asked-for REGEX COUNT]
-                [--trace-has REGEX]…
+                [--never-asked-for REGEX] [--trace-has REGEX]…
 
 The case passes when avc-run ends with status 0, prints nothing that looks like a defect, and what it is asked to look for is there:
---agent: every request for media carried this user agent; --asked-for: so many different addresses were; --trace-has: a line of the trace matches. On failure the end of the trace
+--agent: every request for media carried this user agent; --asked-for: so many different addresses were; --never-asked-for: none was;
+--trace-has: a line of the trace matches. On failure the end of the trace
 is shown. Everything lies in a temporary folder that is removed.
 """
 import argparse
@@ -35,6 +36,7 @@ def parseArguments():
     parser.add_argument("--locale", help="run under this locale, for all categories")
     parser.add_argument("--agent", help="the user agent that every request for media must carry")
     parser.add_argument("--asked-for", nargs=2, metavar=("REGEX", "COUNT"), help="so many different paths like this were asked for")
+    parser.add_argument("--never-asked-for", metavar="REGEX", help="no path like this was asked for")
     parser.add_argument("--trace-has", action="append", default=[], help="a regular expression that a line of the trace must match")
     parser.add_argument("--timeout", type=int, default=60, help="seconds")
     return parser.parse_args()
@@ -99,6 +101,8 @@ def judge(options, server, trace):
         problem = askedForTooFew(server, options.asked_for[0], int(options.asked_for[1]))
         if problem:
             return problem
+    if options.never_asked_for and not askedForTooFew(server, options.never_asked_for, 1):
+        return "a path like %s was asked for" % options.never_asked_for
     for expression in options.trace_has:
         if not any(re.search(expression, line) for line in trace):
             return "no line of the trace matches %s" % expression

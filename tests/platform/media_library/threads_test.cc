@@ -116,6 +116,20 @@ TEST(PlaybackFactsTest, StaysWithinItsDurationUnlessOpenEnded) {
   EXPECT_EQ(facts.position(), 0);
 }
 
+TEST(PlaybackFactsTest, APauseDoesNotStepBackBehindWhatWasShown) {
+  PlaybackFacts facts;
+  facts.setOpenEnded(true);
+  facts.runFrom(1000, 0.1);
+  std::this_thread::sleep_for(milliseconds(30));  // time itself is what is looked at
+  const long long shown = facts.position();
+  facts.endRunAt(1000);
+  EXPECT_GT(shown, 1000);
+  EXPECT_GE(facts.position(), shown);
+  facts.runFrom(5000, 1);
+  facts.endRunAt(1000);
+  EXPECT_EQ(facts.position(), 1000) << "a stall is no noise";
+}
+
 TEST(PlaybackFactsTest, ForgetsWithANewSource) {
   PlaybackFacts facts;
   facts.setDuration(1000);
