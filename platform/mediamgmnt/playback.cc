@@ -14,6 +14,8 @@ constexpr double kMissingEndMs = 1500;
 
 constexpr std::chrono::milliseconds kAdaptiveSeekSpacing{150};
 
+constexpr int kAttempts = 4;
+
 }  // namespace
 
 Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice) : m_loop(loop), m_facts(facts), m_voice(voice) {}
@@ -40,6 +42,7 @@ void Playback::play(double rate) {
   m_playingDue = m_speedDue = true;
   if (m_pipeline == nullptr) {
     m_playsDone = 0;
+    m_attempts = 1;
     return open();
   }
   const double present = m_stepping ? m_facts.speed() : m_next ? m_next->rate : m_rate;
@@ -58,6 +61,7 @@ void Playback::pause() {
   leaveStepping();
   if (opensSource) {
     m_playsDone = 0;
+    m_attempts = 1;
     m_wantedRate = 1;
     open();
   }
@@ -222,7 +226,19 @@ void Playback::finish() {
   closePipeline();
 }
 
-void Playback::onFailure(Failure failure) { fail(failure); }
+void Playback::onFailure(Failure failure) {
+  if (failure == Failure::NotAvailableAtPosition && !m_timesKnown && m_attempts < kAttempts) return tryAgain();
+  fail(failure);
+}
+
+/// The adaptive demuxers of GStreamer 1.22 report a missing segment, too, when all of a short stream has come before they have made
+/// its outputs.
+void Playback::tryAgain() {
+  ++m_attempts;
+  m_startPosition = m_next ? m_next->target : 0;
+  closePipeline();
+  open();
+}
 
 void Playback::fail(Failure failure) {
   m_over = true;

@@ -73,6 +73,7 @@ class Playback : private PipelineListener {
   bool playsAgain();
   bool endsTooEarly() const;
   void fail(Failure failure);
+  void tryAgain();
 
   // playback_words.cc: answers
   void answerPlay();
@@ -128,6 +129,7 @@ class Playback : private PipelineListener {
   Clock::time_point m_prerolledAt;
   std::optional<double> m_inFlight;
   int m_playsDone = 0;
+  int m_attempts = 0;  ///< openings of the source for the present wish
   bool m_live = false;
   bool m_durationGuessed = false;
   std::int64_t m_origin = 0;  ///< the pipeline's time at position 0, nanoseconds
