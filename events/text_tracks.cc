@@ -33,14 +33,14 @@ void AVControlPlugin::handleTextTrackCallback(_TextTrackEventType type, void* da
     case TEXT_TRACK_CUE: break;
     case TTML_SUBTITLE: {
       const auto* const document = static_cast<const _TextTrackText*>(data);
-      if (document->length == 0) break;
+      if (document == nullptr || document->length == 0) break;
       setCounted(*document, args[0]);
       dispatchEvent("onInBandSubtitleData", args, 1);
       break;
     }
     case TTML_SUBTITLE_FONT: {
       const auto* const texts = static_cast<const _TextTrackText*>(data);
-      if (texts[0].length == 0 || texts[1].length == 0) break;
+      if (texts == nullptr || texts[0].length == 0 || texts[1].length == 0) break;
       setCounted(texts[0], args[0]);
       setCounted(texts[1], args[1]);
       dispatchEvent("onSubtitleFontFamily", args, 2);

@@ -2,6 +2,7 @@
 #include "tests/support/plugin_fixture.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -41,6 +42,13 @@ _CorvelNativeVariant text(std::string_view value) {
   const char* const start = value.empty() ? "" : value.data();
   cvnplUtil::set(start, variant, static_cast<int>(value.size()), true);
   return variant;
+}
+
+_CorvelNativeVariant ownCopy(const _CorvelNativeVariant& value) {
+  _CorvelNativeVariant copy = value;  // of a borrowed text: borrowed too
+  if (value.details.type != CORVEL_STRING) return copy;
+  cvnplUtil::set(value.string.text, copy, static_cast<int>(value.string.length), true);
+  return copy;
 }
 
 std::string shown(const _CorvelNativeVariant& value) {
@@ -96,11 +104,13 @@ void HostLog::setHook(std::function<void(const Entry&)> hook) {
 }
 
 void HostLog::propertyChanged(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant& value) {
-  add({Entry::Kind::kPropertyChange, objectId, std::string(name), {value}, std::this_thread::get_id()});
+  add({Entry::Kind::kPropertyChange, objectId, std::string(name), {ownCopy(value)}, std::this_thread::get_id()});
 }
 
 void HostLog::eventRaised(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant* args, unsigned int count) {
-  add({Entry::Kind::kEvent, objectId, std::string(name), {args, args + count}, std::this_thread::get_id()});
+  std::vector<_CorvelNativeVariant> copies;
+  std::transform(args, args + count, std::back_inserter(copies), ownCopy);
+  add({Entry::Kind::kEvent, objectId, std::string(name), std::move(copies), std::this_thread::get_id()});
 }
 
 void HostLog::add(Entry entry) {

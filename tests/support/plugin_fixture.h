@@ -34,6 +34,8 @@ _CorvelNativeVariant integer(int value);
 _CorvelNativeVariant number(double value);
 /// An owned copy, with the length of @p value: the host does not promise a NUL behind it.
 _CorvelNativeVariant text(std::string_view value);
+/// Of a borrowed text a copy of its own: it may be kept when the one who lent the text takes it back.
+_CorvelNativeVariant ownCopy(const _CorvelNativeVariant& value);
 /// Type and value: "int:4", "double:1.5", "bool:true", "string:abc", "string:(null)", "object", "novalue", "undefined".
 std::string shown(const _CorvelNativeVariant& value);
 

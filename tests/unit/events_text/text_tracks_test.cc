@@ -60,6 +60,7 @@ TEST_F(TextTrackTest, TheHostCopiesTheDocument) {
   document.assign(document.size(), '#');
 
   EXPECT_THAT(drainEvents(), ElementsAre("onInBandSubtitleData(string:<tt>one</tt>)"));
+  EXPECT_THAT(events(plugin), ElementsAre("onInBandSubtitleData(string:<tt>one</tt>)"));
 }
 
 TEST_F(TextTrackTest, TracesAnEmptyDocument_AndRaisesNothing) {
@@ -86,6 +87,23 @@ TEST_F(TextTrackTest, RaisesNothing_WhenAFontTextIsEmpty) {
   EXPECT_EQ(deliver(TTML_SUBTITLE_FONT, second), "received command TTML_SUBTITLE_FONT");
 
   EXPECT_THAT(entries(plugin), IsEmpty());
+}
+
+/// A notification that comes without its material is traced like an empty one.
+TEST_F(TextTrackTest, TracesMaterialThatIsMissing_AndRaisesNothing) {
+  EXPECT_EQ(deliver(TTML_SUBTITLE, nullptr), "received command TTML_SUBTITLE");
+  EXPECT_EQ(deliver(TTML_SUBTITLE_FONT, nullptr), "received command TTML_SUBTITLE_FONT");
+
+  EXPECT_THAT(entries(plugin), IsEmpty());
+}
+
+/// A null text stays one: what a page sees of it is the host's.
+TEST_F(TextTrackTest, ForwardsANullTextAsNull) {
+  _TextTrackText data[] = {{nullptr, 5}, {"font", 4}};
+
+  deliver(TTML_SUBTITLE_FONT, data);
+
+  EXPECT_THAT(events(plugin), ElementsAre("onSubtitleFontFamily(string:(null), string:font)"));
 }
 
 TEST_F(TextTrackTest, ForwardsSignals) {
