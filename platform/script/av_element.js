@@ -241,6 +241,10 @@
       updateHold(element, record);
       return result;
     },
+    // For the object only an absent argument and undefined mean all of them; for a page null does, too.
+    getComponents(element, record, parameters) {
+      return parameters[0] === null ? record.object.getComponents() : record.object.getComponents(...parameters);
+    },
   };
 
   function original(descriptor, element) {

@@ -103,21 +103,16 @@ int indexOf(JSStringRef name) {
   return index;
 }
 
-const Instance* listWithIndex(JSObjectRef object, JSStringRef name, int& index) {
-  index = indexOf(name);
-  if (index < 0) return nullptr;
-  const Instance* list = instanceOf(object);
-  return list != nullptr && index < readLength(*list) ? list : nullptr;
-}
-
 bool hasItem(JSContextRef, JSObjectRef object, JSStringRef name) {
-  int index = -1;
-  return listWithIndex(object, name, index) != nullptr;
+  const int index = indexOf(name);
+  const Instance* list = index < 0 ? nullptr : instanceOf(object);
+  return list != nullptr && index < readLength(*list);
 }
 
+// Asked for names that hasItem took. The list may have become shorter since: then the item is undefined, and nothing throws.
 JSValueRef getItem(JSContextRef context, JSObjectRef object, JSStringRef name, JSValueRef*) {
-  int index = -1;
-  const Instance* list = listWithIndex(object, name, index);
+  const int index = indexOf(name);
+  const Instance* list = index < 0 ? nullptr : instanceOf(object);
   if (list == nullptr) return nullptr;  // not ours: the ordinary look-up goes on
   const JSValueRef argument = JSValueMakeNumber(context, index);
   return callRow(context, *list, static_cast<unsigned int>(list->itemRow), HostValues(context, &argument, 1));

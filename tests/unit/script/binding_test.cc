@@ -150,6 +150,20 @@ TEST_F(BindingTest, IndexesALike) {
   EXPECT_EQ(eval("list[0] + ' ' + [...list].length + ' ' + list.length"), "undefined 0 -1");
 }
 
+/// The media may change between the two questions that one access asks, and in the middle of a loop.
+TEST_F(BindingTest, ReadsUndefined_WhereAListGetsShorterMeanwhile) {
+  auto list = std::make_shared<NumberList>();
+  list->install();
+  setGlobal("list", binding().wrap(list));
+
+  list->lostAtARead = 3;
+  EXPECT_EQ(eval("list[0]"), "undefined");
+
+  list->length = 3;
+  list->lostAtARead = 1;
+  EXPECT_EQ(eval("const seen = []; for (const value of list) seen.push(value); seen.join()"), "0");
+}
+
 TEST_F(BindingTest, OffersTheNativeApi) {
   const std::uint64_t id = pluginId();
   setGlobal("id", JSValueMakeNumber(context(), static_cast<double>(id)));

@@ -37,7 +37,9 @@ bool item(CorvelNativePropertyBase* self, const _CorvelNativeVariant* args, unsi
 }
 
 bool lengthOf(CorvelNativePropertyBase* self, _CorvelNativeVariant* result) {
-  cvnplUtil::set(static_cast<NumberList*>(self)->length, *result);
+  auto* const list = static_cast<NumberList*>(self);
+  cvnplUtil::set(list->length, *result);
+  list->length -= list->lostAtARead;
   return true;
 }
 
@@ -76,13 +78,13 @@ const CorvelNativeMethod g_listMethods[] = {{"item", item}};
 bool TellingObject::install() { return install(g_telling, std::size(g_telling), g_tellingMethods, std::size(g_tellingMethods)); }
 bool NumberList::install() { return install(g_list, std::size(g_list), g_listMethods, std::size(g_listMethods)); }
 
-ScriptTest::ScriptTest() {
+ScriptTest::ScriptTest(const char* pluginLibrary) {
   m_pump.emplace([this](const pluginhost::Event& event) {
     events.push_back(event);
     if (onEvent) onEvent(event);
   });
   std::string error;
-  auto library = pluginhost::PluginLibrary::load(FAKE_PLUGIN_LIBRARY, error);
+  auto library = pluginhost::PluginLibrary::load(pluginLibrary, error);
   EXPECT_NE(library, nullptr) << error;
   m_context = JSGlobalContextCreate(nullptr);
   m_binding.emplace(m_context, library);

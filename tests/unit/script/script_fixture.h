@@ -32,12 +32,13 @@ class NumberList : public CorvelNativePropertyBase {
   int type() override { return 9; }
   bool install() override;
 
-  int length = 3;  ///< may be negative, as a list without a source says it
+  int length = 3;       ///< may be negative, as a list without a source says it
+  int lostAtARead = 0;  ///< how much shorter each read of "length" leaves it
 };
 
 class ScriptTest : public testing::Test {
  protected:
-  ScriptTest();
+  explicit ScriptTest(const char* pluginLibrary = FAKE_PLUGIN_LIBRARY);
   ~ScriptTest() override;
 
   /// Evaluates an expression; its value as a text, or "threw " and the exception.
