@@ -8,6 +8,7 @@
 
 #include "components/audio_component.h"
 #include "components/component_records.h"
+#include "components/integer_argument.h"
 #include "components/script_rows.h"
 #include "components/subtitle_component.h"
 #include "components/video_component.h"
@@ -26,7 +27,7 @@ bool getLengthThunk(CorvelNativePropertyBase* self, _CorvelNativeVariant* result
 
 bool itemThunk(CorvelNativePropertyBase* self, const _CorvelNativeVariant* args, unsigned int /*argc*/,
                _CorvelNativeVariant* result) {
-  const int index = args[0].integer;  // of whatever type the argument is
+  const int index = integerOf(args[0]);  // of whatever type the argument is
   auto* const collection = HbbTVComponentCollectionClass::cast(self);
   if (collection == nullptr || index < 0) return false;
   const std::shared_ptr<CorvelNativePropertyBase> item = collection->getItem(index);

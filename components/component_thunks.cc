@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "components/component_thunks.h"
 
+#include "components/integer_argument.h"
 #include "plugin/live_plugin.h"
 
 namespace {
@@ -28,7 +29,7 @@ bool getCurrentActiveComponentsThunk(CorvelNativePropertyBase* self, const _Corv
                                      _CorvelNativeVariant* result) {
   AVControlPlugin* const plugin = livePlugin(self);
   if (plugin == nullptr) return false;
-  cvnplUtil::set(plugin->JS_GetCurrentActiveComponents(args[0].integer), *result);
+  cvnplUtil::set(plugin->JS_GetCurrentActiveComponents(integerOf(args[0])), *result);
   return true;
 }
 

@@ -8,7 +8,7 @@
 /// unknown one. Fails for anything else.
 bool getComponentsThunk(CorvelNativePropertyBase* self, const _CorvelNativeVariant* args, unsigned int argc,
                         _CorvelNativeVariant* result);
-/// The argument's integer value is taken whatever its type is.
+/// The argument's integer is taken whatever its type is (integerOf).
 bool getCurrentActiveComponentsThunk(CorvelNativePropertyBase* self, const _CorvelNativeVariant* args, unsigned int argc,
                                      _CorvelNativeVariant* result);
 /// These take a component object or a component type; they fail for anything else, and leave the result alone.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Component selection, and what the host asks about subtitles from out of band. Thread: script, but for the last two operations.
+// Component selection, and what the host asks about subtitles from out of band. Thread: script; selectDefaultAVcomponent: any.
 #include <cstdlib>
 #include <cstring>
 #include <map>

@@ -3,18 +3,13 @@
 #include <cmath>
 #include <limits>
 
+#include "components/integer_argument.h"
 #include "plugin/live_plugin.h"
 #include "plugin/script_thunks.h"
 
 namespace {
 
 constexpr int kOutOfRange = -1;  ///< a volume that no volume can be
-
-/// The number in an argument that is no double: its integer; a boolean as 0 or 1; 0 for what holds no number.
-int integerOf(const _CorvelNativeVariant& value) {
-  if (value.details.type == CORVEL_INTEGER) return value.integer;
-  return value.details.type == CORVEL_BOOLEAN && value.boolean ? 1 : 0;
-}
 
 int roundedVolume(double volume) {
   const double raised = volume + 0.5;

@@ -95,6 +95,20 @@ TEST_P(ComponentCollectionKindTest, AsksTheLibraryEachTime) {
   EXPECT_EQ(readShown(itemOf(collection, 0), "componentTag"), "int:20");
 }
 
+/// The recount, the record; between them, for subtitles that may be followed by some from out of band, where those begin.
+TEST_P(ComponentCollectionKindTest, ItemCountsThenReads) {
+  list(GetParam().libraryKind, {record("10"), record("11")});
+  const ScriptObject collection = objectFrom(plugin, GetParam().method, {integer(GetParam().type)});
+  library().clearCalls();
+
+  EXPECT_NE(itemOf(collection, 1), nullptr);
+
+  const std::string key = std::string(GetParam().libraryKind) + "_COMPONENT.";
+  std::vector<std::string> expected{key + "LENGTH 128", key + "ITEM.1 4096"};
+  if (std::string(GetParam().libraryKind) == "SUBTITLE") expected.insert(expected.begin(), key + "LENGTH 128");
+  EXPECT_EQ(reads(), expected);
+}
+
 TEST_P(ComponentCollectionKindTest, IsEmpty_WhenTheLibraryDoesNotAnswer) {
   const ScriptObject collection = objectFrom(plugin, GetParam().method, {integer(GetParam().type)});
 
@@ -147,6 +161,50 @@ TEST_F(ComponentCollectionTest, GivesTheSameObjectsEachTime) {
   EXPECT_EQ(std::unique(objects.begin(), objects.end()) - objects.begin(), 7) << "seven collections, all told apart";
 }
 
+TEST_F(ComponentCollectionTest, AreMadeInOrder) {
+  const std::vector<ScriptObject> inOrder{
+      objectFrom(plugin, "getComponents", {integer(1)}),
+      objectFrom(plugin, "getComponents", {integer(0)}),
+      objectFrom(plugin, "getComponents", {integer(2)}),
+      objectFrom(plugin, "getComponents"),
+      objectFrom(plugin, "getCurrentActiveComponents", {integer(1)}),
+      objectFrom(plugin, "getCurrentActiveComponents", {integer(0)}),
+      objectFrom(plugin, "getCurrentActiveComponents", {integer(2)}),
+  };
+
+  const auto madeBefore = [](const ScriptObject& left, const ScriptObject& right) {
+    return pluginhost::objectId(*left) < pluginhost::objectId(*right);
+  };
+  EXPECT_TRUE(std::is_sorted(inOrder.begin(), inOrder.end(), madeBefore));
+}
+
+/// A browser may initialise twice: the page then gets new collections, and the first ones go.
+TEST_F(ComponentCollectionTest, AreReplaced_OnASecondInitialisation) {
+  const std::weak_ptr<CorvelNativePropertyBase> first = objectFrom(plugin, "getComponents", {integer(1)});
+  const ScriptObject kept = objectFrom(plugin, "getComponents");
+  ASSERT_FALSE(first.expired());
+
+  ASSERT_TRUE(plugin.base->initPlugin());
+  list("AUDIO", {audioText("20")});
+
+  EXPECT_TRUE(first.expired());
+  EXPECT_NE(objectFrom(plugin, "getComponents"), kept);
+  EXPECT_EQ(readShown(objectFrom(plugin, "getComponents", {integer(1)}), "length"), "int:1");
+  EXPECT_EQ(readShown(kept, "length"), "int:1") << "one that script holds still answers";
+}
+
+TEST_F(ComponentCollectionTest, GoWithTheElement_AndTheirItemsWithThem) {
+  list("AUDIO", {audioText("20")});
+  const std::weak_ptr<CorvelNativePropertyBase> collection = objectFrom(plugin, "getComponents", {integer(1)});
+  const std::weak_ptr<CorvelNativePropertyBase> item = itemOf(collection.lock(), 0);
+  ASSERT_FALSE(item.expired()) << "the collection keeps it";
+
+  plugin.base->willBeDestroyed();
+
+  EXPECT_TRUE(collection.expired());
+  EXPECT_TRUE(item.expired());
+}
+
 TEST_F(ComponentCollectionTest, GivesNull_ForAnUnknownType) {
   EXPECT_EQ(plugin.callShown("getComponents", {integer(3)}), "object:(null)");
   EXPECT_EQ(plugin.callShown("getComponents", {integer(-1)}), "object:(null)");
@@ -161,7 +219,7 @@ TEST_F(ComponentCollectionTest, GetComponentsFails_ForAnArgumentOfAnotherType) {
   EXPECT_EQ(plugin.callShown("getComponents", {fixture::objectArgument(objectFrom(plugin, "getComponents"))}), "failed");
 }
 
-/// Deliberate: its argument is not checked, an empty slot reads as 0.
+/// Deliberate: its argument is not checked; an empty slot and what holds no integer read as 0.
 TEST_F(ComponentCollectionTest, GetCurrentActiveComponentsTakesAnyArgument) {
   const ScriptObject activeVideo = objectFrom(plugin, "getCurrentActiveComponents", {integer(0)});
 
@@ -169,6 +227,8 @@ TEST_F(ComponentCollectionTest, GetCurrentActiveComponentsTakesAnyArgument) {
   EXPECT_EQ(objectFrom(plugin, "getCurrentActiveComponents", {fixture::noValue()}), activeVideo);
   EXPECT_EQ(objectFrom(plugin, "getCurrentActiveComponents", {fixture::boolean(true)}),
             objectFrom(plugin, "getCurrentActiveComponents", {integer(1)}));
+  EXPECT_EQ(objectFrom(plugin, "getCurrentActiveComponents", {text("1")}), activeVideo);
+  EXPECT_EQ(objectFrom(plugin, "getCurrentActiveComponents", {number(1.5)}), activeVideo);
 }
 
 TEST_F(ComponentCollectionTest, MethodsFail_OnADeinitialisedObject) {
@@ -216,16 +276,6 @@ TEST_F(ComponentCollectionTest, ItemFailsForANegativeIndex_WithoutAskingTheLibra
   EXPECT_THAT(reads(), IsEmpty());
 }
 
-TEST_F(ComponentCollectionTest, ItemCountsThenReads) {
-  list("AUDIO", {audioText()});
-  const ScriptObject audio = objectFrom(plugin, "getComponents", {integer(1)});
-  library().clearCalls();
-
-  EXPECT_NE(itemOf(audio, 0), nullptr);
-
-  EXPECT_THAT(reads(), ElementsAre("AUDIO_COMPONENT.LENGTH 128", "AUDIO_COMPONENT.ITEM.0 4096"));
-}
-
 /// The index is not held against the length: the library decides.
 TEST_F(ComponentCollectionTest, ItemAsksForAnyIndex) {
   library().setProperty("AUDIO_COMPONENT.ITEM.2147483647", audioText("99"));
@@ -244,6 +294,17 @@ TEST_F(ComponentCollectionTest, ItemWithoutAnArgumentIsTheFirst) {
   EXPECT_EQ(readShown(result.object.object, "componentTag"), "int:7");
 }
 
+/// Deliberate: no argument fails for its type.
+TEST_F(ComponentCollectionTest, ItemTakesAnyArgument) {
+  list("AUDIO", {audioText("7"), audioText("8")});
+  const ScriptObject audio = objectFrom(plugin, "getComponents", {integer(1)});
+
+  EXPECT_EQ(readShown(itemOf(audio, fixture::boolean(true)), "componentTag"), "int:8");
+  for (const _CorvelNativeVariant& none : {text("1"), number(1.5), number(-1.5), fixture::noValue(), fixture::undefined()}) {
+    EXPECT_EQ(readShown(itemOf(audio, none), "componentTag"), "int:7") << fixture::shown(none);
+  }
+}
+
 TEST_F(ComponentCollectionTest, KeepsTheLastObjectOfAnIndexAlive) {
   list("AUDIO", {audioText("7")});
   const ScriptObject audio = objectFrom(plugin, "getComponents", {integer(1)});
@@ -254,6 +315,17 @@ TEST_F(ComponentCollectionTest, KeepsTheLastObjectOfAnIndexAlive) {
 
   EXPECT_TRUE(first.expired()) << "replaced by the next one for that index";
   EXPECT_FALSE(second.expired());
+}
+
+TEST_F(ComponentCollectionTest, KeepsTheLastObject_WhereTheLibraryHasNoneAnyMore) {
+  list("AUDIO", {audioText("7")});
+  const ScriptObject audio = objectFrom(plugin, "getComponents", {integer(1)});
+  const std::weak_ptr<CorvelNativePropertyBase> first = itemOf(audio, 0);
+  list("AUDIO", {"NOT_AVAILABLE"});
+
+  EXPECT_EQ(itemOf(audio, 0), nullptr);
+
+  EXPECT_FALSE(first.expired());
 }
 
 TEST_F(ComponentCollectionTest, ScriptKeepsAnItemPastItsReplacement) {

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 #include "tests/unit/components/record_text.h"
 
@@ -24,6 +26,37 @@ void expectCommon(const AVComponent* common, int type) {
   EXPECT_STREQ(common->opaqueText2, "two");
   EXPECT_TRUE(common->opaqueFlag);
   EXPECT_STREQ(common->opaqueText3, "three");
+}
+
+/// The fields lie in the order of the record text.
+TEST(ComponentRecordTest, KeepsTheOrderOfItsFields) {
+  static_assert(std::is_standard_layout_v<AVComponent> && sizeof(bool) == 1 && sizeof(float) == 4);
+  EXPECT_EQ(offsetof(AVComponent, type), 0U);
+  EXPECT_LT(offsetof(AVComponent, type), offsetof(AVComponent, encoding));
+  EXPECT_LT(offsetof(AVComponent, encoding), offsetof(AVComponent, encrypted));
+  EXPECT_LT(offsetof(AVComponent, encrypted), offsetof(AVComponent, componentTag));
+  EXPECT_LT(offsetof(AVComponent, componentTag), offsetof(AVComponent, pid));
+  EXPECT_LT(offsetof(AVComponent, pid), offsetof(AVComponent, opaqueText1));
+  EXPECT_LT(offsetof(AVComponent, opaqueText1), offsetof(AVComponent, opaqueText2));
+  EXPECT_LT(offsetof(AVComponent, opaqueText2), offsetof(AVComponent, opaqueFlag));
+  EXPECT_LT(offsetof(AVComponent, opaqueFlag), offsetof(AVComponent, opaqueText3));
+  EXPECT_EQ(offsetof(AVVideoComponent, base), 0U);
+  EXPECT_EQ(offsetof(AVAudioComponent, base), 0U);
+  EXPECT_LT(offsetof(AVAudioComponent, audioText), offsetof(AVAudioComponent, language));
+  EXPECT_LT(offsetof(AVAudioComponent, language), offsetof(AVAudioComponent, audioDescription));
+  EXPECT_LT(offsetof(AVAudioComponent, audioDescription), offsetof(AVAudioComponent, audioChannels));
+  EXPECT_EQ(offsetof(AVSubtitleComponent, base), 0U);
+  EXPECT_LT(offsetof(AVSubtitleComponent, subtitleText1), offsetof(AVSubtitleComponent, language));
+  EXPECT_LT(offsetof(AVSubtitleComponent, language), offsetof(AVSubtitleComponent, subtitleText2));
+  EXPECT_LT(offsetof(AVSubtitleComponent, subtitleText2), offsetof(AVSubtitleComponent, hearingImpaired));
+}
+
+/// More digits than a float holds: an infinity, and a text that can still be printed and read.
+TEST(ComponentRecordTest, ReadsAnAbsurdRatio) {
+  EXPECT_EQ(readVideo(commonText(0) + "1e300|")->aspectRatio, std::numeric_limits<float>::infinity());
+  EXPECT_EQ(readVideo(commonText(0) + "1e999|")->aspectRatio, std::numeric_limits<float>::infinity());
+  EXPECT_EQ(readVideo(commonText(0) + "-1e300|")->aspectRatio, -std::numeric_limits<float>::infinity());
+  EXPECT_EQ(readVideo(commonText(0) + "1e-300|")->aspectRatio, 0.0F);
 }
 
 TEST(ComponentRecordTest, ReadsAllFieldsOfAVideo) {

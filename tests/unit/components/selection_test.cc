@@ -254,6 +254,36 @@ TEST_F(SelectionTest, NewDataForgetsTheIndices) {
   EXPECT_THAT(sentBy(kSelect, audio), IsEmpty());
 }
 
+/// A refused source, too: deliberate.
+TEST_F(SelectionTest, RefusedDataForgetsTheIndices) {
+  list("AUDIO", {audioText("20")});
+  const ScriptObject audio = available(1, 0);
+  ASSERT_FALSE(plugin.write("data", text("x")));
+
+  EXPECT_THAT(sentBy(kSelect, audio), IsEmpty());
+  EXPECT_NE(available(1, 0), nullptr);
+  EXPECT_THAT(sentBy(kSelect, audio), ElementsAre("SELECT_AUDIO_COMPONENT 0")) << "known again once it is fetched again";
+}
+
+/// The rows say it before the library hears of it, and the page is told last.
+TEST_F(SelectionTest, SwitchesSubtitlesFirst_ThenSends_ThenTellsThePage) {
+  ASSERT_TRUE(plugin.write("numOfSubtitles", integer(1)));
+  list("SUBTITLE", {subtitleText("30")});
+  const ScriptObject subtitle = available(2, 0);
+  std::vector<std::string> before;
+  for (const char* command : {"SELECT_DEFAULT_COMPONENT", "UNSELECT_COMPONENT_BY_TYPE", "SELECT_SUBTITLE_COMPONENT"}) {
+    library().addHook(fakes::isCommand(command), [&](const fakes::Call&) { before = entries(plugin); });
+  }
+
+  sentBy(kSelect, integer(2));
+  EXPECT_THAT(before, ElementsAre("enableSubtitles=int:1"));
+  EXPECT_THAT(entries(plugin), ElementsAre("enableSubtitles=int:1", "onSelectedComponentChanged(int:2)"));
+  sentBy(kUnselect, integer(2));
+  EXPECT_THAT(before, ElementsAre("enableSubtitles=int:0"));
+  sentBy(kSelect, subtitle);
+  EXPECT_THAT(before, ElementsAre("enableSubtitles=int:1"));
+}
+
 TEST_F(SelectionTest, WithoutAPlayerNothingIsSent_ButThePageIsTold) {
   library().failOpens(1);
   TestPlugin other = makePlugin();
