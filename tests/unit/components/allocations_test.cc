@@ -19,12 +19,13 @@ extern "C" {
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 
-void* __wrap_malloc(std::size_t size) {
+// Visible: the linker takes a library's malloc for one of the calls that it redirects.
+__attribute__((visibility("default"))) void* __wrap_malloc(std::size_t size) {
   ++g_allocations;
   return __real_malloc(size);
 }
 
-void* __wrap_calloc(std::size_t count, std::size_t size) {
+__attribute__((visibility("default"))) void* __wrap_calloc(std::size_t count, std::size_t size) {
   ++g_allocations;
   return __real_calloc(count, size);
 }
