@@ -52,7 +52,8 @@ JSValueRef evaluate(JSContextRef context, const std::string& source) {
   return value;
 }
 
-/// A context with `bare` (an object with C accessors on its prototype) and `av` (a live A/V Control object).
+/// A context with `bare` (an object with C accessors on its prototype), `av` (a live A/V Control object) and `audio` (its
+/// collection of a hundred audio components).
 class Engine {
  public:
   Engine() : m_context(JSGlobalContextCreate(nullptr)), m_events([] {}) {
@@ -64,6 +65,8 @@ class Engine {
     }
     m_binding = std::make_unique<script::Binding>(m_context, library);
     setGlobal(m_context, "av", m_binding->create());
+    quiet::listAudio(100);
+    evaluate(m_context, "globalThis.audio = av.getComponents(1)");
     makeBare();
   }
   ~Engine() {
@@ -130,6 +133,9 @@ MEASURE(BM_QueriedRow_playPosition, "sum += av.playPosition;");
 MEASURE(BM_QueriedRow_speed, "sum += av.speed;");
 MEASURE(BM_BareMethod, "sum += bare.call(i);");
 MEASURE(BM_Method_setVolume, "sum += av.setVolume(i);");
+MEASURE(BM_Collection_length, "sum += audio.length;");
+MEASURE(BM_Collection_item, "sum += audio.item(i % 100).pid;");
+MEASURE(BM_Collection_index, "sum += audio[i % 100].pid;");
 
 }  // namespace
 

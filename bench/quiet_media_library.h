@@ -9,5 +9,9 @@ namespace quiet {
 void sendWord(unsigned long handle, const char* word);
 /// Called on the player's worker whenever "SEEK" arrives.
 void onSeek(void (*function)());
+/// From now on every player has @p count audio components, from ready texts. Before any thread reads.
+void listAudio(int count);
+/// How often a property was read so far.
+unsigned long reads();
 
 }  // namespace quiet

@@ -49,20 +49,20 @@ bool AVControlPlugin::getSubtitleComponentLength(bool active, int& out) {
 bool AVControlPlugin::getAudioComponentItem(bool active, int index, AVAudioComponent*& out) {
   const auto current = player();
   if (current == nullptr || !current->getAudioComponentItem(active, index, out)) return false;
-  if (out != nullptr) m_audioIndex.emplace(indexKey(*out), index);
+  if (out != nullptr) m_audioIndex.try_emplace(indexKey(*out), index);
   return true;
 }
 
 bool AVControlPlugin::getVideoComponentItem(bool active, int index, AVVideoComponent*& out) {
   const auto current = player();
   if (current == nullptr || !current->getVideoComponentItem(active, index, out)) return false;
-  if (out != nullptr) m_videoIndex.emplace(indexKey(*out), index);
+  if (out != nullptr) m_videoIndex.try_emplace(indexKey(*out), index);
   return true;
 }
 
 bool AVControlPlugin::getSubtitleComponentItem(bool active, int index, AVSubtitleComponent*& out) {
   const auto current = player();
   if (current == nullptr || !current->getSubtitleComponentItem(active, index, out)) return false;
-  if (out != nullptr) m_subtitleIndex.emplace(indexKey(*out), index);
+  if (out != nullptr) m_subtitleIndex.try_emplace(indexKey(*out), index);
   return true;
 }

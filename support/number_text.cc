@@ -17,6 +17,19 @@ locale_t cLocale() {
   return locale;
 }
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// The short way for what nearly every number is: a few digits and nothing else. @return false when there is more to look at.
+bool readFewDigits(const char* text, int& out) {
+  constexpr int kMost = 9;  // cannot overflow
+  int value = 0;
+  int count = 0;
+  for (; count < kMost && isDigit(text[count]); ++count) value = value * 10 + (text[count] - '0');
+  if (count == 0 || isDigit(text[count])) return false;
+  out = value;
+  return true;
+}
+
 }  // namespace
 
 CLocaleScope::CLocaleScope() : m_previous(uselocale(cLocale())) {}
@@ -25,6 +38,8 @@ CLocaleScope::~CLocaleScope() { uselocale(static_cast<locale_t>(m_previous)); }
 
 int textToInt(const char* text) {
   if (text == nullptr) return 0;
+  int few = 0;
+  if (readFewDigits(text, few)) return few;
   const long value = std::strtol(text, nullptr, 10);
   return static_cast<int>(std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }

@@ -71,6 +71,11 @@ TEST(NumberTextTest, ReadsIntegersAsAtoiDoes) {
   EXPECT_EQ(textToInt("\t\n 5"), 5);
   EXPECT_EQ(textToInt("0x10"), 0);
   EXPECT_EQ(textToInt("007"), 7);
+  EXPECT_EQ(textToInt("7|8"), 7);
+  EXPECT_EQ(textToInt("123456789"), 123456789);
+  EXPECT_EQ(textToInt("123456789|1"), 123456789);
+  EXPECT_EQ(textToInt("1234567890"), 1234567890);
+  EXPECT_EQ(textToInt("0000000000000000000042"), 42);
 }
 
 TEST(NumberTextTest, SaturatesIntegers) {
