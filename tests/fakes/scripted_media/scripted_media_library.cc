@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // A media library without media: it answers as the contract says, from a thread of its own, for sources that say in their query
 // what they are: http://any/clip?ms=300 lasts 300 ms, &error=5 ends in that error when played, &mute never gets ready, &late=50
-// connects 50 ms after it got ready. Its plane shows one grey box for each player that was placed.
+// connects 50 ms after it got ready, &audio=3 lists three audio components of which the first is selected. Its plane shows one grey
+// box for each player that was placed.
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -37,6 +38,7 @@ struct Player {
   double position = 0;  ///< milliseconds, at `since`
   Clock::time_point since;
   bool played = false;
+  int audio = 0;             ///< the selected component, -1 for none
   unsigned long source = 0;  ///< what was planned for an older one is not said
   unsigned long run = 0;     ///< the end that was planned for an older one does not come
 };
@@ -148,7 +150,32 @@ class Library {
     if (key == property::kPosition) return std::to_string(static_cast<long>(positionOf(player)));
     if (key == property::kPlaySpeed) return std::to_string(static_cast<long>(player.speed));
     if (key == property::kLastErrorCode) return std::to_string(static_cast<long>(option(player, "error=", 2)));
-    return "";
+    return audioValueOf(player, key);
+  }
+
+  static std::string audioRecord(int index) {
+    static constexpr const char* kLanguages[] = {"deu", "eng", "fra"};
+    const std::string language = kLanguages[index % 3];
+    return "1|mp4a.40.2|0|" + std::to_string(index) + '|' + std::to_string(256 + index) + "|||0|||" + language + "|0|2|";
+  }
+
+  static std::string audioValueOf(const Player& player, const std::string& key) {
+    namespace property = mediamgmnt::property;
+    const auto count = static_cast<int>(option(player, "audio=", 0));
+    const bool active = player.audio >= 0 && player.audio < count;
+    if (key == property::kAudioLength) return std::to_string(count);
+    if (key == property::kActiveAudioLength) return active ? "1" : "0";
+    if (key == std::string(property::kActiveAudioItemPrefix) + '0') return active ? audioRecord(player.audio) : "";
+    const std::string prefix = property::kAudioItemPrefix;
+    if (key.rfind(prefix, 0) != 0) return "";
+    const int index = std::atoi(key.c_str() + prefix.size());
+    return index < count ? audioRecord(index) : mediamgmnt::kNotAvailable;
+  }
+
+  bool selectAudio(unsigned long handle, Player& player, int index) {
+    player.audio = index;
+    plan(handle, player, 0, mediamgmnt::status::kSelectedAudioChanged);
+    return true;
   }
 
   static Clock::time_point in(double milliseconds) {
@@ -173,6 +200,7 @@ class Library {
     player.input = value;
     player.position = player.speed = 0;
     player.played = false;
+    player.audio = 0;
     if (value.find("mute") != std::string::npos) return;
     plan(handle, player, 0, mediamgmnt::status::kReadyToPlay);
     plan(handle, player, option(player, "late=", kConnecting), mediamgmnt::status::kConnected);
@@ -184,6 +212,9 @@ class Library {
     if (name == command::kPause) return pause(handle, player);
     if (name == command::kStop) return stop(handle, player);
     if (name == command::kSeek) return seek(handle, player, std::strtod(argument.c_str(), nullptr));
+    if (name == command::kSelectAudioComponent) return selectAudio(handle, player, std::atoi(argument.c_str()));
+    if (name == command::kUnselectAudioComponent) return selectAudio(handle, player, -1);
+    if (name == command::kSelectDefaultComponent && argument == "1") return selectAudio(handle, player, 0);
     if (name == command::kSetWindowProperties) {
       Box& box = player.box;
       return std::sscanf(argument.c_str(), "%d|%d|%d|%d|", &box.x, &box.y, &box.width, &box.height) == 4;

@@ -16,7 +16,8 @@ TEST_P(AvcRunPage, PassesItsChecks) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, AvcRunPage,
-                         testing::Values("element", "environment", "events", "geometry", "handlers", "queue", "source", "collect"),
+                         testing::Values("components", "element", "environment", "events", "geometry", "handlers", "queue",
+                                         "source", "collect"),
                          [](const auto& info) { return std::string(info.param); });
 
 // No exit() here: the run must notice that the film is over.
