@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "parental/parental_rating_collection.h"
 
+#include "components/integer_argument.h"
 #include "components/script_rows.h"
 #include "parental/parental_rating_object.h"
 #include "plugin/av_control_plugin.h"
@@ -16,7 +17,7 @@ bool getLengthThunk(CorvelNativePropertyBase* self, _CorvelNativeVariant* result
 
 bool itemThunk(CorvelNativePropertyBase* self, const _CorvelNativeVariant* args, unsigned int /*argc*/,
                _CorvelNativeVariant* result) {
-  const int index = args[0].integer;  // of whatever type the argument is
+  const int index = integerOf(args[0]);  // of whatever type the argument is
   if (index < 0) return false;
   auto* const collection = HbbTVParentalRatingCollectionAVClass::cast(self);
   if (collection == nullptr) return false;

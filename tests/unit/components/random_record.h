@@ -21,6 +21,7 @@ namespace records {
 inline constexpr std::string_view kVideoFields = "itiiittbtf";
 inline constexpr std::string_view kAudioFields = "itiiittbtttii";
 inline constexpr std::string_view kSubtitleFields = "itiiittbtttti";
+inline constexpr std::string_view kRatingFields = "ttiit";
 
 /// The same numbers in every run: a failure repeats.
 class Generator {

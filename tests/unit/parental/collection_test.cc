@@ -128,6 +128,15 @@ TEST_F(ParentalRatingCollectionTest, ItemWithoutAnArgumentIsTheFirst) {
   EXPECT_EQ(readShown(result.object.object, "name"), "string:16");
 }
 
+/// Deliberate: no argument fails for its type; what holds no integer reads as 0.
+TEST_F(ParentalRatingCollectionTest, ItemTakesAnyArgument) {
+  EXPECT_EQ(readShown(itemOf(ratings, fixture::boolean(true)), "name"), "string:18");
+  for (const _CorvelNativeVariant& none :
+       {fixture::text("1"), fixture::number(1.5), fixture::number(-1.5), fixture::noValue(), fixture::undefined()}) {
+    EXPECT_EQ(readShown(itemOf(ratings, none), "name"), "string:16") << fixture::shown(none);
+  }
+}
+
 TEST_F(ParentalRatingCollectionTest, RowsFail_OnAnotherObject) {
   _CorvelNativeVariant result;
   const _CorvelNativeVariant argument = integer(0);

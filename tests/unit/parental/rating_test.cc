@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "parental/parental_rating.h"
 #include "parental/parental_rating_object.h"
 #include "tests/support/script_object.h"
+#include "tests/unit/components/random_record.h"
 
 using fixture::readShown;
 using ::testing::ElementsAre;
@@ -79,6 +81,29 @@ TEST(ParentalRatingRecordTest, ReadsNoRecord_FromATextThatIsCutShort) {
 
   for (std::size_t length = 0; length < text.size(); ++length) EXPECT_FALSE(readRating(text.substr(0, length))) << length;
   EXPECT_EQ(hlpCreateAVParentalRating(nullptr), nullptr);
+}
+
+/// Random contents: separators, foreign letters, long and missing fields; held against a second, plain reading.
+TEST(ParentalRatingRecordTest, ReadsWhatThePlainReadingReads) {
+  records::Generator random(1);
+  int refused = 0;
+  for (int round = 0; round < 5000; ++round) {
+    const bool clean = random.below(2) == 0;
+    const std::string text = clean ? random.record(records::kRatingFields) : random.blemished(records::kRatingFields);
+    const auto expected = records::plainReading(text, records::kRatingFields);
+    refused += expected ? 0 : 1;
+    const auto exact = std::make_unique<char[]>(text.size() + 1);
+    std::memcpy(exact.get(), text.c_str(), text.size() + 1);
+
+    const OwnedRating rating(hlpCreateAVParentalRating(exact.get()));
+
+    ASSERT_EQ(rating != nullptr, expected.has_value()) << text;
+    if (rating == nullptr) continue;
+    const records::Values values{rating->name, rating->scheme, std::to_string(rating->value), std::to_string(rating->labels),
+                                 rating->region};
+    ASSERT_EQ(values, *expected) << text;
+  }
+  EXPECT_GT(refused, 500);
 }
 
 TEST(ParentalRatingRecordTest, FreesARecordWithoutTexts) {
