@@ -130,6 +130,22 @@ TEST_F(BindingTest, ReleasesObjectsThatScriptDropped) {
   EXPECT_EQ(TellingObject::destroyed, 201);
 }
 
+/// A page that asks for a component again and again gets a fresh object each time: they must not pile up.
+TEST_F(BindingTest, ReleasesObjectsThatScriptDropped_WhileItGoesOn) {
+  TellingObject::destroyed = 0;
+  for (int i = 0; i < 1000; ++i) {
+    auto object = std::make_shared<TellingObject>();
+    object->install();
+    setGlobal("dropped", binding().wrap(object));
+  }
+  eval("dropped = null");
+
+  collect();
+
+  EXPECT_GT(TellingObject::destroyed, 900);
+  EXPECT_EQ(eval("teller.tell(5)"), "3:5");
+}
+
 TEST_F(BindingTest, IndexesALike) {
   auto list = std::make_shared<NumberList>();
   list->install();
