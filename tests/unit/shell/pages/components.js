@@ -2,9 +2,10 @@
 page(async () => {
   const element = makeObject();
   document.body.appendChild(element);
-  const ready = state(element, 7);
+  const playing = state(element, 1);
   element.data = 'clip?ms=60000&audio=3';
-  await ready;
+  element.play(1);  // what plays goes on, and the run with it
+  await playing;
 
   const audio = element.getComponents(element.COMPONENT_TYPE_AUDIO);
   equal(audio.length, 3, 'length');
