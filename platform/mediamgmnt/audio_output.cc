@@ -6,6 +6,8 @@
 #include <string>
 #include <system_error>
 
+#include "platform/mediamgmnt/audio_tap.h"
+
 namespace mediamgmnt {
 namespace {
 
@@ -44,13 +46,25 @@ GstElement* makeSilentOutput() {
 
 }  // namespace
 
-GstElement* makeAudioOutput() {
+GstElement* makeAudioOutput(unsigned long player) {
+  if (hasSoundTap()) {
+    GstElement* const tap = makeTapOutput(player);
+    return tap != nullptr ? tap : makeSilentOutput();
+  }
   // Asked for only where a device exists: otherwise each start would spend time on finding none, and warn about it.
   if (!hasSoundServer() && !hasKernelDevice()) return makeSilentOutput();
   // scaletempo keeps the pitch at other speeds.
   GstElement* const chain = gst_parse_bin_from_description(
-      "audioconvert ! audioresample ! scaletempo ! audioconvert ! audioresample ! autoaudiosink", TRUE, nullptr);
+      "audioconvert ! audioresample ! scaletempo ! audioconvert ! audioresample ! volume name=mute ! autoaudiosink", TRUE, nullptr);
   return chain != nullptr ? chain : makeSilentOutput();
+}
+
+void setMuted(GstElement* output, bool muted) {
+  if (!GST_IS_BIN(output)) return;  // silent by itself
+  GstElement* const volume = gst_bin_get_by_name(GST_BIN(output), "mute");
+  if (volume == nullptr) return;
+  g_object_set(volume, "mute", gboolean{muted}, nullptr);
+  gst_object_unref(volume);
 }
 
 }  // namespace mediamgmnt

@@ -7,6 +7,9 @@
 namespace mediamgmnt {
 
 /// @return a floating element with one "sink" pad for raw audio, null when not even the silent one could be made. Thread: any.
-GstElement* makeAudioOutput();
+GstElement* makeAudioOutput(unsigned long player);
+
+/// Silences an output that was made here, or lets it be heard again.
+void setMuted(GstElement* output, bool muted);
 
 }  // namespace mediamgmnt

@@ -149,6 +149,17 @@ DashPeriod readPeriod(const xmlNode* node) {
   return period;
 }
 
+/// Years and months have no fixed length and no use here.
+std::optional<double> secondsOfUnit(char unit, bool ofDay) {
+  if (!ofDay) return unit == 'D' ? std::optional<double>(86400) : std::nullopt;
+  switch (unit) {
+    case 'H': return 3600;
+    case 'M': return 60;
+    case 'S': return 1;
+    default: return std::nullopt;
+  }
+}
+
 int channelsOfLayout(std::string_view layout) {
   const int number = toInt(layout);
   return number > 0 && number < static_cast<int>(std::size(kChannelsOfLayout)) ? kChannelsOfLayout[number] : 0;
@@ -191,6 +202,41 @@ std::optional<DashManifest> readDashManifest(std::string_view text) {
   manifest.essentialProperties = descriptors(root, "EssentialProperty");
   forEachChild(root, "Period", [&](const xmlNode* each) { manifest.periods.push_back(readPeriod(each)); });
   return manifest;
+}
+
+std::optional<double> secondsOf(std::string_view duration) {
+  if (duration.size() < 2 || duration.front() != 'P') return std::nullopt;
+  duration.remove_prefix(1);
+  double total = 0;
+  bool ofDay = false;
+  while (!duration.empty()) {
+    if (duration.front() == 'T') {
+      ofDay = true;
+      duration.remove_prefix(1);
+      continue;
+    }
+    double number = 0;
+    const auto result = std::from_chars(duration.data(), duration.data() + duration.size(), number, std::chars_format::fixed);
+    const auto length = static_cast<std::size_t>(result.ptr - duration.data());
+    if (result.ec != std::errc() || length >= duration.size()) return std::nullopt;
+    const std::optional<double> unit = secondsOfUnit(duration[length], ofDay);
+    if (!unit) return std::nullopt;
+    total += number * *unit;
+    duration.remove_prefix(length + 1);
+  }
+  return total;
+}
+
+std::size_t periodAt(const DashManifest& manifest, double seconds) {
+  double start = 0;
+  std::size_t found = 0;
+  for (std::size_t i = 0; i < manifest.periods.size(); ++i) {
+    const DashPeriod& period = manifest.periods[i];
+    start = secondsOf(period.start).value_or(start);
+    if (start <= seconds) found = i;
+    start += secondsOf(period.duration).value_or(0);
+  }
+  return found;
 }
 
 bool hasDescriptor(const std::vector<DashDescriptor>& descriptors, std::string_view scheme, std::string_view value) {

@@ -86,6 +86,12 @@ struct DashManifest {
 /// @return nothing for what is no well-formed DASH manifest, and for one that declares XML entities.
 std::optional<DashManifest> readDashManifest(std::string_view text);
 
+/// The index of the period that presents @p seconds from the start of the presentation; of the last one for what is beyond.
+std::size_t periodAt(const DashManifest& manifest, double seconds);
+
+/// "PT1H2M3.5S" in seconds; nothing for any other text.
+std::optional<double> secondsOf(std::string_view duration);
+
 bool hasDescriptor(const std::vector<DashDescriptor>& descriptors, std::string_view scheme, std::string_view value);
 
 /// The DASH role scheme's value is among the roles: "main", "caption", …

@@ -8,10 +8,13 @@
 #include <string_view>
 
 #include "host/mediamgmnt.h"
+#include "platform/mediamgmnt/audio_tap.h"
 #include "platform/mediamgmnt/library_start.h"
 #include "platform/mediamgmnt/media_plane.h"
+#include "platform/mediamgmnt/media_sound.h"
 #include "platform/mediamgmnt/player_core.h"
 #include "platform/mediamgmnt/player_registry.h"
+#include "platform/mediamgmnt/preferences.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 
 namespace {
@@ -119,9 +122,27 @@ int getOOBPlayerPosition(unsigned long handle, int* position) {
   });
 }
 
-/// Every presentation starts with its default video and audio: there is no choice yet that would have to be taken back.
 int hbbSelectDefaultAVComponent(AVComponentType type) {
-  return type == AV_COMPONENT_TYPE_VIDEO || type == AV_COMPONENT_TYPE_AUDIO ? 1 : 0;
+  if (type != AV_COMPONENT_TYPE_VIDEO && type != AV_COMPONENT_TYPE_AUDIO) return 0;
+  using mediamgmnt::ComponentKind;
+  const bool video = type == AV_COMPONENT_TYPE_VIDEO;
+  mediamgmnt::Preferences::instance().selectDefaults(video ? ComponentKind::Video : ComponentKind::Audio);
+  return 1;
+}
+
+void mediaTapSound(MediaSoundTap tap, void* user) { mediamgmnt::setSoundTap(tap, user); }
+
+int mediaPreferLanguages(int componentType, const char* languages) {
+  using mediamgmnt::ComponentKind;
+  const bool audio = componentType == static_cast<int>(ComponentKind::Audio);
+  const bool subtitle = componentType == static_cast<int>(ComponentKind::Subtitle);
+  if (languages == nullptr || (!audio && !subtitle)) return 0;
+  try {
+    mediamgmnt::Preferences::instance().setLanguages(audio ? ComponentKind::Audio : ComponentKind::Subtitle, languages);
+    return 1;
+  } catch (const std::exception&) {
+    return 0;
+  }
 }
 
 int mediaLibraryWaitIdle(int timeoutMs) { return mediamgmnt::waitForLeftoverThreads(timeoutMs) ? 1 : 0; }

@@ -2,6 +2,7 @@
 #include "platform/mediamgmnt/library_start.h"
 
 #include <gst/gst.h>
+#include <gst/mpegts/mpegts.h>
 
 #include <array>
 #include <atomic>
@@ -44,6 +45,7 @@ void loadElement(const char* name) {
 
 void startLibrary() {
   const bool started = gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough();
+  if (started) gst_mpegts_initialize();
   libraryStart().started.set_value(started);
   if (!started) return;
   for (const char* const name : kElementsToLoad) {

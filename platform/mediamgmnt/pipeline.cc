@@ -12,8 +12,9 @@ std::int64_t known(gboolean answered, gint64 value) { return answered && value >
 
 }  // namespace
 
-Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, SourceSettings settings)
-    : m_loop(loop), m_listener(listener), m_surface(surface), m_settings(std::move(settings)) {}
+Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, Components& components,
+                   SourceSettings settings)
+    : m_loop(loop), m_listener(listener), m_surface(surface), m_components(components), m_settings(std::move(settings)) {}
 
 Pipeline::~Pipeline() {
   if (m_pipeline == nullptr) return;
@@ -24,6 +25,7 @@ Pipeline::~Pipeline() {
   gst_object_unref(bus);
   gst_object_unref(m_pipeline);
   if (m_download != nullptr) gst_object_unref(m_download);
+  forgetCollections();
 }
 
 bool Pipeline::open() {
@@ -53,6 +55,10 @@ void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   m_prerollReported = false;
+  {
+    std::lock_guard lock(m_trackMutex);
+    m_soughtSeconds = static_cast<double>(target) / 1e9;
+  }
   if (rate > 0) {
     return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, target, GST_SEEK_TYPE_SET, -1) !=
            FALSE;  // "none" would keep the stop of an earlier backward seek

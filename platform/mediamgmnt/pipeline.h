@@ -5,13 +5,19 @@
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/error_map.h"
+#include "platform/mediamgmnt/stream_reader.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
 
@@ -25,6 +31,7 @@ struct SourceSettings {
   bool keepDownload = true;  ///< progressive media over HTTP are kept on disc while they play, so that they can be rewound
   int maxVideoWidth = 0;     ///< adaptive streaming takes no larger picture; 0: any
   int maxVideoHeight = 0;
+  unsigned long player = 0;  ///< whose it is
 };
 
 /// Receives what happens to a pipeline, on the control thread.
@@ -36,6 +43,9 @@ class PipelineListener {
   virtual void onBuffering(int percent) = 0;
   virtual void onEnd() = 0;
   virtual void onFailure(Failure failure) = 0;
+  virtual void onTracksChanged() = 0;  ///< the components have been offered what is known now
+  /// The first picture or sound of another stream has come to its output.
+  virtual void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) = 0;
 
  protected:
   ~PipelineListener() = default;
@@ -44,14 +54,15 @@ class PipelineListener {
 /// uridecodebin3 with one video, one audio and one text output.
 ///
 /// Threads: all functions on the control thread, which is also where the listener is called. GStreamer's streaming threads come in
-/// through the static functions; they touch only the atomics, the surface and what m_padMutex guards.
-/// Ownership: borrows loop, listener and surface; all outlive it. Destruction stops the pipeline and waits for its streaming
-/// threads; the listener hears nothing afterwards.
+/// through the static functions; they touch only the atomics, the surface, the components and what the two mutexes guard.
+/// Ownership: borrows loop, listener, surface and components; all outlive it. Destruction stops the pipeline and waits for its
+/// streaming threads; the listener hears nothing afterwards.
 class Pipeline {
  public:
   static constexpr std::int64_t kUnknown = -1;
 
-  Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, SourceSettings settings);
+  Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, Components& components,
+           SourceSettings settings);
   ~Pipeline();
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
@@ -64,6 +75,14 @@ class Pipeline {
 
   /// Begins a flushing seek to @p target nanoseconds; onPrerolled() tells its end. @return false when the source cannot.
   bool seek(double rate, std::int64_t target, GstSeekFlags extraFlags);
+
+  /// Begins to present other streams of the source. What follows is heard and seen at once after a seek only, where the source is
+  /// adaptive. @return false when the pipeline does not take it.
+  bool selectStreams(const ComponentChoice& choice);
+  /// Hides a picture, silences a sound, or takes it back; also before there is any.
+  void setShown(ComponentKind kind, bool shown);
+  /// Offers the components what is known of the streams by now.
+  void refreshTracks();
 
   std::int64_t position() const;  ///< nanoseconds or kUnknown
   std::int64_t duration() const;  ///< nanoseconds or kUnknown: also for live sources
@@ -87,7 +106,14 @@ class Pipeline {
   bool playsBackwards() const { return !m_transportStream && !m_fragmented; }
 
  private:
-  enum class Kind { Video, Audio, Text };
+  using Kind = ComponentKind;
+  /// What has come to an output; only its streaming thread's.
+  struct Arrival {
+    Pipeline* pipeline = nullptr;
+    Kind kind = Kind::Video;
+    const void* next = nullptr;  ///< announced, nothing of it has come yet
+    const void* present = nullptr;
+  };
   struct Output {
     GstElement* queue = nullptr;
     GstElement* sink = nullptr;
@@ -107,6 +133,7 @@ class Pipeline {
   GstElement* sinkOf(Kind kind) const;
   void attach(Kind kind, GstPad* pad);
   bool makeOutput(Kind kind, Output& output);
+  void paint(GstSample* sample);
   GstElement* makeVideoSink();
   GstElement* makeTextSink();
   void discard(GstPad* pad);
@@ -116,6 +143,19 @@ class Pipeline {
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberDownload(GstElement* downloadBuffer);
   void reportUnplayable();
+
+  // pipeline_tracks.cc
+  static GstPadProbeReturn onOutputData(GstPad* pad, GstPadProbeInfo* info, gpointer arrival);
+  static GstPadProbeReturn onManifestData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static void onStreamNotify(GstStreamCollection* collection, GstStream* stream, GParamSpec* what, gpointer self);
+  void watchOutput(Kind kind, GstElement* queue);
+  void watchManifest(GstElement* adaptiveDemux);
+  void readManifest();
+  void takeCollection(GstMessage* message);
+  void takeSection(GstMessage* message);
+  void keepCollectionLocked(GstStreamCollection* collection);
+  void reportPresented(Arrival& arrival, GstPad* pad);
+  void forgetCollections();
 
   void handle(GstMessage* message);
   void handleElementMessage(GstMessage* message);
@@ -130,6 +170,7 @@ class Pipeline {
   TaskLoop& m_loop;
   PipelineListener& m_listener;
   media::VideoSurface& m_surface;
+  Components& m_components;
   const SourceSettings m_settings;
   const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< queued messages hold it weakly
 
@@ -143,6 +184,19 @@ class Pipeline {
   std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
+  std::mutex m_showMutex;  ///< a picture is drawn, or hidden, one after the other
+  std::array<std::atomic<bool>, kComponentKinds.size()> m_shown = {true, true, true};
+  std::array<Arrival, kComponentKinds.size()> m_arrivals;
+
+  mutable std::mutex m_trackMutex;
+  std::string m_manifestText;  // guarded by m_trackMutex, like all below
+  SourceFacts m_facts;
+  Streams m_streams;                                                   ///< of the newest collection
+  std::size_t m_period = 0;                                            ///< of the newest collection
+  std::optional<double> m_soughtSeconds;                               ///< the target of a seek since the newest collection
+  std::vector<std::pair<GstStreamCollection*, gulong>> m_collections;  ///< references, with the handlers connected to them
+  bool m_refreshDue = false;
+
   mutable std::mutex m_padMutex;
   Output m_outputs[3];               // guarded by m_padMutex, index is Kind
   GstElement* m_typefind = nullptr;  // guarded by m_padMutex; a reference

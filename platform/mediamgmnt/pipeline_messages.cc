@@ -48,6 +48,8 @@ bool isTextLike(const char* mediaType) {
 
 GstBusSyncReply Pipeline::onBusMessage(GstBus*, GstMessage* message, gpointer self) {
   auto* const pipeline = static_cast<Pipeline*>(self);
+  if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STREAM_COLLECTION) pipeline->takeCollection(message);
+  if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ELEMENT) pipeline->takeSection(message);
   if (isHandled(message, pipeline->m_pipeline)) {
     std::shared_ptr<GstMessage> kept(gst_message_ref(message), gst_message_unref);
     pipeline->m_loop.post([pipeline, alive = std::weak_ptr<bool>(pipeline->m_alive), kept] {
@@ -68,7 +70,7 @@ void Pipeline::handle(GstMessage* message) {
       return m_listener.onBuffering(percent);
     }
     case GST_MESSAGE_ELEMENT: return handleElementMessage(message);
-    case GST_MESSAGE_STREAM_COLLECTION: return reportAnswered();
+    case GST_MESSAGE_STREAM_COLLECTION: reportAnswered(); return m_listener.onTracksChanged();
     case GST_MESSAGE_STREAMS_SELECTED: return handleSelection(message);
     case GST_MESSAGE_ASYNC_DONE: return reportPreroll();
     case GST_MESSAGE_STATE_CHANGED: return handleStateChange(message);
@@ -123,7 +125,9 @@ void Pipeline::handleStateChange(GstMessage* message) {
   GstState reached = GST_STATE_NULL;
   GstState pending = GST_STATE_NULL;
   gst_message_parse_state_changed(message, nullptr, &reached, &pending);
-  if (reached == GST_STATE_PLAYING && pending == GST_STATE_VOID_PENDING) m_listener.onPlayingReached();
+  if (reached != GST_STATE_PLAYING || pending != GST_STATE_VOID_PENDING) return;
+  reportPreroll();  // a seek while playing may have been between two states when its end was told
+  m_listener.onPlayingReached();
 }
 
 void Pipeline::reportAnswered() {

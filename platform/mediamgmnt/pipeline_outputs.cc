@@ -36,7 +36,7 @@ void Pipeline::onPadAdded(GstElement*, GstPad* pad, gpointer self) {
   } else if (startsWith(name, "audio")) {
     pipeline->attach(Kind::Audio, pad);
   } else if (startsWith(name, "text")) {
-    pipeline->attach(Kind::Text, pad);
+    pipeline->attach(Kind::Subtitle, pad);
   } else {
     pipeline->discard(pad);
   }
@@ -52,14 +52,16 @@ void Pipeline::attach(Kind kind, GstPad* pad) {
   }
   if (!makeOutput(kind, output)) return discard(pad);
   linkTo(output.queue, pad);
-  if (kind != Kind::Text) ++m_linked;
+  if (kind != Kind::Subtitle) ++m_linked;
 }
 
 /// The sink is in its state before the stream is linked and counted: whoever sees the count finds the pipeline not prerolled yet.
 bool Pipeline::makeOutput(Kind kind, Output& output) {
   GstElement* const queue = gst_element_factory_make("queue", nullptr);
   if (queue == nullptr) return false;
-  GstElement* const sink = kind == Kind::Video ? makeVideoSink() : kind == Kind::Audio ? makeAudioOutput() : makeTextSink();
+  GstElement* const sink = kind == Kind::Video   ? makeVideoSink()
+                           : kind == Kind::Audio ? makeAudioOutput(m_settings.player)
+                                                 : makeTextSink();
   if (sink == nullptr) {
     gst_object_unref(gst_object_ref_sink(queue));
     return false;
@@ -70,6 +72,8 @@ bool Pipeline::makeOutput(Kind kind, Output& output) {
   gst_element_sync_state_with_parent(sink);
   gst_element_sync_state_with_parent(queue);
   output = {queue, sink};
+  if (kind == Kind::Audio) setMuted(sink, !m_shown[indexOf(kind)]);
+  watchOutput(kind, queue);
   return true;
 }
 
@@ -108,10 +112,15 @@ void Pipeline::discard(GstPad* pad) {
   linkTo(sink, pad);
 }
 
+void Pipeline::paint(GstSample* sample) {
+  std::lock_guard lock(m_showMutex);
+  if (m_shown[indexOf(Kind::Video)]) m_surface.paint(sample);
+}
+
 GstFlowReturn Pipeline::onPreroll(GstAppSink* sink, gpointer self) {
   GstSample* const sample = gst_app_sink_pull_preroll(sink);
   if (sample == nullptr) return GST_FLOW_OK;
-  static_cast<Pipeline*>(self)->m_surface.paint(sample);
+  static_cast<Pipeline*>(self)->paint(sample);
   gst_sample_unref(sample);
   return GST_FLOW_OK;
 }
@@ -119,7 +128,7 @@ GstFlowReturn Pipeline::onPreroll(GstAppSink* sink, gpointer self) {
 GstFlowReturn Pipeline::onSample(GstAppSink* sink, gpointer self) {
   GstSample* const sample = gst_app_sink_pull_sample(sink);
   if (sample == nullptr) return GST_FLOW_OK;
-  static_cast<Pipeline*>(self)->m_surface.paint(sample);
+  static_cast<Pipeline*>(self)->paint(sample);
   gst_sample_unref(sample);
   return GST_FLOW_OK;
 }

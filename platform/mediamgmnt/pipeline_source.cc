@@ -63,6 +63,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
     pipeline->watchTypeFinding(element);
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {
     pipeline->limitVideoSize(element);
+    pipeline->watchManifest(element);
   } else if (factory == "downloadbuffer") {
     pipeline->rememberDownload(element);
   } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {

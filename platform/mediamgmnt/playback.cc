@@ -18,13 +18,17 @@ constexpr int kAttempts = 4;
 
 }  // namespace
 
-Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice) : m_loop(loop), m_facts(facts), m_voice(voice) {}
+Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice, Components& components, unsigned long player)
+    : m_loop(loop), m_facts(facts), m_voice(voice), m_components(components) {
+  m_settings.player = player;
+}
 
 Playback::~Playback() { closePipeline(); }
 
 void Playback::setInput(const std::string& url) {
   stop();
   m_facts.forget();
+  m_components.forgetSource();
   m_settings.url = url;
   m_connectedSaid = false;
   m_voice.say(status::kReadyToPlay);
@@ -99,7 +103,9 @@ void Playback::open() {
   m_facts.freezeAt(m_next ? m_next->target : 0);
   noteProgress();
   PipelineListener& listener = *this;
-  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_settings);
+  m_components.beginPresentation();
+  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, m_settings);
+  for (const ComponentKind kind : kComponentKinds) m_pipeline->setShown(kind, m_components.isShown(kind));
   if (m_settings.url.empty()) return fail(Failure::ContentNotAvailable);
   if (!m_pipeline->open()) return fail(Failure::InsufficientResources);
   armConnectWatchdog();
@@ -108,13 +114,14 @@ void Playback::open() {
 
 void Playback::closePipeline() {
   for (TaskLoop::TimerId* const timer :
-       {&m_tickTimer, &m_connectTimer, &m_underrunTimer, &m_pauseTimer, &m_spacingTimer, &m_stepTimer}) {
+       {&m_tickTimer, &m_connectTimer, &m_underrunTimer, &m_pauseTimer, &m_spacingTimer, &m_stepTimer, &m_switchTimer}) {
     m_loop.cancel(std::exchange(*timer, 0));
   }
   m_pipeline.reset();
   m_next.reset();
   m_inFlight.reset();
-  m_prerolled = m_running = m_announced = m_stepping = m_starved = false;
+  m_components.endPresentation();
+  m_prerolled = m_running = m_announced = m_stepping = m_starved = m_switchDue = m_switchBySeek = m_keepRunning = false;
 }
 
 void Playback::forgetAnswers() {
@@ -125,7 +132,8 @@ void Playback::forgetAnswers() {
 /// Takes the next step towards the wish; called whenever something has changed.
 void Playback::proceed() {
   if (m_pipeline == nullptr || !m_prerolled) return;  // opening, or a seek is in flight: its end comes here again
-  if (m_next && mustSpaceSeeks()) return;
+  if ((m_next || m_switchDue) && mustSpaceSeeks()) return;
+  if (m_switchDue) beginSwitch();
   if (m_next) return beginReposition();
   if (m_wish != Wish::Play) return halt();
   if (m_stepping) return;
@@ -175,7 +183,9 @@ void Playback::onPrerolled() {
   m_prerolledAt = Clock::now();
   m_inFlight.reset();
   noteProgress();
+  if (!m_timesKnown) m_pipeline->refreshTracks();
   if (!m_timesKnown) learnTimes();
+  noteDueSwitch();
   if (!m_next && m_wish != Wish::Play) answerSeeks();
   proceed();
 }

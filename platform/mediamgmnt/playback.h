@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/playback_facts.h"
 #include "platform/mediamgmnt/task_loop.h"
@@ -23,10 +24,11 @@ namespace mediamgmnt {
 /// The wish (play or pause, speed, place) is kept apart from what the pipeline is doing; proceed() takes the next step towards it
 /// whenever something changed. At most one seek is in flight; the newest of those asked meanwhile follows it.
 ///
-/// Threads: all on the control thread, construction and destruction too. Borrows loop, facts and voice. Milliseconds throughout.
+/// Threads: all on the control thread, construction and destruction too. Borrows loop, facts, voice and components. Milliseconds
+/// throughout.
 class Playback : private PipelineListener {
  public:
-  Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice);
+  Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice, Components& components, unsigned long player);
   ~Playback();
 
   void setInput(const std::string& url);
@@ -43,6 +45,8 @@ class Playback : private PipelineListener {
   /// @p target is not negative. Pairs with PlaybackFacts::seekAsked().
   void seek(double target);
   void stop();
+  /// The components' wishes have changed.
+  void applySelection();
 
   static constexpr int kEndless = -1;
 
@@ -60,6 +64,8 @@ class Playback : private PipelineListener {
   void onBuffering(int percent) override;
   void onEnd() override;
   void onFailure(Failure failure) override;
+  void onTracksChanged() override;
+  void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) override;
 
   // playback.cc: opening, the next step, the end
   void open();
@@ -94,6 +100,14 @@ class Playback : private PipelineListener {
   double pipelinePosition() const;
   std::int64_t toPipeline(double target) const;
 
+  // playback_tracks.cc: which tracks are presented
+  void showWhatIsWished();
+  void show(ComponentKind kind, bool shown);
+  void sayChanged(ComponentKind kind);
+  void noteDueSwitch();
+  void beginSwitch();
+  void armSwitchWatch();
+
   // playback_watch.cc: what is looked at while time passes
   void learnTimes();
   void learnWindow();
@@ -108,6 +122,7 @@ class Playback : private PipelineListener {
   TaskLoop& m_loop;
   PlaybackFacts& m_facts;
   Voice& m_voice;
+  Components& m_components;
   media::VideoSurface m_surface;
   SourceSettings m_settings;
   int m_plays = 1;
@@ -142,6 +157,11 @@ class Playback : private PipelineListener {
   bool m_pauseDue = false;
   int m_seeksDue = 0;
 
+  // Another track.
+  bool m_switchDue = false;     ///< asked for, not begun
+  bool m_switchBySeek = false;  ///< it did not come by itself
+  bool m_keepRunning = false;   ///< the next seek is for a switch: the clock runs on
+
   // Rewinding by steps, where the pipeline cannot play backwards.
   bool m_stepping = false;
   double m_stepPosition = 0;
@@ -160,6 +180,7 @@ class Playback : private PipelineListener {
   TaskLoop::TimerId m_pauseTimer = 0;
   TaskLoop::TimerId m_spacingTimer = 0;
   TaskLoop::TimerId m_stepTimer = 0;
+  TaskLoop::TimerId m_switchTimer = 0;
 };
 
 }  // namespace mediamgmnt

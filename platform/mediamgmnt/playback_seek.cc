@@ -31,6 +31,7 @@ void Playback::seek(double target) {
   ++m_seeksDue;
   leaveStepping();
   m_next.reset();
+  m_keepRunning = false;
   if (m_pipeline == nullptr) {
     m_startPosition = place;
     return answerSeeks();
@@ -61,13 +62,14 @@ double Playback::clampToWindow(double target) const {
 
 void Playback::beginReposition() {
   const Place place = *std::exchange(m_next, std::nullopt);
-  halt();
+  const bool runsOn = std::exchange(m_keepRunning, false) && m_running;
+  if (!runsOn) halt();
   if (place.rate < 0 && !m_pipeline->playsBackwards()) return beginStepping(place);
   m_prerolled = false;
   if (!m_pipeline->seek(place.rate, toPipeline(place.target), flagsFor(place.rate))) return repositionRefused(place);
   m_rate = place.rate;
   m_inFlight = place.target;
-  m_facts.freezeAt(place.target);
+  if (!runsOn) m_facts.freezeAt(place.target);
   noteProgress();
 }
 

@@ -2,9 +2,9 @@
 #include "platform/mediamgmnt/player_core.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
+#include "platform/mediamgmnt/component_words.h"
 #include "platform/mediamgmnt/number_text.h"
 #include "platform/mediamgmnt/property_text.h"
 #include "platform/mediamgmnt/thread_ledger.h"
@@ -16,7 +16,8 @@ constexpr double kFastest = 64;
 
 }  // namespace
 
-PlayerCore::PlayerCore(unsigned long handle) : m_handle(handle), m_dispatcher(handle), m_voice(m_dispatcher, m_facts) {}
+PlayerCore::PlayerCore(unsigned long handle)
+    : m_handle(handle), m_components(Preferences::instance()), m_dispatcher(handle), m_voice(m_dispatcher, m_facts) {}
 
 template <typename Work>
 bool PlayerCore::onControlThread(Work work) {
@@ -36,7 +37,7 @@ bool PlayerCore::ensureThreads() {
 }
 
 void PlayerCore::runControlThread() {
-  m_playback = std::make_unique<Playback>(m_loop, m_facts, m_voice);
+  m_playback = std::make_unique<Playback>(m_loop, m_facts, m_voice, m_components, m_handle);
   applyWindow();
   m_loop.run();
   m_playback.reset();
@@ -59,7 +60,14 @@ bool PlayerCore::command(std::string_view name, std::string_view argument) {
   if (name == command::kSeek) return seek(argument);
   if (name == command::kSetWindowProperties) return setWindow(argument);
   if (name == command::kStopBroadcast) return true;  // there is no tuner whose broadcast could run
-  return false;
+  return selection(name, argument);
+}
+
+/// Taken here, so that a selection of what is not there is refused at once; carried out on the control thread.
+bool PlayerCore::selection(std::string_view name, std::string_view argument) {
+  const std::optional<SelectionCommand> command = parseSelection(name, argument);
+  if (!command || !ensureThreads() || !apply(*command, m_components)) return false;
+  return onControlThread([](Playback& playback) { playback.applySelection(); });
 }
 
 bool PlayerCore::play(std::string_view argument) {
@@ -140,7 +148,19 @@ bool PlayerCore::property(std::string_view key, std::string& value) const {
     if (code) value = formatWhole(*code);
     return code.has_value();
   }
-  return false;
+  return componentProperty(key, value);
+}
+
+bool PlayerCore::componentProperty(std::string_view key, std::string& value) const {
+  const std::optional<ComponentQuery> query = parseComponentQuery(key);
+  if (!query) return false;
+  if (!query->index) {
+    value = formatWhole(static_cast<long long>(m_components.length(query->kind, query->active)));
+    return true;
+  }
+  const std::optional<std::string> record = m_components.record(query->kind, query->active, *query->index);
+  if (record) value = *record;
+  return record.has_value();
 }
 
 }  // namespace mediamgmnt

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/dispatcher.h"
 #include "platform/mediamgmnt/playback.h"
 #include "platform/mediamgmnt/playback_facts.h"
@@ -48,9 +49,12 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   bool stop();
   bool setWindow(std::string_view argument);
   void applyWindow();
+  bool selection(std::string_view name, std::string_view argument);
+  bool componentProperty(std::string_view key, std::string& value) const;
 
   const unsigned long m_handle;
   PlaybackFacts m_facts;
+  Components m_components;
   Dispatcher m_dispatcher;
   Voice m_voice;
   TaskLoop m_loop;

@@ -10,6 +10,10 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/dash/av.mpd long-tag.mpd                                        the same as DASH; a start tag longer than 512 bytes
     OUTDIR/hls/master.m3u8                                                 the same as HLS with an audio group
     OUTDIR/hls/muxed.m3u8                                                  HLS with picture and sound in one segment
+    OUTDIR/tracks.mp4 tracks.ts dash/tracks.mpd hls/tracks.m3u8            two pictures (test card, plain blue), English, German and
+                                                                           described English (HLS: French); all but TS with subtitles
+    OUTDIR/dash/periods.mpd                                                two periods: English and German, then German and French (220 Hz)
+    OUTDIR/silent.mp4                                                      a picture without sound
     OUTDIR/short/...                                                       all of the above in 4 s
     OUTDIR/broken/...                                                      what must fail; see makeBroken()
 
@@ -62,6 +66,14 @@ class Set:
         ffmpeg("-f", "lavfi", "-i", source, *videoArguments(FRAME_RATE * self.segment_s, rate_k), *BIT_EXACT,
                os.path.join(self.master, name + ".mp4"))
 
+    def encodeBlue(self):
+        source = "color=c=blue:s=320x180:r=%d:d=%d" % (FRAME_RATE, self.seconds)
+        ffmpeg("-f", "lavfi", "-i", source, *videoArguments(FRAME_RATE * self.segment_s, 100), *BIT_EXACT, os.path.join(self.master, "blue.mp4"))
+
+    def writeSubtitles(self):
+        for language in ("eng", "deu"):
+            write(os.path.join(self.master, language + ".srt"), subRip(language, self.seconds))
+
     def encodeSound(self):
         tones = []
         outputs = []
@@ -84,21 +96,44 @@ class Set:
         ffmpeg(*two, out("tail.mp4"))
         ffmpeg(*two, "-movflags", "+frag_keyframe+delay_moov+default_base_moof+global_sidx", out("frag.mp4"))
         ffmpeg(*two, "-disposition:a:1", "visual_impaired", "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("two.ts"))
+        ffmpeg(*self.inputs("video.mp4"), "-c", "copy", *BIT_EXACT, "-movflags", "+faststart", out("silent.mp4"))
         sound = [*self.inputs("eng.m4a"), "-c", "copy", *BIT_EXACT]
         ffmpeg(*sound, "-movflags", "+faststart", out("tone.m4a"))
         ffmpeg(*sound, "-f", "adts", out("tone.aac"))
 
+    def makeTracks(self):
+        """Files with more of everything: two pictures, three sounds, two subtitles."""
+        sounds = ["eng.m4a", "deu.m4a", "described.m4a"]
+        maps = [word for number in range(5) for word in ("-map", str(number))]
+        described = ["-metadata:s:a:2", "language=eng", "-disposition:a:2", "visual_impaired"]
+        common = [*self.inputs("video.mp4", "blue.mp4", *sounds)]
+        ffmpeg(*common, *self.inputs("eng.srt", "deu.srt"), *maps, "-map", "5", "-map", "6", "-c", "copy", "-c:s", "mov_text", *BIT_EXACT,
+               *LANGUAGES, *described, "-metadata:s:s:0", "language=eng", "-metadata:s:s:1", "language=deu", "-disposition:s:1",
+               "hearing_impaired", "-movflags", "+faststart", os.path.join(self.folder, "tracks.mp4"))
+        ffmpeg(*common, *maps, "-c", "copy", *BIT_EXACT, *LANGUAGES, *described, "-mpegts_flags", "+resend_headers", "-f", "mpegts",
+               os.path.join(self.folder, "tracks.ts"))
+
     def makeDash(self):
         folder = os.path.join(self.folder, "dash")
         os.makedirs(folder)
-        ffmpeg(*self.inputs("video.mp4", "small.mp4", "eng.m4a", "deu.m4a", "described.m4a"), "-map", "0:v", "-map", "1:v", "-map", "2:a",
-               "-map", "3:a", "-map", "4:a", "-c", "copy", *BIT_EXACT, *LANGUAGES, "-metadata:s:a:2", "language=eng", "-f", "dash",
+        ffmpeg(*self.inputs("video.mp4", "small.mp4", "eng.m4a", "deu.m4a", "described.m4a", "blue.mp4"), "-map", "0:v", "-map", "1:v",
+               "-map", "2:a", "-map", "3:a", "-map", "4:a", "-map", "5:v", "-c", "copy", *BIT_EXACT, *LANGUAGES, "-metadata:s:a:2",
+               "language=eng", "-f", "dash",
                "-seg_duration", self.segment_s, "-use_template", "1", "-use_timeline", "0",
                "-init_seg_name", "init-$RepresentationID$.m4s", "-media_seg_name", "seg-$RepresentationID$-$Number%05d$.m4s",
-               "-adaptation_sets", "id=0,streams=0,1 id=1,streams=2 id=2,streams=3 id=3,streams=4", os.path.join(folder, "raw.mpd"))
+               "-adaptation_sets", "id=0,streams=0,1 id=1,streams=2 id=2,streams=3 id=3,streams=4 id=4,streams=5",
+               os.path.join(folder, "raw.mpd"))
         with open(os.path.join(folder, "raw.mpd"), encoding="utf-8") as file:
             manifest = withRoles(file.read())
         os.remove(os.path.join(folder, "raw.mpd"))
+        sets = adaptationSets(manifest)
+        subtitles = [sideLoadedText(5, "eng", "subtitle"), sideLoadedText(6, "deu", "caption")]
+        for language in ("eng", "deu"):
+            write(os.path.join(folder, language + ".ttml"), timedText(language, self.seconds))
+        write(os.path.join(folder, "tracks.mpd"), withPeriods(manifest, [[*(sets[number] for number in range(5)), *subtitles]], self.seconds))
+        french = sets[3].replace('lang="eng"', 'lang="fra"').replace(ROLES[3], "")
+        write(os.path.join(folder, "periods.mpd"), withPeriods(manifest, [[sets[0], sets[1], sets[2]], [sets[0], sets[2], french]], self.seconds))
+        manifest = manifest.replace(sets[4], "")
         write(os.path.join(folder, "av.mpd"), manifest)
         # A root start tag that ends behind byte 512: ordinary in the field, and a known trap for type detection.
         filler = "".join(' xmlns:filler%d="urn:example:filler:%d"' % (index, index) for index in range(20))
@@ -109,12 +144,16 @@ class Set:
         os.makedirs(folder)
         common = ["-c", "copy", *BIT_EXACT, "-f", "hls", "-hls_time", self.segment_s, "-hls_playlist_type", "vod", "-hls_segment_type",
                   "mpegts", "-hls_flags", "independent_segments"]
-        for name in ("video.mp4", "eng.m4a", "deu.m4a"):
+        for name in ("video.mp4", "blue.mp4", "eng.m4a", "deu.m4a", "described.m4a"):
             stem = name.split(".")[0]
             ffmpeg("-i", os.path.join("..", "master", name), *common, "-hls_segment_filename", stem + "_%03d.ts", stem + ".m3u8", cwd=folder)
         ffmpeg("-i", os.path.join("..", "master", "video.mp4"), "-i", os.path.join("..", "master", "eng.m4a"), "-map", "0:v", "-map", "1:a",
                *common, "-hls_segment_filename", "muxed_%03d.ts", "muxed.m3u8", cwd=folder)
         write(os.path.join(folder, "master.m3u8"), HLS_MASTER)
+        write(os.path.join(folder, "tracks.m3u8"), HLS_TRACKS)
+        for language in ("eng", "deu"):
+            write(os.path.join(folder, language + ".vtt"), webVtt(language, self.seconds))
+            write(os.path.join(folder, language + "_text.m3u8"), HLS_TEXT % (self.seconds, self.seconds, language))
 
     def finish(self):
         shutil.rmtree(self.master)
@@ -128,6 +167,75 @@ HLS_MASTER = """#EXTM3U
 #EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,CODECS="avc1.4d401e,mp4a.40.2",AUDIO="sound"
 video.m3u8
 """
+
+HLS_TRACKS = """#EXTM3U
+#EXT-X-VERSION:6
+#EXT-X-INDEPENDENT-SEGMENTS
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="English",DEFAULT=YES,AUTOSELECT=YES,LANGUAGE="en",CHANNELS="2",URI="eng.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="de",CHANNELS="2",URI="deu.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="French, described",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="fr",CHANNELS="2",\
+CHARACTERISTICS="public.accessibility.describes-video",URI="described.m3u8"
+#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="text",NAME="English",DEFAULT=NO,AUTOSELECT=YES,FORCED=NO,LANGUAGE="en",URI="eng_text.m3u8"
+#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="text",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,FORCED=NO,LANGUAGE="de",\
+CHARACTERISTICS="public.accessibility.transcribes-spoken-dialog",URI="deu_text.m3u8"
+#EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,CODECS="avc1.4d401e,mp4a.40.2",AUDIO="sound",SUBTITLES="text"
+video.m3u8
+#EXT-X-STREAM-INF:BANDWIDTH=300000,RESOLUTION=320x180,CODECS="avc1.4d400c,mp4a.40.2",AUDIO="sound",SUBTITLES="text"
+blue.m3u8
+""".replace("\\\n", "")
+
+HLS_TEXT = """#EXTM3U
+#EXT-X-VERSION:6
+#EXT-X-TARGETDURATION:%d
+#EXT-X-MEDIA-SEQUENCE:0
+#EXT-X-PLAYLIST-TYPE:VOD
+#EXTINF:%d.000,
+%s.vtt
+#EXT-X-ENDLIST
+"""
+
+
+def clock(seconds, comma):
+    return "%02d:%02d:%02d%s000" % (seconds // 3600, seconds // 60 % 60, seconds % 60, comma)
+
+
+def cues(language, seconds):
+    return [(start, start + 1, "%s %d" % (language, start)) for start in range(seconds)]
+
+
+def subRip(language, seconds):
+    return "".join("%d\n%s --> %s\n%s\n\n" % (number + 1, clock(start, ","), clock(end, ","), text)
+                   for number, (start, end, text) in enumerate(cues(language, seconds)))
+
+
+def webVtt(language, seconds):
+    return "WEBVTT\nX-TIMESTAMP-MAP=LOCAL:00:00:00.000,MPEGTS:126000\n\n" + "".join(
+        "%s --> %s\n%s\n\n" % (clock(start, "."), clock(end, "."), text) for start, end, text in cues(language, seconds))
+
+
+def timedText(language, seconds):
+    lines = "".join('<p begin="%s" end="%s">%s</p>' % (clock(start, "."), clock(end, "."), text) for start, end, text in cues(language, seconds))
+    return '<tt xmlns="http://www.w3.org/ns/ttml" xml:lang="%s"><body><div>%s</div></body></tt>\n' % (language, lines)
+
+
+def sideLoadedText(number, language, role):
+    return ('\t\t<AdaptationSet id="%d" contentType="text" mimeType="application/ttml+xml" lang="%s">\n'
+            '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="%s"/>\n'
+            '\t\t\t<Representation id="text-%s" bandwidth="1000"><BaseURL>%s.ttml</BaseURL></Representation>\n'
+            '\t\t</AdaptationSet>\n' % (number, language, role, language, language))
+
+
+def adaptationSets(manifest):
+    return re.findall(r"\t\t<AdaptationSet.*?</AdaptationSet>\n", manifest, re.DOTALL)
+
+
+def withPeriods(manifest, periods, seconds):
+    """The manifest with these periods, each a list of its sets and of the whole length, in place of its own."""
+    texts = ['\t<Period id="%d" start="PT%dS" duration="PT%dS">\n%s\t</Period>\n' % (number, number * seconds, seconds, "".join(sets))
+             for number, sets in enumerate(periods)]
+    manifest = re.sub(r"\t<Period.*</Period>\n", lambda _: "".join(texts), manifest, flags=re.DOTALL)
+    return re.sub(r'mediaPresentationDuration="[^"]*"', 'mediaPresentationDuration="PT%dS"' % (seconds * len(periods)), manifest)
+
 
 ROLES = {
     1: '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="main"/>\n',
@@ -195,9 +303,9 @@ def makeSets(root):
     sets = [Set(root, LONG_S, 2), Set(os.path.join(root, "short"), SHORT_S, 1)]
     with concurrent.futures.ThreadPoolExecutor(max_workers=max(2, os.cpu_count() or 2)) as pool:
         steps = [pool.submit(each.encodeVideo, *video) for each in sets for video in (("video", "640x360", 600), ("small", "320x180", 200))]
-        steps += [pool.submit(each.encodeSound) for each in sets]
+        steps += [pool.submit(encode) for each in sets for encode in (each.encodeBlue, each.encodeSound, each.writeSubtitles)]
         waitAll(steps)
-        waitAll([pool.submit(make) for each in sets for make in (each.makeFiles, each.makeDash, each.makeHls)])
+        waitAll([pool.submit(make) for each in sets for make in (each.makeFiles, each.makeTracks, each.makeDash, each.makeHls)])
     for each in sets:
         each.finish()
 

@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: Apache-2.0
+// The pipeline's tracks: what is known of them, which are selected, and which one has come to its output.
+#include <gst/mpegts/mpegts.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "platform/mediamgmnt/audio_output.h"
+#include "platform/mediamgmnt/pipeline.h"
+
+namespace mediamgmnt {
+namespace {
+
+constexpr std::size_t kLargestManifest = 32U << 20U;
+
+bool isAdaptiveDemux(GstObject* object) {
+  if (object == nullptr || !GST_IS_ELEMENT(object)) return false;
+  GstElementFactory* const factory = gst_element_get_factory(GST_ELEMENT(object));
+  if (factory == nullptr) return false;
+  const char* const name = GST_OBJECT_NAME(factory);
+  return std::strcmp(name, "dashdemux2") == 0 || std::strcmp(name, "hlsdemux2") == 0;
+}
+
+Streams streamsOf(GstStreamCollection* collection) {
+  Streams streams;
+  for (guint i = 0; i < gst_stream_collection_get_size(collection); ++i) {
+    streams.push_back(gst_stream_collection_get_stream(collection, i));
+  }
+  return streams;
+}
+
+/// What GStreamer selects of a kind on its own.
+std::string selectedByItself(const Streams& streams, GstStreamType type) {
+  GstStream* first = nullptr;
+  for (GstStream* const stream : streams) {
+    if ((gst_stream_get_stream_type(stream) & type) == 0) continue;
+    if ((gst_stream_get_stream_flags(stream) & GST_STREAM_FLAG_SELECT) != 0) return gst_stream_get_stream_id(stream);
+    if (first == nullptr) first = stream;
+  }
+  return first != nullptr ? gst_stream_get_stream_id(first) : "";
+}
+
+bool isSelectedByItself(const Streams& streams, const ComponentChoice& choice) {
+  const auto same = [&](ComponentKind kind, GstStreamType type) {
+    return selectedByItself(streams, type) == choice[kind].streamId;
+  };
+  return same(ComponentKind::Video, GST_STREAM_TYPE_VIDEO) && same(ComponentKind::Audio, GST_STREAM_TYPE_AUDIO) &&
+         (!choice[ComponentKind::Subtitle].shown || same(ComponentKind::Subtitle, GST_STREAM_TYPE_TEXT));
+}
+
+DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
+  DecodedFacts facts;
+  GstCaps* const caps = gst_pad_get_current_caps(pad);
+  if (caps == nullptr) return facts;
+  const GstStructure* const structure = gst_caps_get_structure(caps, 0);
+  int width = 0;
+  int height = 0;
+  int numerator = 1;
+  int denominator = 1;
+  if (kind == ComponentKind::Audio) gst_structure_get_int(structure, "channels", &facts.channels);
+  if (kind == ComponentKind::Video && gst_structure_get_int(structure, "width", &width) &&
+      gst_structure_get_int(structure, "height", &height) && height > 0) {
+    gst_structure_get_fraction(structure, "pixel-aspect-ratio", &numerator, &denominator);
+    facts.aspectRatio = static_cast<double>(width) * numerator / (static_cast<double>(height) * std::max(denominator, 1));
+  }
+  gst_caps_unref(caps);
+  return facts;
+}
+
+}  // namespace
+
+bool Pipeline::selectStreams(const ComponentChoice& choice) {
+  GList* ids = nullptr;
+  for (const ComponentKind kind : kComponentKinds) {
+    if (!choice[kind].streamId.empty()) ids = g_list_append(ids, const_cast<char*>(choice[kind].streamId.c_str()));
+  }
+  if (ids == nullptr) return false;
+  // To the decoder itself: the pipeline would say no although it passes the event on.
+  const bool taken = gst_element_send_event(m_decoder, gst_event_new_select_streams(ids)) != FALSE;
+  g_list_free(ids);
+  return taken;
+}
+
+void Pipeline::setShown(ComponentKind kind, bool shown) {
+  if (kind == Kind::Video) {
+    std::lock_guard lock(m_showMutex);
+    if (m_shown[indexOf(kind)].exchange(shown) && !shown) m_surface.clear();
+    return;
+  }
+  m_shown[indexOf(kind)] = shown;
+  if (kind != Kind::Audio) return;
+  GstElement* const sink = sinkOf(kind);
+  if (sink == nullptr) return;  // is made silent when it is made
+  setMuted(sink, !shown);
+  gst_object_unref(sink);
+}
+
+void Pipeline::watchOutput(Kind kind, GstElement* queue) {
+  Arrival& arrival = m_arrivals[indexOf(kind)];
+  arrival.pipeline = this;
+  arrival.kind = kind;
+  GstPad* const pad = gst_element_get_static_pad(queue, "src");
+  const auto what = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_BUFFER);
+  gst_pad_add_probe(pad, what, &Pipeline::onOutputData, &arrival, nullptr);
+  gst_object_unref(pad);
+}
+
+GstPadProbeReturn Pipeline::onOutputData(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
+  auto& arrival = *static_cast<Arrival*>(data);
+  if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
+    if (arrival.next != nullptr) arrival.pipeline->reportPresented(arrival, pad);
+    return GST_PAD_PROBE_OK;
+  }
+  GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_STREAM_START) return GST_PAD_PROBE_OK;
+  GstStream* stream = nullptr;
+  gst_event_parse_stream(event, &stream);
+  if (stream == nullptr) return GST_PAD_PROBE_OK;
+  arrival.next = stream;
+  gst_object_unref(stream);  // the collection that it is of is kept
+  // Subtitles come rarely: they count as shown before the first one is due.
+  if (arrival.kind == Kind::Subtitle) arrival.pipeline->reportPresented(arrival, pad);
+  return GST_PAD_PROBE_OK;
+}
+
+void Pipeline::reportPresented(Arrival& arrival, GstPad* pad) {
+  const void* const stream = std::exchange(arrival.next, nullptr);
+  if (stream == std::exchange(arrival.present, stream)) return;
+  m_loop.post([this, alive = std::weak_ptr<bool>(m_alive), kind = arrival.kind, stream, facts = factsOf(arrival.kind, pad)] {
+    if (!alive.expired()) m_listener.onPresented(kind, stream, facts);
+  });
+}
+
+/// GStreamer drops most of what a manifest says about its tracks.
+void Pipeline::watchManifest(GstElement* adaptiveDemux) {
+  GstPad* const pad = gst_element_get_static_pad(adaptiveDemux, "sink");
+  if (pad == nullptr) return;
+  const auto what = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_BUFFER);
+  gst_pad_add_probe(pad, what, &Pipeline::onManifestData, this, nullptr);
+  gst_object_unref(pad);
+}
+
+GstPadProbeReturn Pipeline::onManifestData(GstPad*, GstPadProbeInfo* info, gpointer self) {
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) == 0) {
+    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS) pipeline->readManifest();
+    return GST_PAD_PROBE_OK;
+  }
+  GstMapInfo map;
+  GstBuffer* const buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+  if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) return GST_PAD_PROBE_OK;
+  {
+    std::lock_guard lock(pipeline->m_trackMutex);
+    std::string& text = pipeline->m_manifestText;
+    if (text.size() + map.size <= kLargestManifest) text.append(reinterpret_cast<const char*>(map.data), map.size);
+  }
+  gst_buffer_unmap(buffer, &map);
+  return GST_PAD_PROBE_OK;
+}
+
+/// The demuxer parses it right after this: so the facts are there before its streams.
+void Pipeline::readManifest() {
+  std::lock_guard lock(m_trackMutex);
+  const std::string text = std::exchange(m_manifestText, {});
+  m_facts.hls = readHlsPlaylist(text);
+  if (!m_facts.hls) m_facts.dash = readDashManifest(text);
+}
+
+void Pipeline::takeSection(GstMessage* message) {
+  if (m_adaptive || !m_transportStream) return;
+  GstMpegtsSection* const section = gst_message_parse_mpegts_section(message);
+  if (section == nullptr) return;
+  if (GST_MPEGTS_SECTION_TYPE(section) == GST_MPEGTS_SECTION_PMT) {
+    std::lock_guard lock(m_trackMutex);
+    m_facts.programMap = readProgramMap(section->data, section->section_length);
+  }
+  gst_mpegts_section_unref(section);
+}
+
+/// On the thread that posts it: what is selected here is what the source begins with, without a moment of anything else.
+void Pipeline::takeCollection(GstMessage* message) {
+  if (m_adaptive && !isAdaptiveDemux(GST_MESSAGE_SRC(message))) return;  // repeats the demuxer's, and mixes two periods
+  GstStreamCollection* collection = nullptr;
+  gst_message_parse_stream_collection(message, &collection);
+  if (collection == nullptr) return;
+  Streams streams = streamsOf(collection);
+  bool isNew = false;
+  ComponentList tracks;
+  {
+    std::lock_guard lock(m_trackMutex);
+    keepCollectionLocked(collection);
+    isNew = streams != m_streams;
+    if (isNew && m_facts.dash) {
+      const std::size_t from = m_streams.empty() ? 0 : m_soughtSeconds ? periodAt(*m_facts.dash, *m_soughtSeconds) : m_period + 1;
+      m_period = periodOf(streams, *m_facts.dash, from);
+    }
+    m_soughtSeconds.reset();
+    m_streams = streams;
+    tracks = readComponents(streams, m_facts, m_period);
+  }
+  gst_object_unref(collection);
+  m_components.offer(tracks);
+  if (!isNew) return;
+  const ComponentChoice choice = m_components.choiceFrom(tracks);
+  if (!isSelectedByItself(streams, choice)) selectStreams(choice);
+}
+
+/// Streams are told apart by their address, so none may be used for another one as long as this source is open.
+void Pipeline::keepCollectionLocked(GstStreamCollection* collection) {
+  const bool known =
+      std::any_of(m_collections.begin(), m_collections.end(), [=](const auto& each) { return each.first == collection; });
+  if (known) return;
+  const gulong handler = g_signal_connect(collection, "stream-notify", G_CALLBACK(&Pipeline::onStreamNotify), this);
+  m_collections.emplace_back(GST_STREAM_COLLECTION(gst_object_ref(collection)), handler);
+}
+
+void Pipeline::forgetCollections() {
+  std::vector<std::pair<GstStreamCollection*, gulong>> collections;
+  {
+    std::lock_guard lock(m_trackMutex);
+    collections.swap(m_collections);
+    m_streams.clear();
+  }
+  for (const auto& [collection, handler] : collections) {
+    g_signal_handler_disconnect(collection, handler);
+    gst_object_unref(collection);
+  }
+}
+
+/// Many in a row when a source begins: they are taken up together.
+void Pipeline::onStreamNotify(GstStreamCollection*, GstStream*, GParamSpec*, gpointer self) {
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  {
+    std::lock_guard lock(pipeline->m_trackMutex);
+    if (std::exchange(pipeline->m_refreshDue, true)) return;
+  }
+  pipeline->m_loop.post([pipeline, alive = std::weak_ptr<bool>(pipeline->m_alive)] {
+    if (alive.expired()) return;
+    pipeline->refreshTracks();
+    pipeline->m_listener.onTracksChanged();
+  });
+}
+
+void Pipeline::refreshTracks() {
+  ComponentList tracks;
+  {
+    std::lock_guard lock(m_trackMutex);
+    m_refreshDue = false;
+    if (m_streams.empty()) return;
+    tracks = readComponents(m_streams, m_facts, m_period);
+  }
+  m_components.offer(std::move(tracks));
+}
+
+}  // namespace mediamgmnt
