@@ -78,6 +78,16 @@ GstCaps* inClear(const GstCaps* caps) {
   return gst_caps_new_full(copy, nullptr);
 }
 
+/// Small hexadecimal digits for AVC. A name of AAC that lacks its kind says nothing.
+std::string asManifestsWrite(std::string name) {
+  if (name == "mp4a.40") return {};
+  if (name.rfind("avc", 0) != 0) return name;
+  for (char& byte : name) {
+    if (byte >= 'A' && byte <= 'F') byte = static_cast<char>(byte - 'A' + 'a');
+  }
+  return name;
+}
+
 }  // namespace
 
 std::string codecName(const GstCaps* caps) {
@@ -86,7 +96,7 @@ std::string codecName(const GstCaps* caps) {
   std::string name;
   if (gst_caps_is_fixed(clear)) {
     gchar* const known = gst_codec_utils_caps_get_mime_codec(clear);
-    if (known != nullptr) name = known;
+    if (known != nullptr) name = asManifestsWrite(known);
     g_free(known);
   }
   if (name.empty()) name = fallbackName(*gst_caps_get_structure(clear, 0));

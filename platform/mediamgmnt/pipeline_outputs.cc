@@ -57,7 +57,8 @@ void Pipeline::attach(Kind kind, GstPad* pad) {
 
 /// The sink is in its state before the stream is linked and counted: whoever sees the count finds the pipeline not prerolled yet.
 bool Pipeline::makeOutput(Kind kind, Output& output) {
-  GstElement* const queue = gst_element_factory_make("queue", nullptr);
+  // No store for sound: another language is heard when what is on its way has been played. The decoder has a thread for each stream.
+  GstElement* const queue = gst_element_factory_make(kind == Kind::Audio ? "identity" : "queue", nullptr);
   if (queue == nullptr) return false;
   GstElement* const sink = kind == Kind::Video   ? makeVideoSink()
                            : kind == Kind::Audio ? makeAudioOutput(m_settings.player)
@@ -66,7 +67,7 @@ bool Pipeline::makeOutput(Kind kind, Output& output) {
     gst_object_unref(gst_object_ref_sink(queue));
     return false;
   }
-  g_object_set(queue, "max-size-buffers", 3, "max-size-bytes", 0, "max-size-time", guint64{0}, nullptr);
+  if (kind != Kind::Audio) g_object_set(queue, "max-size-buffers", 3, "max-size-bytes", 0, "max-size-time", guint64{0}, nullptr);
   gst_bin_add_many(GST_BIN(m_pipeline), queue, sink, nullptr);
   gst_element_link(queue, sink);
   gst_element_sync_state_with_parent(sink);

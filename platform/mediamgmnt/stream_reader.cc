@@ -213,7 +213,8 @@ const HlsMedia* mediaOf(const Component& component, const HlsPlaylist& playlist)
 void applyHls(const HlsPlaylist& playlist, int place, Component& out) {
   out.tag = place;
   out.encrypted = playlist.isEncrypted;
-  if (out.encoding.empty()) out.encoding = out.kind == ComponentKind::Subtitle ? "wvtt" : codecFrom(playlist, out.kind);
+  const std::string written = out.kind == ComponentKind::Subtitle ? "wvtt" : codecFrom(playlist, out.kind);
+  if (!written.empty()) out.encoding = written;
   if (out.kind == ComponentKind::Video && out.aspectRatio == 0 && !playlist.variants.empty() &&
       playlist.variants.front().height > 0) {
     out.aspectRatio = static_cast<double>(playlist.variants.front().width) / playlist.variants.front().height;
