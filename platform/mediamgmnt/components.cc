@@ -139,6 +139,16 @@ void Components::forgetSource() {
 }
 
 void Components::beginPresentation() {
+  {
+    std::lock_guard lock(m_mutex);
+    for (const ComponentKind kind : kComponentKinds) {
+      if (of(kind).wish.era < m_preferences.era(kind)) of(kind).wish = {};
+    }
+  }
+  continuePresentation();
+}
+
+void Components::continuePresentation() {
   std::lock_guard lock(m_mutex);
   m_next.clear();
   m_decoded.clear();
@@ -146,7 +156,6 @@ void Components::beginPresentation() {
   m_previousGeneration = m_generation;
   for (const ComponentKind kind : kComponentKinds) {
     State& state = of(kind);
-    if (state.wish.era < m_preferences.era(kind)) state.wish = {};
     state.wish.track.stream = nullptr;  // may be another stream's address by now
     state.presented.reset();
     const bool byDefault = kind != ComponentKind::Subtitle;

@@ -63,6 +63,8 @@ class Components {
   /// A new source: nothing is known and nothing is wished.
   void forgetSource();
   void beginPresentation();
+  /// The same presentation, from another opening of the source: all wishes hold on.
+  void continuePresentation();
   /// Nothing is presented any more; what can be selected stays known.
   void endPresentation();
 

@@ -19,6 +19,10 @@ Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurfa
 Pipeline::~Pipeline() {
   if (m_pipeline == nullptr) return;
   endTypeFinding();
+  {
+    std::lock_guard lock(m_steeringMutex);
+    m_closing = true;
+  }
   gst_element_set_state(m_pipeline, GST_STATE_NULL);
   GstBus* const bus = gst_element_get_bus(m_pipeline);
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
@@ -59,6 +63,14 @@ bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
     std::lock_guard lock(m_trackMutex);
     m_soughtSeconds = static_cast<double>(target) / 1e9;
   }
+  std::lock_guard lock(m_steeringMutex);
+  m_seeking = true;
+  const bool taken = sendSeek(rate, target, flags);
+  m_seeking = false;
+  return taken;
+}
+
+bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
   if (rate > 0) {
     return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, target, GST_SEEK_TYPE_SET, -1) !=
            FALSE;  // "none" would keep the stop of an earlier backward seek

@@ -77,8 +77,11 @@ class Pipeline {
   bool seek(double rate, std::int64_t target, GstSeekFlags extraFlags);
 
   /// Begins to present other streams of the source. What follows is heard and seen at once after a seek only, where the source is
-  /// adaptive. @return false when the pipeline does not take it.
-  bool selectStreams(const ComponentChoice& choice);
+  /// adaptive. Not between two periods.
+  void selectStreams(const ComponentChoice& choice);
+  /// The source fetches a period that is not the one presented. GStreamer 1.22 takes no selection then, and locks itself up when it
+  /// is asked; a seek ends it, and begins with what is chosen.
+  bool isBetweenPeriods() const;
   /// Hides a picture, silences a sound, or takes it back; also before there is any.
   void setShown(ComponentKind kind, bool shown);
   /// Offers the components what is known of the streams by now.
@@ -150,10 +153,14 @@ class Pipeline {
   static void onStreamNotify(GstStreamCollection* collection, GstStream* stream, GParamSpec* what, gpointer self);
   void watchOutput(Kind kind, GstElement* queue);
   void watchManifest(GstElement* adaptiveDemux);
+  void noteTrackOfPeriod(const char* name);
   void readManifest();
   void takeCollection(GstMessage* message);
   void takeSection(GstMessage* message);
   void keepCollectionLocked(GstStreamCollection* collection);
+  void beginWith(GstObject* origin, const ComponentChoice& choice);
+  void sendSelection(GstElement* receiver, const ComponentChoice& choice);
+  bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   void reportPresented(Arrival& arrival, GstPad* pad);
   void forgetCollections();
 
@@ -184,6 +191,10 @@ class Pipeline {
   std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
+  std::atomic<bool> m_seeking{false};
+  /// Held while something is sought or selected: the demuxer waits for both in each other's places.
+  std::mutex m_steeringMutex;
+  bool m_closing = false;  // guarded by m_steeringMutex
   std::mutex m_showMutex;  ///< a picture is drawn, or hidden, one after the other
   std::array<std::atomic<bool>, kComponentKinds.size()> m_shown = {true, true, true};
   std::array<Arrival, kComponentKinds.size()> m_arrivals;
@@ -196,6 +207,10 @@ class Pipeline {
   std::optional<double> m_soughtSeconds;                               ///< the target of a seek since the newest collection
   std::vector<std::pair<GstStreamCollection*, gulong>> m_collections;  ///< references, with the handlers connected to them
   bool m_refreshDue = false;
+  int m_periodsBegun = 0;                     ///< fetched, or about to be
+  int m_periodsAnnounced = 0;                 ///< presented, or about to be
+  bool m_periodsSkipped = false;              ///< a seek has begun one anew
+  std::vector<std::string> m_tracksOfPeriod;  ///< of the one begun last
 
   mutable std::mutex m_padMutex;
   Output m_outputs[3];               // guarded by m_padMutex, index is Kind

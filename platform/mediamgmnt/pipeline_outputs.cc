@@ -57,7 +57,8 @@ void Pipeline::attach(Kind kind, GstPad* pad) {
 
 /// The sink is in its state before the stream is linked and counted: whoever sees the count finds the pipeline not prerolled yet.
 bool Pipeline::makeOutput(Kind kind, Output& output) {
-  // No store for sound: another language is heard when what is on its way has been played. The decoder has a thread for each stream.
+  // No store for sound: another language is heard when what is on its way has been played. The decoder has a thread for each
+  // stream.
   GstElement* const queue = gst_element_factory_make(kind == Kind::Audio ? "identity" : "queue", nullptr);
   if (queue == nullptr) return false;
   GstElement* const sink = kind == Kind::Video   ? makeVideoSink()

@@ -66,6 +66,8 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
     pipeline->watchManifest(element);
   } else if (factory == "downloadbuffer") {
     pipeline->rememberDownload(element);
+  } else if (startsWith(GST_OBJECT_NAME(element), "track-period")) {
+    pipeline->noteTrackOfPeriod(GST_OBJECT_NAME(element));
   } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {
     pipeline->m_mediaArrived = true;
   }

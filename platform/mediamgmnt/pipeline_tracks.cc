@@ -70,16 +70,21 @@ DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
 
 }  // namespace
 
-bool Pipeline::selectStreams(const ComponentChoice& choice) {
+void Pipeline::selectStreams(const ComponentChoice& choice) {
+  std::lock_guard lock(m_steeringMutex);
+  sendSelection(m_decoder, choice);  // not to the pipeline, which would say no although it passes the event on
+}
+
+/// Whether it was taken is seen by what comes to the outputs.
+void Pipeline::sendSelection(GstElement* receiver, const ComponentChoice& choice) {
+  if (m_closing || isBetweenPeriods()) return;
   GList* ids = nullptr;
   for (const ComponentKind kind : kComponentKinds) {
     if (!choice[kind].streamId.empty()) ids = g_list_append(ids, const_cast<char*>(choice[kind].streamId.c_str()));
   }
-  if (ids == nullptr) return false;
-  // To the decoder itself: the pipeline would say no although it passes the event on.
-  const bool taken = gst_element_send_event(m_decoder, gst_event_new_select_streams(ids)) != FALSE;
+  if (ids == nullptr) return;
+  gst_element_send_event(receiver, gst_event_new_select_streams(ids));
   g_list_free(ids);
-  return taken;
 }
 
 void Pipeline::setShown(ComponentKind kind, bool shown) {
@@ -186,11 +191,16 @@ void Pipeline::takeCollection(GstMessage* message) {
   if (collection == nullptr) return;
   Streams streams = streamsOf(collection);
   bool isNew = false;
+  bool isFirst = false;
   ComponentList tracks;
   {
     std::lock_guard lock(m_trackMutex);
     keepCollectionLocked(collection);
     isNew = streams != m_streams;
+    isFirst = m_streams.empty();
+    if (isNew)
+      m_periodsAnnounced =
+          std::exchange(m_periodsSkipped, false) ? m_periodsBegun : std::min(m_periodsAnnounced + 1, m_periodsBegun);
     if (isNew && m_facts.dash) {
       const std::size_t from = m_streams.empty() ? 0 : m_soughtSeconds ? periodAt(*m_facts.dash, *m_soughtSeconds) : m_period + 1;
       m_period = periodOf(streams, *m_facts.dash, from);
@@ -203,7 +213,39 @@ void Pipeline::takeCollection(GstMessage* message) {
   m_components.offer(tracks);
   if (!isNew) return;
   const ComponentChoice choice = m_components.choiceFrom(tracks);
-  if (!isSelectedByItself(streams, choice)) selectStreams(choice);
+  // In a later period GStreamer looks for what was selected before, by rules of its own.
+  const bool agrees = isFirst ? isSelectedByItself(streams, choice) : !m_adaptive;
+  if (!agrees) beginWith(GST_MESSAGE_SRC(message), choice);
+}
+
+/// A seek that is under way waits for this thread, so this one must not wait for the seek. What it presents is looked at
+/// afterwards.
+void Pipeline::beginWith(GstObject* origin, const ComponentChoice& choice) {
+  std::unique_lock lock(m_steeringMutex, std::try_to_lock);
+  if (!lock.owns_lock()) return;
+  sendSelection(m_decoder, choice);
+  // Nothing leads from the decoder to the demuxer yet when the first streams are announced.
+  if (m_adaptive) sendSelection(GST_ELEMENT(origin), choice);
+}
+
+/// The demuxer makes an element for each track of a period when it begins to fetch that, and announces the period's streams when it
+/// begins to present it.
+void Pipeline::noteTrackOfPeriod(const char* name) {
+  const std::string track = name;
+  std::lock_guard lock(m_trackMutex);
+  const auto number = [](const std::string& text) { return text.substr(0, text.find('-', std::strlen("track-period"))); };
+  const bool again = std::find(m_tracksOfPeriod.begin(), m_tracksOfPeriod.end(), track) != m_tracksOfPeriod.end();
+  if (m_tracksOfPeriod.empty() || again || number(m_tracksOfPeriod.back()) != number(track)) {
+    m_tracksOfPeriod.clear();
+    ++m_periodsBegun;
+    if (m_seeking) m_periodsSkipped = true;
+  }
+  m_tracksOfPeriod.push_back(track);
+}
+
+bool Pipeline::isBetweenPeriods() const {
+  std::lock_guard lock(m_trackMutex);
+  return m_periodsBegun > m_periodsAnnounced;
 }
 
 /// Streams are told apart by their address, so none may be used for another one as long as this source is open.

@@ -96,6 +96,7 @@ void Playback::open() {
   m_rate = 1;
   m_origin = 0;
   m_percent = 100;
+  m_soughtAt = {};
   m_bufferReadyDue = true;
   m_next.reset();
   m_inFlight.reset();
@@ -103,7 +104,12 @@ void Playback::open() {
   m_facts.freezeAt(m_next ? m_next->target : 0);
   noteProgress();
   PipelineListener& listener = *this;
-  m_components.beginPresentation();
+  if (m_reopening) {
+    m_components.continuePresentation();
+  } else {
+    m_components.beginPresentation();
+    m_changesToSay = {};
+  }
   m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, m_settings);
   for (const ComponentKind kind : kComponentKinds) m_pipeline->setShown(kind, m_components.isShown(kind));
   if (m_settings.url.empty()) return fail(Failure::ContentNotAvailable);
@@ -121,7 +127,9 @@ void Playback::closePipeline() {
   m_next.reset();
   m_inFlight.reset();
   m_components.endPresentation();
-  m_prerolled = m_running = m_announced = m_stepping = m_starved = m_switchDue = m_switchBySeek = m_keepRunning = false;
+  m_prerolled = m_running = m_announced = m_stepping = m_starved = m_switchDue = m_switchBySeek = m_redrawDue = m_keepRunning =
+      false;
+  m_switchesTried = 0;
 }
 
 void Playback::forgetAnswers() {
@@ -134,6 +142,7 @@ void Playback::proceed() {
   if (m_pipeline == nullptr || !m_prerolled) return;  // opening, or a seek is in flight: its end comes here again
   if ((m_next || m_switchDue) && mustSpaceSeeks()) return;
   if (m_switchDue) beginSwitch();
+  if (!m_prerolled) return;
   if (m_next) return beginReposition();
   if (m_wish != Wish::Play) return halt();
   if (m_stepping) return;
@@ -144,7 +153,7 @@ void Playback::proceed() {
 /// Right after a seek the adaptive demuxers of GStreamer 1.22 still end the downloads that it cancelled, and abort the process when
 /// the next seek meets them there. @return true when the next step comes later by itself.
 bool Playback::mustSpaceSeeks() {
-  const auto since = Clock::now() - m_prerolledAt;
+  const auto since = Clock::now() - m_soughtAt;
   if (!m_pipeline->isAdaptive() || since >= kAdaptiveSeekSpacing) return false;
   m_loop.cancel(m_spacingTimer);
   const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(kAdaptiveSeekSpacing - since);
@@ -180,7 +189,7 @@ void Playback::onSourceAnswered() {
 
 void Playback::onPrerolled() {
   m_prerolled = true;
-  m_prerolledAt = Clock::now();
+  if (m_inFlight) m_soughtAt = Clock::now();
   m_inFlight.reset();
   noteProgress();
   if (!m_timesKnown) m_pipeline->refreshTracks();

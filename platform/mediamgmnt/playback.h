@@ -2,6 +2,7 @@
 // What a player does with its commands and with what its pipeline tells: the order of the status words is decided here.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -106,6 +107,7 @@ class Playback : private PipelineListener {
   void sayChanged(ComponentKind kind);
   void noteDueSwitch();
   void beginSwitch();
+  void reopen();
   void armSwitchWatch();
 
   // playback_watch.cc: what is looked at while time passes
@@ -137,11 +139,11 @@ class Playback : private PipelineListener {
   // The pipeline's condition.
   bool m_prerolled = false;  ///< nothing is in flight
   bool m_timesKnown = false;
-  bool m_running = false;    ///< the clock was told to run
-  bool m_announced = false;  ///< the page was told so
-  bool m_over = false;       ///< ended or failed: a pause opens nothing
-  double m_rate = 1;         ///< the pipeline's
-  Clock::time_point m_prerolledAt;
+  bool m_running = false;        ///< the clock was told to run
+  bool m_announced = false;      ///< the page was told so
+  bool m_over = false;           ///< ended or failed: a pause opens nothing
+  double m_rate = 1;             ///< the pipeline's
+  Clock::time_point m_soughtAt;  ///< the end of the last seek
   std::optional<double> m_inFlight;
   int m_playsDone = 0;
   int m_attempts = 0;  ///< openings of the source for the present wish
@@ -159,8 +161,13 @@ class Playback : private PipelineListener {
 
   // Another track.
   bool m_switchDue = false;     ///< asked for, not begun
+  bool m_redrawDue = false;     ///< a picture is shown again while nothing moves
+  int m_switchesTried = 0;      ///< in vain, for the present wish
   bool m_switchBySeek = false;  ///< it did not come by itself
   bool m_keepRunning = false;   ///< the next seek is for a switch: the clock runs on
+
+  bool m_reopening = false;
+  std::array<bool, kComponentKinds.size()> m_changesToSay = {};  ///< once a reopened source presents them
 
   // Rewinding by steps, where the pipeline cannot play backwards.
   bool m_stepping = false;

@@ -11,6 +11,9 @@ namespace {
 /// A track that has not come by itself after this is fetched by a seek to the present place.
 constexpr std::chrono::milliseconds kLatestSwitch{500};
 
+/// A stream that still is not there then cannot be presented; what is presented goes on.
+constexpr int kMostTries = 3;
+
 const char* wordFor(ComponentKind kind) {
   switch (kind) {
     case ComponentKind::Video: return status::kSelectedVideoChanged;
@@ -23,19 +26,24 @@ const char* wordFor(ComponentKind kind) {
 }  // namespace
 
 void Playback::applySelection() {
-  if (m_pipeline == nullptr) return;  // the next opening begins with it
+  m_switchesTried = 0;
+  onTracksChanged();
+}
+
+void Playback::onTracksChanged() {
+  if (m_pipeline == nullptr) return;  // the next opening begins with what is wished
   showWhatIsWished();
   noteDueSwitch();
   proceed();
 }
 
-void Playback::onTracksChanged() { applySelection(); }
-
 void Playback::onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) {
   const bool changed = m_components.present(kind, stream, decoded);
-  if (changed) sayChanged(kind);
+  if (changed || m_changesToSay[indexOf(kind)]) sayChanged(kind);
   showWhatIsWished();
-  if (!m_components.isSwitchDue()) m_loop.cancel(std::exchange(m_switchTimer, 0));
+  if (m_components.isSwitchDue()) return noteDueSwitch();
+  m_switchesTried = 0;
+  m_loop.cancel(std::exchange(m_switchTimer, 0));
 }
 
 /// Hides at once; shows as soon as the right one is there.
@@ -56,22 +64,27 @@ void Playback::show(ComponentKind kind, bool shown) {
   m_pipeline->setShown(kind, shown);
   if (m_components.show(kind, shown)) sayChanged(kind);
   const bool mustRedraw = shown && kind == ComponentKind::Video && !m_running;
-  if (mustRedraw) m_switchDue = true;
+  if (mustRedraw) m_switchDue = m_redrawDue = true;
 }
 
 /// What a presentation begins with is no change.
 void Playback::sayChanged(ComponentKind kind) {
-  if (m_timesKnown) m_voice.say(wordFor(kind));
+  const bool reopened = std::exchange(m_changesToSay[indexOf(kind)], false);
+  if (m_timesKnown || reopened) m_voice.say(wordFor(kind));
 }
 
 void Playback::noteDueSwitch() {
-  if (m_components.isSwitchDue()) m_switchDue = true;
+  if (m_components.isSwitchDue() && m_switchesTried < kMostTries) m_switchDue = true;
 }
 
 /// Adaptive sources have seconds of the old track in store, and a paused one lets nothing new through: the seek to the present
 /// place empties them.
 void Playback::beginSwitch() {
   m_switchDue = false;
+  const bool redraw = std::exchange(m_redrawDue, false);
+  if (!redraw && !m_components.isSwitchDue()) return;  // has come by itself
+  ++m_switchesTried;
+  if (m_pipeline->isBetweenPeriods()) return reopen();
   m_pipeline->selectStreams(m_components.choice());
   if (m_stepping) return;  // the next step seeks anyway
   const bool bySeek = std::exchange(m_switchBySeek, false) || m_pipeline->isAdaptive() || !m_running;
@@ -81,12 +94,33 @@ void Playback::beginSwitch() {
   m_keepRunning = true;
 }
 
+/// The picture stays meanwhile; the page hears of nothing but the change.
+void Playback::reopen() {
+  const Place place = m_next ? *m_next : Place{presentTarget(), m_rate};
+  const bool announced = m_announced;
+  const int tried = m_switchesTried;
+  const ComponentChoice choice = m_components.choice();
+  for (const ComponentKind kind : kComponentKinds) {
+    const void* const presented = m_components.presented(kind);
+    m_changesToSay[indexOf(kind)] = choice[kind].shown && presented != choice[kind].stream;
+  }
+  closePipeline();
+  m_startPosition = place.target;
+  m_wantedRate = place.rate;
+  m_reopening = true;
+  open();
+  m_reopening = false;
+  if (announced) m_bufferReadyDue = false;
+  m_switchesTried = tried;
+}
+
 void Playback::armSwitchWatch() {
   m_loop.cancel(m_switchTimer);
   m_switchTimer = m_loop.postAfter(kLatestSwitch, [this] {
     m_switchTimer = 0;
     if (!m_components.isSwitchDue()) return;
-    m_switchDue = m_switchBySeek = true;
+    m_switchBySeek = true;
+    noteDueSwitch();
     proceed();
   });
 }
