@@ -6,6 +6,7 @@
 
 #include "platform/runner/script_runner.h"
 #include "platform/shell/library_paths.h"
+#include "platform/shell/sound_recorder.h"
 #include "platform/shell/trace.h"
 
 namespace runner {
@@ -57,6 +58,11 @@ int runWith(const Options& options, const std::vector<Script>& scripts) {
   std::string error;
   const auto media = loadMediaLibrary(options, error);
   if (media == nullptr) return fail(error);
+  if (!options.languages.empty() && !media->preferLanguages(options.languages)) {
+    return fail("this media library does not ask for languages; leave --languages out or give another --media-library");
+  }
+  const auto recorder = options.recordingFile.empty() ? nullptr : shell::SoundRecorder::start(*media, options.recordingFile, error);
+  if (!error.empty()) return fail(error);
   const auto trace = options.traceFile.empty() ? nullptr : shell::Trace::open(options.traceFile, error);
   if (!error.empty()) return fail(error);
   const auto plugin = loadPlugin(options, error);

@@ -79,6 +79,8 @@ class Parser {
     if (name == "--media-library") return &m_out.mediaLibrary;
     if (name == "--plugin") return &m_out.plugin;
     if (name == "--document-url") return &m_out.documentUrl;
+    if (name == "--record-audio") return &m_out.recordingFile;
+    if (name == "--languages") return &m_out.languages;
     return name == "--trace" ? &m_out.traceFile : nullptr;
   }
 
@@ -125,6 +127,8 @@ scope, inside a small page: document.createElement("object"), a type that is sup
   --snapshot FILE.png[@SECONDS]
                               write the video plane, 1280x720, as a PNG file: so long after the start, else at the end
   --trace FILE                write all that crosses the host and the media library, one JSON object a line
+  --record-audio FILE.wav     record what is heard, in real time, instead of playing it
+  --languages LIST            preferred languages of sound and subtitles, most preferred first: deu,eng
   --quiet, -q                 print only warnings and errors of the script, not console.log, info and debug
   --media-library PATH        play with this media library (default: libmediamgmnt.so in ../lib beside this program)
   --plugin PATH               load this plugin (default: libavcontrol.so in ../lib beside this program)

@@ -19,6 +19,8 @@ struct Options {
   std::string documentUrl;
   std::string traceFile;
   std::string snapshotFile;
+  std::string recordingFile;
+  std::string languages;
   double snapshotSeconds = -1;  ///< negative: at the end
   double timeoutSeconds = 0;    ///< 0: none
   bool quiet = false;

@@ -54,6 +54,8 @@ void readOptional(SymbolReader& reader, MediaFunctions& out) {
   reader.optional("mediaPlaneExport", out.planeExport);
   reader.optional("mediaPlaneFrames", out.planeFrames);
   reader.optional("mediaLibraryWaitIdle", out.waitIdle);
+  reader.optional("mediaTapSound", out.tapSound);
+  reader.optional("mediaPreferLanguages", out.preferLanguages);
 }
 
 }  // namespace
@@ -100,5 +102,18 @@ bool MediaLibrary::exportPlane(MediaPlaneExport& out) const {
 unsigned long MediaLibrary::planeFrames() const { return s_table.planeFrames == nullptr ? 0 : s_table.planeFrames(); }
 
 bool MediaLibrary::waitIdle(int timeoutMs) const { return s_table.waitIdle == nullptr || s_table.waitIdle(timeoutMs) != 0; }
+
+bool MediaLibrary::tapSound(MediaSoundTap tap, void* user) const {
+  if (s_table.tapSound == nullptr) return false;
+  s_table.tapSound(tap, user);
+  return true;
+}
+
+bool MediaLibrary::preferLanguages(const std::string& languages) const {
+  if (s_table.preferLanguages == nullptr) return false;
+  constexpr int kAudio = 1;
+  constexpr int kSubtitles = 2;
+  return s_table.preferLanguages(kAudio, languages.c_str()) != 0 && s_table.preferLanguages(kSubtitles, languages.c_str()) != 0;
+}
 
 }  // namespace shell

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Loads a media library and puts it behind the ten media functions of this process, which the plugin finds as ordinary symbols.
-// Beside them a library may offer a video plane and an orderly end (media_plane.h).
+// Beside them a library may offer a video plane and an orderly end (media_plane.h), its sound and a choice of languages
+// (media_sound.h).
 #pragma once
 
 #include <memory>
@@ -8,6 +9,7 @@
 
 #include "host/mediamgmnt.h"
 #include "platform/mediamgmnt/media_plane.h"
+#include "platform/mediamgmnt/media_sound.h"
 
 #define AVCSHELL_API __attribute__((visibility("default")))
 
@@ -31,6 +33,10 @@ class AVCSHELL_API MediaLibrary {
   unsigned long planeFrames() const;
   /// @return false when threads of closed players are left after @p timeoutMs. True at once where the library cannot tell.
   bool waitIdle(int timeoutMs) const;
+  /// See mediaTapSound(). @return false where the library lets nobody listen.
+  bool tapSound(MediaSoundTap tap, void* user) const;
+  /// The viewer's languages for sound and subtitles, most preferred first, "deu,eng". @return false where the library does not ask.
+  bool preferLanguages(const std::string& languages) const;
 
  private:
   MediaLibrary() = default;

@@ -7,6 +7,7 @@
 
 #include "host/mediamgmnt.h"
 #include "platform/mediamgmnt/media_plane.h"
+#include "platform/mediamgmnt/media_sound.h"
 
 namespace shell {
 
@@ -26,6 +27,8 @@ struct MediaFunctions {
   int (*planeExport)(MediaPlaneExport*);
   unsigned long (*planeFrames)();
   int (*waitIdle)(int);
+  void (*tapSound)(MediaSoundTap, void*);
+  int (*preferLanguages)(int, const char*);
 };
 
 /// Watches the seam. Calls come from any thread and must not call the media functions.

@@ -14,6 +14,7 @@ import sys
 PLUGIN_HEADERS = {"plugin/av_control_plugin.h", "plugin/live_plugin.h"}
 HOST_SHELL_SIDE = "platform/pluginhost/shell.h"
 MEDIA_EXTRAS = "platform/mediamgmnt/media_plane.h"
+SOUND_EXTRAS = "platform/mediamgmnt/media_sound.h"
 
 RECORDS = {"components", "parental"}
 
@@ -35,10 +36,10 @@ ROOMS_WITH_BACK_POINTERS = {"components", "parental", "player", "statemachine", 
 PLATFORM_ROOMS = {
     "platform/pluginhost": set(),
     "platform/mediamgmnt": set(),
-    "platform/shell": {HOST_SHELL_SIDE, MEDIA_EXTRAS},
+    "platform/shell": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS},
     "platform/script": {HOST_SHELL_SIDE},
-    "platform/runner": {HOST_SHELL_SIDE, MEDIA_EXTRAS, "platform/script", "platform/shell"},
-    "platform/browser": {HOST_SHELL_SIDE, MEDIA_EXTRAS, "platform/script", "platform/shell"},
+    "platform/runner": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS, "platform/script", "platform/shell"},
+    "platform/browser": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS, "platform/script", "platform/shell"},
 }
 # These need the C++ standard library and POSIX only.
 PLAIN_ROOMS = set(PLUGIN_ROOMS) | {"platform/pluginhost", "platform/shell", "examples/minimal-host"}
