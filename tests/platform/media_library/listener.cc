@@ -78,7 +78,7 @@ Listener::~Listener() { mediaTapSound(nullptr, nullptr); }
 
 std::optional<int> Listener::now() const {
   std::lock_guard lock(mutex);
-  if (stretches.empty() || stretches.back().frames < kShort / 2) return std::nullopt;
+  if (stretches.empty() || stretches.back().frames < kShort) return std::nullopt;
   return stretches.back().tone;
 }
 

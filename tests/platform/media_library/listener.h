@@ -22,7 +22,7 @@ class Listener {
   Listener(const Listener&) = delete;
   Listener& operator=(const Listener&) = delete;
 
-  /// What was heard last, and that for at least two blocks in a row. Nothing before the first sound.
+  /// What is heard, once it has been for 50 ms.
   std::optional<int> now() const;
   /// Waits until that is heard. @return false when it never is.
   bool hears(int tone, int seconds = 15) const;
