@@ -59,6 +59,7 @@ void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   m_prerollReported = false;
+  limitStore(true);
   {
     std::lock_guard lock(m_trackMutex);
     m_soughtSeconds = static_cast<double>(target) / 1e9;

@@ -92,8 +92,9 @@ class Pipeline {
   /// The part of a live source that can be reached, nanoseconds. @return false when there is none.
   bool seekableWindow(std::int64_t& start, std::int64_t& end) const;
 
-  /// To be called when nothing has moved for a while; does no harm when nothing is wrong.
+  /// To be called when nothing has moved for a while; they do no harm when nothing is wrong.
   void wakeDownload();
+  void makeRoomForTheEnd();
 
   bool isPrerolled() const;
   bool hasAudioOrVideo() const { return m_linked > 0; }
@@ -145,6 +146,7 @@ class Pipeline {
   void endTypeFinding();
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberDownload(GstElement* downloadBuffer);
+  void limitStore(bool bounded);
   void reportUnplayable();
 
   // pipeline_tracks.cc
@@ -221,6 +223,7 @@ class Pipeline {
   int m_selected = 0;  ///< audio and video streams that the selection names
   bool m_answered = false;
   bool m_prerollReported = false;
+  bool m_storeBounded = true;
 };
 
 }  // namespace mediamgmnt

@@ -115,6 +115,7 @@ class Playback : private PipelineListener {
   void learnWindow();
   void tick();
   void followPosition();
+  bool awaitsEnd(double position) const;
   void announceTrickPosition();
   void noteProgress() { m_lastProgress = Clock::now(); }
   void watchForStall();
@@ -146,7 +147,8 @@ class Playback : private PipelineListener {
   Clock::time_point m_soughtAt;  ///< the end of the last seek
   std::optional<double> m_inFlight;
   int m_playsDone = 0;
-  int m_attempts = 0;  ///< openings of the source for the present wish
+  bool m_endExpected = false;  ///< nothing has moved for a moment, as at the end
+  int m_attempts = 0;          ///< openings of the source for the present wish
   bool m_live = false;
   bool m_durationGuessed = false;
   std::int64_t m_origin = 0;  ///< the pipeline's time at position 0, nanoseconds

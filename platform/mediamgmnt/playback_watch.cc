@@ -17,9 +17,8 @@ constexpr milliseconds kTrickWordInterval{500};
 constexpr milliseconds kUnderrunDebounce{120};
 constexpr milliseconds kConnectTimeout{10000};
 constexpr milliseconds kStarvedAfter{1000};
-/// Playing backwards, GStreamer now and then does not say that the start has been reached.
-constexpr milliseconds kStartReachedAfter{400};
-constexpr double kNearStartMs = 100;
+constexpr milliseconds kEndExpectedAfter{300};
+constexpr double kNearEndMs = 1000;
 constexpr milliseconds kLostAfter{10000};
 constexpr milliseconds kUnplayableAfter{3000};
 constexpr milliseconds kDownloadAsleepAfter{200};
@@ -67,17 +66,25 @@ void Playback::followPosition() {
   const double position = pipelinePosition();
   if (position != m_seenPosition || m_live) {
     m_seenPosition = position;
+    m_endExpected = false;
     m_lastMove = Clock::now();
     noteProgress();
     if (std::exchange(m_starved, false)) answerPlay();
-  } else if (m_rate < 0 && position < kNearStartMs && Clock::now() - m_lastMove > kStartReachedAfter) {
-    return rewoundToStart();
+  } else if (!m_endExpected && Clock::now() - m_lastMove > kEndExpectedAfter && awaitsEnd(position)) {
+    m_endExpected = true;
+    m_pipeline->makeRoomForTheEnd();
   } else if (!m_starved && Clock::now() - m_lastMove > kStarvedAfter) {
     m_starved = true;
     m_facts.freezeAt(position);
     announceUnderrun();
   }
   if (!m_starved) m_facts.runFrom(position, m_rate);
+}
+
+/// Backwards, the end is demuxed long before it is shown.
+bool Playback::awaitsEnd(double position) const {
+  const std::optional<long long> duration = m_facts.duration();
+  return m_rate < 0 || (duration && static_cast<double>(*duration) - position < kNearEndMs);
 }
 
 void Playback::announceTrickPosition() {
