@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <list>
+#include <memory>
 
 #include "support/av_control_mutex.h"
 
@@ -66,6 +67,20 @@ class Player {
   /// Ends the worker after the commands queued so far, then stops and closes the library's player on the calling thread.
   /// Later commands are refused. Once done, calling it again does nothing; a caller that comes meanwhile waits for the first.
   void close();
+
+  /// While one lives, commands are taken and not carried out. For a caller that has more to do before the library may answer; it
+  /// must not wait for anything meanwhile.
+  class Hold {
+   public:
+    /// @p player may be null.
+    explicit Hold(std::shared_ptr<Player> player);
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+    ~Hold();
+
+   private:
+    const std::shared_ptr<Player> m_player;
+  };
 
   // Commands.
   bool play(double speed);
@@ -139,6 +154,8 @@ class Player {
   void run();
   void execute(const _player_thread_command& command);
   void endWorker();
+  void hold();
+  void release();
   bool pushText(CommandCode code, const char* text);
   bool pushNumber(CommandCode code, double value);
   bool pushPlain(CommandCode code);
@@ -172,6 +189,8 @@ class Player {
   AVParentalRatingError* m_parentalRatingError = nullptr;
   std::atomic<AVControlPlugin*> m_owner;
   std::list<_player_thread_command> m_commands;  ///< newest at the front; under m_commandMutex
+  int m_holds = 0;                               ///< under m_commandMutex
+  int m_heldPosts = 0;                           ///< commands that the worker has not been told of; under m_commandMutex
   pthread_t m_thread = 0;                        ///< 0: no worker, every command is refused; under m_commandMutex
   AVControlMutex m_commandMutex{"player_cmd_thread"};
   sem_t m_commandSemaphore;

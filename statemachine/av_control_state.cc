@@ -65,6 +65,7 @@ void AVControlState::startFromIdle(double speed) {
     if (!m_plugin->pausePlayer()) enterError();
     return;
   }
+  const Player::Hold hold(m_plugin->player());  // the machine waits for data before the library can answer
   if (m_plugin->startPlayer(speed) && m_plugin->resizePlayer()) {
     transitTo(AVControlBufferingState::id());
   } else {

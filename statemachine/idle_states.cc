@@ -57,6 +57,7 @@ void AVControlFinishedState::postTransitAction() {
 
 void AVControlFinishedState::onPlay(double speed) {
   transitTo(AVControlConnectingState::id());
+  const Player::Hold hold(m_plugin->player());
   if (speed != 0.0 && m_plugin->setInput() && m_plugin->startPlayer(speed)) {
     transitTo(AVControlBufferingState::id());
     m_plugin->resizePlayer();
@@ -92,6 +93,7 @@ void AVControlErrorState::postTransitAction() {
 /// A failed restart stays in connecting with the error set, unlike in finished: deliberate.
 void AVControlErrorState::onPlay(double speed) {
   transitTo(AVControlConnectingState::id());
+  const Player::Hold hold(m_plugin->player());
   if (speed != 0.0 && m_plugin->setInput() && m_plugin->startPlayer(speed)) {
     transitTo(AVControlBufferingState::id());
     m_plugin->resizePlayer();

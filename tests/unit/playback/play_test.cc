@@ -202,6 +202,24 @@ TEST_F(PlayTest, WholeRoadToTheEndAndAgain) {
   EXPECT_EQ(expected, seen);
 }
 
+/// The answers come from another thread while play() is still at work: they lead to playing, and nothing leads back.
+TEST_F(PlayTest, StaysPlaying_HoweverSoonTheLibraryAnswers) {
+  makeReady();
+  ASSERT_EQ("bool:true", play(1.0));
+  drainWorker(plugin);
+  for (const char* word : {"BUFFER_READY", "PLAYING", "FINISHED"}) ASSERT_TRUE(say(word));
+  library().setAutoAnswer(true);
+  for (int round = 0; round < 300; ++round) {
+    ASSERT_EQ("bool:true", play(1.0));
+    drainWorker(plugin);
+    ASSERT_TRUE(library().waitIdle());
+    drainWorker(plugin);
+
+    ASSERT_EQ(1, state()) << "in round " << round;
+    ASSERT_TRUE(say("FINISHED"));
+  }
+}
+
 // No player.
 
 TEST_F(PlayTest, IsFalse_WhenNoPlayerCanBeOpened) {

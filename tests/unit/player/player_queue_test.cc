@@ -2,6 +2,7 @@
 // The bounded queue between the callers and the worker.
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -51,6 +52,33 @@ TEST_F(PlayerQueueTest, TakesCommandsAgain_AfterARefusal) {
   EXPECT_TRUE(player->play(2.0));
 
   EXPECT_EQ((Strings{"PLAY 2.00", "STOP"}), actionsUntilClosed());
+}
+
+/// Held, the worker takes nothing out: the queue fills up and stays full, until the last hold ends.
+TEST_F(PlayerQueueTest, CarriesNothingOut_WhileHeld) {
+  const std::shared_ptr<Player> shared(std::shared_ptr<void>(), player.get());
+  {
+    const Player::Hold outer(shared);
+    {
+      const Player::Hold inner(shared);
+      fillQueue();
+    }
+    EXPECT_FALSE(player->play(1.0));
+    EXPECT_EQ(Strings{}, library().actions());
+  }
+
+  ASSERT_TRUE(library().waitForCount(isCommand("PAUSE"), 10));
+  EXPECT_TRUE(player->play(2.0));
+  library().clearCalls();
+  EXPECT_EQ("STOP", actionsUntilClosed().back());
+}
+
+TEST_F(PlayerQueueTest, HoldsNothing_WithoutAPlayer) {
+  const Player::Hold hold(nullptr);
+
+  EXPECT_TRUE(player->play(1.0));
+
+  EXPECT_TRUE(library().waitForCall(isCommand("PLAY")));
 }
 
 TEST_F(PlayerQueueTest, RefusesEveryKindOfCommand_WhenFull) {
