@@ -79,6 +79,8 @@ class Pipeline {
   /// Begins to present other streams of the source. What follows is heard and seen at once after a seek only, where the source is
   /// adaptive. Not between two periods.
   void selectStreams(const ComponentChoice& choice);
+  /// When media of an adaptive source arrived last, in microseconds of the monotonic clock.
+  std::int64_t lastFetch() const { return m_lastFetchUs; }
   /// The source fetches a period that is not the one presented. GStreamer 1.22 takes no selection then, and locks itself up when it
   /// is asked; a seek ends it, and begins with what is chosen.
   bool isBetweenPeriods() const;
@@ -154,6 +156,8 @@ class Pipeline {
   static GstPadProbeReturn onManifestData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static void onStreamNotify(GstStreamCollection* collection, GstStream* stream, GParamSpec* what, gpointer self);
   void watchOutput(Kind kind, GstElement* queue);
+  static GstPadProbeReturn onFetched(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  void watchFetching(GstElement* track);
   void watchManifest(GstElement* adaptiveDemux);
   void noteTrackOfPeriod(const char* name);
   void readManifest();
@@ -194,6 +198,7 @@ class Pipeline {
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};
+  std::atomic<std::int64_t> m_lastFetchUs{0};
   /// Held while something is sought or selected: the demuxer waits for both in each other's places.
   std::mutex m_steeringMutex;
   bool m_closing = false;  // guarded by m_steeringMutex

@@ -89,6 +89,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
     pipeline->rememberDownload(element);
   } else if (startsWith(GST_OBJECT_NAME(element), "track-period")) {
     pipeline->noteTrackOfPeriod(GST_OBJECT_NAME(element));
+    pipeline->watchFetching(element);
   } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {
     pipeline->m_mediaArrived = true;
   }

@@ -87,6 +87,19 @@ void Pipeline::sendSelection(GstElement* receiver, const ComponentChoice& choice
   g_list_free(ids);
 }
 
+void Pipeline::watchFetching(GstElement* track) {
+  const auto watch = [](GstElement*, GstPad* pad, gpointer self) -> gboolean {
+    gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &Pipeline::onFetched, self, nullptr);
+    return TRUE;
+  };
+  gst_element_foreach_sink_pad(track, watch, this);
+}
+
+GstPadProbeReturn Pipeline::onFetched(GstPad*, GstPadProbeInfo*, gpointer self) {
+  static_cast<Pipeline*>(self)->m_lastFetchUs = g_get_monotonic_time();
+  return GST_PAD_PROBE_OK;
+}
+
 void Pipeline::setShown(ComponentKind kind, bool shown) {
   if (kind == Kind::Video) {
     std::lock_guard lock(m_showMutex);

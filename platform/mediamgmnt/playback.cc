@@ -96,7 +96,6 @@ void Playback::open() {
   m_rate = 1;
   m_origin = 0;
   m_percent = 100;
-  m_soughtAt = {};
   m_bufferReadyDue = true;
   m_next.reset();
   m_inFlight.reset();
@@ -139,10 +138,11 @@ void Playback::forgetAnswers() {
 
 /// Takes the next step towards the wish; called whenever something has changed.
 void Playback::proceed() {
-  if (m_pipeline == nullptr || !m_prerolled) return;  // opening, or a seek is in flight: its end comes here again
+  if (m_pipeline == nullptr || !m_prerolled) return;           // opening, or a seek is in flight: its end comes here again
+  if (m_switchTimer != 0 && m_pipeline->isAdaptive()) return;  // its end comes here again
   if ((m_next || m_switchDue) && mustSpaceSeeks()) return;
   if (m_switchDue) beginSwitch();
-  if (!m_prerolled) return;
+  if (!m_prerolled || (m_switchTimer != 0 && m_pipeline->isAdaptive())) return;
   if (m_next) return beginReposition();
   if (m_wish != Wish::Play) return halt();
   if (m_stepping) return;
@@ -151,9 +151,10 @@ void Playback::proceed() {
 }
 
 /// Right after a seek the adaptive demuxers of GStreamer 1.22 still end the downloads that it cancelled, and abort the process when
-/// the next seek meets them there. @return true when the next step comes later by itself.
+/// the next seek meets them there; right after the opening they are in the middle of the first ones. @return true when the next
+/// step comes later by itself.
 bool Playback::mustSpaceSeeks() {
-  const auto since = Clock::now() - m_soughtAt;
+  const auto since = Clock::now() - m_prerolledAt;
   if (!m_pipeline->isAdaptive() || since >= kAdaptiveSeekSpacing) return false;
   m_loop.cancel(m_spacingTimer);
   const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(kAdaptiveSeekSpacing - since);
@@ -189,7 +190,7 @@ void Playback::onSourceAnswered() {
 
 void Playback::onPrerolled() {
   m_prerolled = true;
-  if (m_inFlight) m_soughtAt = Clock::now();
+  m_prerolledAt = Clock::now();
   m_inFlight.reset();
   noteProgress();
   if (!m_timesKnown) m_pipeline->refreshTracks();

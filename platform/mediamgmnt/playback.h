@@ -109,6 +109,8 @@ class Playback : private PipelineListener {
   void beginSwitch();
   void reopen();
   void armSwitchWatch();
+  void seekWhenFetched(Clock::time_point latest, std::int64_t selected);
+  void seekForSwitch();
 
   // playback_watch.cc: what is looked at while time passes
   void learnTimes();
@@ -140,11 +142,11 @@ class Playback : private PipelineListener {
   // The pipeline's condition.
   bool m_prerolled = false;  ///< nothing is in flight
   bool m_timesKnown = false;
-  bool m_running = false;        ///< the clock was told to run
-  bool m_announced = false;      ///< the page was told so
-  bool m_over = false;           ///< ended or failed: a pause opens nothing
-  double m_rate = 1;             ///< the pipeline's
-  Clock::time_point m_soughtAt;  ///< the end of the last seek
+  bool m_running = false;    ///< the clock was told to run
+  bool m_announced = false;  ///< the page was told so
+  bool m_over = false;       ///< ended or failed: a pause opens nothing
+  double m_rate = 1;         ///< the pipeline's
+  Clock::time_point m_prerolledAt;
   std::optional<double> m_inFlight;
   int m_playsDone = 0;
   bool m_endExpected = false;  ///< nothing has moved for a moment, as at the end

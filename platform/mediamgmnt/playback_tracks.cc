@@ -11,6 +11,10 @@ namespace {
 /// A track that has not come by itself after this is fetched by a seek to the present place.
 constexpr std::chrono::milliseconds kLatestSwitch{500};
 
+constexpr std::chrono::milliseconds kLatestFetch{60};
+constexpr std::chrono::milliseconds kFetchLook{4};
+constexpr std::int64_t kQuietFetchUs = 8000;
+
 /// A stream that still is not there then cannot be presented; what is presented goes on.
 constexpr int kMostTries = 3;
 
@@ -43,7 +47,7 @@ void Playback::onPresented(ComponentKind kind, const void* stream, const Decoded
   showWhatIsWished();
   if (m_components.isSwitchDue()) return noteDueSwitch();
   m_switchesTried = 0;
-  m_loop.cancel(std::exchange(m_switchTimer, 0));
+  if (!m_pipeline->isAdaptive()) m_loop.cancel(std::exchange(m_switchTimer, 0));
 }
 
 /// Hides at once; shows as soon as the right one is there.
@@ -85,11 +89,30 @@ void Playback::beginSwitch() {
   if (!redraw && !m_components.isSwitchDue()) return;  // has come by itself
   ++m_switchesTried;
   if (m_pipeline->isBetweenPeriods()) return reopen();
+  const std::int64_t selected = g_get_monotonic_time();
   m_pipeline->selectStreams(m_components.choice());
   if (m_stepping) return;  // the next step seeks anyway
-  const bool bySeek = std::exchange(m_switchBySeek, false) || m_pipeline->isAdaptive() || !m_running;
-  if (!bySeek) return armSwitchWatch();
-  if (m_next) return;  // what is sought now empties them too
+  if (m_pipeline->isAdaptive()) return seekWhenFetched(Clock::now() + kLatestFetch, selected);
+  const bool bySeek = std::exchange(m_switchBySeek, false) || !m_running;
+  return bySeek ? seekForSwitch() : armSwitchWatch();
+}
+
+/// The new track is fetched from now on. GStreamer 1.22 does not survive a seek in the middle of a fetch that has just begun, so
+/// the first ones are given time; where the line is slow they are long under way when time is up.
+void Playback::seekWhenFetched(Clock::time_point latest, std::int64_t selected) {
+  const std::int64_t last = m_pipeline->lastFetch();
+  const bool fetched = last > selected && g_get_monotonic_time() - last > kQuietFetchUs;
+  if (fetched || Clock::now() >= latest) {
+    m_switchTimer = 0;
+    seekForSwitch();
+    return proceed();
+  }
+  m_switchTimer = m_loop.postAfter(kFetchLook, [this, latest, selected] { seekWhenFetched(latest, selected); });
+}
+
+/// What is sought already empties the stores, too.
+void Playback::seekForSwitch() {
+  if (m_next) return;
   m_next = Place{presentTarget(), m_rate};
   m_keepRunning = true;
 }

@@ -7,7 +7,9 @@
 
 The case passes when avc-run ends with status 0, prints nothing that looks like a defect, and what it is asked to look for is there:
 --agent: every request for media carried this user agent; --asked-for: so many different addresses were; --never-asked-for: none was;
---trace-has: a line of the trace matches. On failure the end of the trace
+--trace-has: a line of the trace matches;
+--heard: the recording of the run has these tones in this order, "440,880"; silence counts where
+it is asked for, "440,0,440". On failure the end of the trace
 is shown. Everything lies in a temporary folder that is removed.
 """
 import argparse
@@ -21,6 +23,7 @@ import tempfile
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "media"))
 import server as media_server  # noqa: E402  (the folder is only known now)
+import tones  # noqa: E402
 
 DEFECT = re.compile(r"CRITICAL \*\*|WARNING \*\*|Sanitizer|runtime error:|assertion .* failed", re.IGNORECASE)
 TRACE_LINES_SHOWN = 60
@@ -38,6 +41,8 @@ def parseArguments():
     parser.add_argument("--asked-for", nargs=2, metavar=("REGEX", "COUNT"), help="so many different paths like this were asked for")
     parser.add_argument("--never-asked-for", metavar="REGEX", help="no path like this was asked for")
     parser.add_argument("--trace-has", action="append", default=[], help="a regular expression that a line of the trace must match")
+    parser.add_argument("--heard", help="the tones that must be heard, in their order")
+    parser.add_argument("--languages", help="the viewer's languages, most preferred first")
     parser.add_argument("--timeout", type=int, default=60, help="seconds")
     return parser.parse_args()
 
@@ -55,8 +60,12 @@ def runScripts(options, base, folder):
     with open(config, "w", encoding="utf-8") as file:
         file.write("const CONFIG = %s;\n" % json.dumps(dict(json.loads(options.config), base=base)))
     trace = os.path.join(folder, "trace.jsonl")
-    command = [options.avc_run, "--document-url", base, "--timeout", str(options.timeout), "--trace", trace, config,
-               os.path.join(HERE, "harness.js"), options.case]
+    command = [options.avc_run, "--document-url", base, "--timeout", str(options.timeout), "--trace", trace]
+    if options.heard:
+        command += ["--record-audio", recordingIn(folder)]
+    if options.languages:
+        command += ["--languages", options.languages]
+    command += [config, os.path.join(HERE, "harness.js"), options.case]
     try:
         result = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                                 errors="replace", env=environment(options.locale), timeout=options.timeout + GRACE_S, check=False)
@@ -66,6 +75,15 @@ def runScripts(options, base, folder):
     if problem is None and DEFECT.search(result.stdout):
         problem = "the output tells of a defect"
     return problem, result.stdout, readTrace(trace)
+
+
+def recordingIn(folder):
+    return os.path.join(folder, "heard.wav")
+
+
+def wronglyHeard(folder, wanted):
+    heard = ",".join(str(tone) for tone in tones.heardIn(recordingIn(folder), with_silence="0" in wanted.split(",")))
+    return "the tones %s were heard, not %s" % (heard or "of silence", wanted) if heard != wanted else None
 
 
 def readTrace(path):
@@ -115,6 +133,8 @@ def main():
     try:
         with tempfile.TemporaryDirectory() as folder:
             problem, output, trace = runScripts(options, "http://127.0.0.1:%d/" % server.port, folder)
+            if problem is None and options.heard:
+                problem = wronglyHeard(folder, options.heard)
         problem = problem or judge(options, server, trace)
     finally:
         server.stop()

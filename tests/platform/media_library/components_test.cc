@@ -348,9 +348,10 @@ TEST_F(WishTest, HoldsWhenTheSourceIsPresentedOnceMore) {
   EXPECT_NE(m_player.set("LOOP", "2"), 0);
   playGerman("short/tracks.mp4");
 
+  m_listener.forget();
   m_player.wordsUntil("FINISHED");
 
-  EXPECT_THAT(m_listener.heard(), ElementsAre(kEnglish, kGerman));
+  EXPECT_THAT(m_listener.heard(), ElementsAre(kGerman));
 }
 
 TEST_F(WishTest, HoldsForAReplayAfterTheEnd) {
