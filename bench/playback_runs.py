@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Whole-process comparisons on real media: time to the first frame and processor time of ten seconds of play.
+"""Whole-process comparisons on real media: time to the first frame, time until another language is heard, and processor time of ten
+seconds of play.
 
 Usage: playback_runs.py BUILD_DIR MEDIA_URL_BASE [RUNS]
 Each figure is the median of RUNS runs (default 7), taken in turns so that a slow moment of the machine hits all sides alike.
@@ -51,6 +52,15 @@ def first_frames(program, url, runs):
     return statistics.median(first), statistics.median(later)
 
 
+def sound_switches(program, url, rounds):
+    """Milliseconds from each selection until the new tone is heard. A source of 20 s has time for 20 of them."""
+    taken = []
+    for _ in range(rounds):
+        text = subprocess.run([program, url, "20"], check=True, capture_output=True, text=True, timeout=120).stdout
+        taken.extend(float(word) for word in text.split())
+    return sorted(taken)
+
+
 def gst_first_frame(url):
     """Ends with the first decoded picture; the sound is left out so that its end is not waited for."""
     return ["gst-launch-1.0", "-q", "uridecodebin3", f"uri={url}", "!", "video/x-raw", "!", "fakesink", "num-buffers=1"]
@@ -77,6 +87,12 @@ def main():
         floor = whole["first_frame"]
         for side, value in whole.items():
             print(f"first frame, {name}, whole process: {side} {value * 1000:.0f} ms ({value / floor:.2f} of ours)")
+
+    sound_switch = os.path.join(build, "bin", "sound_switch")
+    for name, path in {"MP4": "tracks.mp4", "TS": "tracks.ts", "HLS": "hls/tracks.m3u8", "DASH": "dash/tracks.mpd"}.items():
+        taken = sound_switches(sound_switch, f"{base}/{path}", max(1, runs // 3))
+        print(f"selection until the new language is heard, {name}: median {statistics.median(taken):.0f} ms, "
+              f"nine of ten within {taken[len(taken) * 9 // 10]:.0f} ms ({len(taken)} switches)")
 
     url = sources["MP4"]
     used = in_turns({
