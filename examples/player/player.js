@@ -37,6 +37,9 @@ Player.prototype.makeVideo = function (type) {
   this.video.onPlaySpeedChanged = function (speed) {
     self.listener.onSpeed(speed);
   };
+  this.video.onSelectedComponentChanged = function (type) {
+    self.listener.onTrack(Player.KINDS[type]);
+  };
   document.body.appendChild(this.video);
 };
 
@@ -52,6 +55,42 @@ Player.prototype.clock = function () {
   return seconds(this.video.playPosition) + (known ? " of " + seconds(length) : "") + " s";
 };
 
+Player.KINDS = ["video", "audio", "subtitle"];
+
+/// What there is to choose from, as a viewer reads it: "audio: English, German (described)". The active ones are marked with a star.
+Player.prototype.tracks = function () {
+  var self = this;
+  return Player.KINDS.map(function (kind, type) {
+    var active = self.list(self.video.getCurrentActiveComponents(type)).map(Player.describe);
+    var texts = self.list(self.video.getComponents(type)).map(function (component) {
+      var text = Player.describe(component);
+      return active.indexOf(text) >= 0 ? text + "*" : text;
+    });
+    return { kind: kind, text: texts.join(", ") };
+  }).filter(function (entry) { return entry.text !== ""; });
+};
+
+Player.prototype.list = function (collection) {
+  var components = [];
+  for (var i = 0; i < collection.length; i += 1) components.push(collection.item(i));
+  return components;
+};
+
+Player.describe = function (component) {
+  var marks = [component.encoding];
+  if (component.audioDescription) marks.push("described");
+  if (component.hearingImpaired) marks.push("for the hard of hearing");
+  return (component.language || component.aspectRatio.toFixed(2)) + " (" + marks.join(", ") + ")";
+};
+
+Player.prototype.selectLanguage = function (language) {
+  var fitting = this.list(this.video.getComponents(1)).filter(function (sound) {
+    return sound.language === language && !sound.audioDescription;
+  });
+  if (fitting.length > 0) this.video.selectComponent(fitting[0]);
+  return fitting.length > 0;
+};
+
 Player.prototype.play = function (speed) { return this.video.play(speed); };
 Player.prototype.pause = function () { return this.video.play(0); };
 Player.prototype.seek = function (position) { return this.video.seek(position); };
@@ -61,6 +100,7 @@ Player.prototype.close = function () {
   if (this.video === null) return;
   this.video.onPlayStateChange = null;
   this.video.onPlaySpeedChanged = null;
+  this.video.onSelectedComponentChanged = null;
   this.video.parentNode.removeChild(this.video);
   this.video = null;
 };

@@ -6,6 +6,7 @@ var PATIENCE_MS = 20000;
 var LOOK_MS = 20;
 var began = Date.now();
 var state = "stopped";
+var changes = 0;
 
 function line(text, remark) {
   var time = ((Date.now() - began) / 1000).toFixed(3);
@@ -37,6 +38,10 @@ var player = new Player({
     line("  " + name, remark);
   },
   onSpeed: function (speed) { line("  speed " + speed); },
+  onTrack: function (kind) {
+    line("  another " + kind);
+    changes += 1;
+  },
 });
 
 function position() { return player.video.playPosition; }
@@ -83,6 +88,18 @@ async function rewind() {
   await watch(500);
 }
 
+async function otherLanguage() {
+  player.tracks().forEach(function (entry) { line("  " + entry.kind, entry.text); });
+  for (var language of ["deu", "eng"]) {
+    var before = changes;
+    var accepted = player.selectLanguage(language);
+    if (!accepted) continue;
+    key("language " + language);
+    await until(function () { return changes > before; }, "the language " + language);
+    await watch(800);
+  }
+}
+
 async function endAndReplay(length) {
   await seekTo(length - 1500);
   await untilState("finished");
@@ -98,6 +115,7 @@ async function stop() {
 
 async function tour() {
   await start();
+  if (player.list(player.video.getComponents(1)).length > 1) await otherLanguage();
   await pauseAndResume();
   var length = player.video.playTime;
   if (typeof length === "number" && length >= 10000 && isFinite(length)) {
