@@ -124,6 +124,7 @@ void Playback::closePipeline() {
   }
   m_pipeline.reset();
   m_next.reset();
+  m_heldSeek.reset();
   m_inFlight.reset();
   m_components.endPresentation();
   m_prerolled = m_running = m_announced = m_stepping = m_starved = m_switchDue = m_switchBySeek = m_redrawDue = m_keepRunning =
@@ -141,6 +142,7 @@ void Playback::proceed() {
   if (m_pipeline == nullptr || !m_prerolled) return;           // opening, or a seek is in flight: its end comes here again
   if (m_switchTimer != 0 && m_pipeline->isAdaptive()) return;  // its end comes here again
   if ((m_next || m_switchDue) && mustSpaceSeeks()) return;
+  if (m_next) return beginReposition();
   if (m_switchDue) beginSwitch();
   if (!m_prerolled || (m_switchTimer != 0 && m_pipeline->isAdaptive())) return;
   if (m_next) return beginReposition();
@@ -192,6 +194,7 @@ void Playback::onPrerolled() {
   m_prerolled = true;
   m_prerolledAt = Clock::now();
   m_inFlight.reset();
+  if (!m_next) m_next = std::exchange(m_heldSeek, std::nullopt);
   noteProgress();
   if (!m_timesKnown) m_pipeline->refreshTracks();
   if (!m_timesKnown) learnTimes();

@@ -136,8 +136,9 @@ class Playback : private PipelineListener {
   // The wish.
   Wish m_wish = Wish::Nothing;
   double m_wantedRate = 1;
-  double m_startPosition = 0;   ///< where the next opening begins
-  std::optional<Place> m_next;  ///< asked, not begun
+  double m_startPosition = 0;       ///< where the next opening begins
+  std::optional<Place> m_next;      ///< asked, not begun
+  std::optional<Place> m_heldSeek;  ///< follows the seek that a switch needs
 
   // The pipeline's condition.
   bool m_prerolled = false;  ///< nothing is in flight

@@ -31,6 +31,7 @@ void Playback::seek(double target) {
   ++m_seeksDue;
   leaveStepping();
   m_next.reset();
+  m_heldSeek.reset();
   m_keepRunning = false;
   if (m_pipeline == nullptr) {
     m_startPosition = place;

@@ -110,10 +110,10 @@ void Playback::seekWhenFetched(Clock::time_point latest, std::int64_t selected) 
   m_switchTimer = m_loop.postAfter(kFetchLook, [this, latest, selected] { seekWhenFetched(latest, selected); });
 }
 
-/// What is sought already empties the stores, too.
+/// Another seek that was asked for meanwhile waits: a selection and a seek to elsewhere are too much at once for GStreamer 1.22.
 void Playback::seekForSwitch() {
-  if (m_next) return;
-  m_next = Place{presentTarget(), m_rate};
+  if (m_next) m_heldSeek = std::exchange(m_next, std::nullopt);
+  m_next = Place{m_heldSeek ? pipelinePosition() : presentTarget(), m_rate};
   m_keepRunning = true;
 }
 
