@@ -24,7 +24,8 @@ TEST(AvcRunOptions, HelpAndVersionEndWithZero) {
   const Outcome help = runAvc({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.out, StartsWith("Usage: avc-run"));
-  for (const char* option : {"--document-url", "--timeout", "--snapshot", "--trace", "--quiet", "--media-library", "--plugin"}) {
+  for (const char* option : {"--document-url", "--timeout", "--snapshot", "--trace", "--record-audio", "--languages", "--quiet",
+                             "--media-library", "--plugin"}) {
     EXPECT_THAT(help.out, HasSubstr(option));
   }
   const Outcome version = runAvc({"--version"});
@@ -54,6 +55,16 @@ TEST(AvcRunOptions, LibrariesThatCannotServeAreRefused) {
   expectRefused(runAvc({"--media-library", missing, script}), missing);
   expectRefused(runAvc({"--media-library", OTHER_LIBRARY, script}), "is no media library");
   expectRefused(runScripted({"--plugin", missing, script}), missing);
+}
+
+TEST(AvcRunOptions, ARecordingThatCannotBeWrittenIsRefused) {
+  expectRefused(runText("", {"--record-audio", "/no such folder/heard.wav"}), "cannot write the recording");
+}
+
+TEST(AvcRunOptions, AMediaLibraryWithoutSoundOrLanguagesIsTold) {
+  const ScratchFolder folder;
+  expectRefused(runText("", {"--record-audio", folder.path("heard.wav")}), "lets nobody listen");
+  expectRefused(runText("", {"--languages", "deu"}), "does not ask for languages");
 }
 
 TEST(AvcRunOptions, ATraceFileThatCannotBeWrittenIsRefused) {
