@@ -157,6 +157,8 @@ class Pipeline {
   static void onStreamNotify(GstStreamCollection* collection, GstStream* stream, GParamSpec* what, gpointer self);
   void watchOutput(Kind kind, GstElement* queue);
   static GstPadProbeReturn onFetched(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  void watchSeeks(GstElement* demuxer);
+  static GstPadProbeReturn onFlush(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void watchFetching(GstElement* track);
   void watchManifest(GstElement* adaptiveDemux);
   void noteTrackOfPeriod(const char* name);
@@ -199,6 +201,7 @@ class Pipeline {
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};
   std::atomic<std::int64_t> m_lastFetchUs{0};
+  std::atomic<guint32> m_flushOfSeek{GST_SEQNUM_INVALID};
   /// Held while something is sought or selected: the demuxer waits for both in each other's places.
   std::mutex m_steeringMutex;
   bool m_closing = false;  // guarded by m_steeringMutex

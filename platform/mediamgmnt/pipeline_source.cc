@@ -85,6 +85,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {
     pipeline->limitVideoSize(element);
     pipeline->watchManifest(element);
+    pipeline->watchSeeks(element);
   } else if (factory == "downloadbuffer") {
     pipeline->rememberDownload(element);
   } else if (startsWith(GST_OBJECT_NAME(element), "track-period")) {

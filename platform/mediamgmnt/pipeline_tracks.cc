@@ -13,6 +13,8 @@ namespace mediamgmnt {
 namespace {
 
 constexpr std::size_t kLargestManifest = 32U << 20U;
+constexpr int kTakeUpNaps = 20;
+constexpr gulong kTakeUpNapUs = 1000;
 
 bool isAdaptiveDemux(GstObject* object) {
   if (object == nullptr || !GST_IS_ELEMENT(object)) return false;
@@ -97,6 +99,26 @@ void Pipeline::watchFetching(GstElement* track) {
 
 GstPadProbeReturn Pipeline::onFetched(GstPad*, GstPadProbeInfo*, gpointer self) {
   static_cast<Pipeline*>(self)->m_lastFetchUs = g_get_monotonic_time();
+  return GST_PAD_PROBE_OK;
+}
+
+/// The adaptive demuxers of GStreamer 1.22 forget to cancel a fetch that their download thread has not taken up yet when they seek,
+/// take what it brings for the next one's, and abort the process over that. While the flush goes out nothing new is fetched, so
+/// the download thread gets time there to take up what is queued: in naps, which last longer on a busy machine, as that thread
+/// does.
+void Pipeline::watchSeeks(GstElement* demuxer) {
+  const auto watch = +[](GstElement*, GstPad* pad, gpointer self) {
+    if (GST_PAD_IS_SRC(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_FLUSH, &Pipeline::onFlush, self, nullptr);
+  };
+  g_signal_connect(demuxer, "pad-added", G_CALLBACK(watch), this);
+}
+
+GstPadProbeReturn Pipeline::onFlush(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  auto* const self = static_cast<Pipeline*>(data);
+  GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_START) return GST_PAD_PROBE_OK;
+  const bool isFirst = self->m_flushOfSeek.exchange(gst_event_get_seqnum(event)) != gst_event_get_seqnum(event);
+  for (int nap = 0; isFirst && nap < kTakeUpNaps; ++nap) g_usleep(kTakeUpNapUs);
   return GST_PAD_PROBE_OK;
 }
 

@@ -186,8 +186,10 @@ TEST_P(TracksTest, SwitchesDuringASeek) {
 
   m_player.wordsUntil(kAudioChanged);
   EXPECT_TRUE(m_listener.hears(kGerman));
+  const auto answers = [this] { return count(m_player.words(), "PLAY_POSITION_CHANGED"); };
+  EXPECT_TRUE(TestPlayer::eventually([&] { return answers() == 1; }));
   EXPECT_GE(m_player.number("POSITION"), 8000);
-  EXPECT_EQ(count(m_player.words(), "PLAY_POSITION_CHANGED"), 1);
+  EXPECT_EQ(answers(), 1);
 }
 
 TEST_P(TracksTest, TheLastOfThreeQuickChoicesHolds) {
