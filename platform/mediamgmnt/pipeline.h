@@ -120,6 +120,11 @@ class Pipeline {
     const void* next = nullptr;  ///< announced, nothing of it has come yet
     const void* present = nullptr;
   };
+  struct Presented {
+    Kind kind = Kind::Video;
+    const void* stream = nullptr;
+    DecodedFacts decoded;
+  };
   struct Output {
     GstElement* queue = nullptr;
     GstElement* sink = nullptr;
@@ -170,6 +175,7 @@ class Pipeline {
   void sendSelection(GstElement* receiver, const ComponentChoice& choice);
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   void reportPresented(Arrival& arrival, GstPad* pad);
+  void tellPresented();
   void forgetCollections();
 
   void handle(GstMessage* message);
@@ -210,7 +216,8 @@ class Pipeline {
   std::array<Arrival, kComponentKinds.size()> m_arrivals;
 
   mutable std::mutex m_trackMutex;
-  std::string m_manifestText;  // guarded by m_trackMutex, like all below
+  std::string m_manifestText;          // guarded by m_trackMutex, like all below
+  std::vector<Presented> m_presented;  ///< not told yet
   SourceFacts m_facts;
   Streams m_streams;                                                   ///< of the newest collection
   std::size_t m_period = 0;                                            ///< of the newest collection

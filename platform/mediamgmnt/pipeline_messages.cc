@@ -136,8 +136,10 @@ void Pipeline::reportAnswered() {
   m_listener.onSourceAnswered();
 }
 
+/// The state is ahead of what is queued: what is presented first came before.
 void Pipeline::reportPreroll() {
   if (m_prerollReported || !isPrerolled()) return;
+  tellPresented();
   m_prerollReported = true;
   m_listener.onPrerolled();
 }

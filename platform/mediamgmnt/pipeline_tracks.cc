@@ -167,9 +167,22 @@ GstPadProbeReturn Pipeline::onOutputData(GstPad* pad, GstPadProbeInfo* info, gpo
 void Pipeline::reportPresented(Arrival& arrival, GstPad* pad) {
   const void* const stream = std::exchange(arrival.next, nullptr);
   if (stream == std::exchange(arrival.present, stream)) return;
-  m_loop.post([this, alive = std::weak_ptr<bool>(m_alive), kind = arrival.kind, stream, facts = factsOf(arrival.kind, pad)] {
-    if (!alive.expired()) m_listener.onPresented(kind, stream, facts);
+  {
+    std::lock_guard lock(m_trackMutex);
+    m_presented.push_back({arrival.kind, stream, factsOf(arrival.kind, pad)});
+  }
+  m_loop.post([this, alive = std::weak_ptr<bool>(m_alive)] {
+    if (!alive.expired()) tellPresented();
   });
+}
+
+void Pipeline::tellPresented() {
+  std::vector<Presented> presented;
+  {
+    std::lock_guard lock(m_trackMutex);
+    presented = std::exchange(m_presented, {});
+  }
+  for (const Presented& each : presented) m_listener.onPresented(each.kind, each.stream, each.decoded);
 }
 
 /// GStreamer drops most of what a manifest says about its tracks.
