@@ -19,6 +19,7 @@ Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurfa
 Pipeline::~Pipeline() {
   if (m_pipeline == nullptr) return;
   endTypeFinding();
+  m_endsPass = true;
   {
     std::lock_guard lock(m_steeringMutex);
     m_closing = true;

@@ -151,6 +151,8 @@ class Pipeline {
   void watchTypeFinding(GstElement* typefind);
   static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   void endTypeFinding();
+  void holdEarlyEnd(GstElement* input);
+  static GstPadProbeReturn onInputEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberDownload(GstElement* downloadBuffer);
   void limitStore(bool bounded);
@@ -202,6 +204,7 @@ class Pipeline {
   std::atomic<bool> m_adaptive{false};
   std::atomic<bool> m_typeHandled{false};
   std::atomic<bool> m_sourceEnded{false};
+  std::atomic<bool> m_endsPass{false};
   std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};

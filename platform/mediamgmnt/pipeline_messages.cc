@@ -140,7 +140,7 @@ void Pipeline::reportAnswered() {
 void Pipeline::reportPreroll() {
   if (m_prerollReported || !isPrerolled()) return;
   tellPresented();
-  m_prerollReported = true;
+  m_prerollReported = m_endsPass = true;
   m_listener.onPrerolled();
 }
 
