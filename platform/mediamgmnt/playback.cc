@@ -205,6 +205,7 @@ void Playback::onPrerolled() {
 
 void Playback::onPlayingReached() {
   if (!m_running || !m_prerolled) return;  // said before the last pause or seek
+  if (m_next) return;                      // a switch is done, the seek that was asked for meanwhile comes now
   m_announced = true;
   m_facts.runFrom(pipelinePosition(), m_rate);
   answerPlay();

@@ -192,6 +192,19 @@ TEST_P(TracksTest, SwitchesDuringASeek) {
   EXPECT_EQ(answers(), 1);
 }
 
+TEST_P(TracksTest, ASeekDuringASwitchIsAnsweredAtItsPlace) {
+  startAndHear();
+
+  EXPECT_NE(m_player.command("SELECT_AUDIO_COMPONENT", "1"), 0);
+  EXPECT_NE(m_player.command("SEEK", "8000.00"), 0);
+
+  m_player.wordsUntil("PLAY_POSITION_CHANGED");
+  EXPECT_GE(m_player.number("POSITION"), 8000);
+  EXPECT_TRUE(m_listener.hears(kGerman));
+  EXPECT_GE(m_player.number("POSITION"), 8000);
+  EXPECT_EQ(count(m_player.words(), "PLAY_POSITION_CHANGED"), 1);
+}
+
 TEST_P(TracksTest, TheLastOfThreeQuickChoicesHolds) {
   startAndHear();
 

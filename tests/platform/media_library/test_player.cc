@@ -79,7 +79,8 @@ void TestPlayer::start(const std::string& url) {
 
 Words TestPlayer::wordsUntil(const std::string& last, int seconds) {
   const bool came = waitFor([&last](const Words& words) { return count(words, last) > 0; }, seconds);
-  EXPECT_TRUE(came) << "no " << last << ", but " << testing::PrintToString(words());
+  EXPECT_TRUE(came) << "no " << last << ", but " << testing::PrintToString(words()) << ", error "
+                    << get("ERROR_CODE").value_or("none");
   return words();
 }
 
