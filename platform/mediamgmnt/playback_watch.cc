@@ -20,7 +20,7 @@ constexpr milliseconds kStarvedAfter{1000};
 constexpr milliseconds kEndExpectedAfter{300};
 constexpr double kNearEndMs = 1000;
 constexpr milliseconds kLostAfter{10000};
-constexpr milliseconds kUnplayableAfter{3000};
+constexpr milliseconds kUnplayableAfter{8000};
 constexpr milliseconds kDownloadAsleepAfter{200};
 
 /// A transport stream's first picture comes this much after its first clock reference at most; more is a real place.

@@ -80,7 +80,7 @@ void TestPlayer::start(const std::string& url) {
 Words TestPlayer::wordsUntil(const std::string& last, int seconds) {
   const bool came = waitFor([&last](const Words& words) { return count(words, last) > 0; }, seconds);
   EXPECT_TRUE(came) << "no " << last << ", but " << testing::PrintToString(words()) << ", error "
-                    << get("ERROR_CODE").value_or("none");
+                    << get("LAST_ERR_CODE").value_or("none");
   return words();
 }
 
