@@ -13,7 +13,7 @@ namespace mediamgmnt {
 namespace {
 
 constexpr std::size_t kLargestManifest = 32U << 20U;
-constexpr int kTakeUpNaps = 20;
+constexpr int kTakeUpNaps = 12;
 constexpr gulong kTakeUpNapUs = 1000;
 
 bool isAdaptiveDemux(GstObject* object) {

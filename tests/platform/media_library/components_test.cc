@@ -136,7 +136,9 @@ TEST_P(TracksTest, SwitchesTheLanguageWhilePlaying) {
   EXPECT_NE(m_player.command("SELECT_AUDIO_COMPONENT", "1"), 0);
 
   EXPECT_TRUE(m_listener.hears(kGerman));
-  EXPECT_THAT(m_player.wordsUntil(kAudioChanged), ElementsAre(kAudioChanged));
+  Words words = m_player.wordsUntil(kAudioChanged);
+  for (const char* const stall : {"BUFFERING", "BUFFER_READY", "PLAYING"}) words = without(words, stall);  // on a busy machine
+  EXPECT_THAT(words, ElementsAre(kAudioChanged));
   EXPECT_THAT(active("AUDIO"), ElementsAre(GetParam().audio[1]));
   EXPECT_THAT(m_listener.heard(), ElementsAre(kEnglish, kGerman));
 }
