@@ -3,7 +3,7 @@
 // The same in every shell; what differs between a headless page and a browser's comes in as `page`.
 //
 // native: create() -> script object of a new native one, or null    id(object) -> number
-//         rows(id) -> {properties: [{name, type, access}], methods: [name]}
+//         rows(id) -> {properties: [{name, type, access}], methods: [name]}; of id 0: what all objects have, where that is known already
 //         destroy(id): never from inside a handler    setDocumentUrl(id, url)    setWindow(id, x, y, width, height)
 //         setFlag(id, name, boolean), flag(id, name) -> boolean    raise(id, eventName): an event without arguments
 //         storedNumber(id, name), storedText(id, name): a stored value, which is no script access
@@ -13,6 +13,8 @@
 //         parameters(element) -> [[name, value]] of its <param> children    box(element) -> {x, y, width, height} or null
 //         documentUrl(element)    resolveUrl(text, base) -> text    dispatch(element, type, fields): to DOM listeners
 //         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
+//         and, where a shell has need of it: upgraded(element): it became a live object    sync(): tell of changed attributes now
+//         wake(): flush has something to do    userAgent: of the media requests, unless the page names one
 // The layer that it returns: see the last lines.
 (function (native, page) {
   'use strict';
@@ -42,14 +44,31 @@
   const kStateWait = 15000;  // the same while a pause from stopped or a queued item is on its way
   const kPlane = { x: 0, y: 0, width: 1280, height: 720 };
 
-  const records = new WeakMap();  // element -> its record
-  const elements = new Map();     // native id -> WeakRef of its element
-  const held = new Map();         // native id -> element: what plays stays alive without a reference from the page
-  const refused = new WeakSet();  // elements whose native object could not be made
-  const retired = [];             // native ids to destroy when the running handler has returned
-  const removed = new Set();      // elements that left their document meanwhile
-  const attributes = new Map();   // attribute name -> row name
-  const handlers = new Map();     // lower-case handler name -> handler name
+  // A page may put functions of its own in the place of the collections': these have theirs as own properties.
+  function sealed(collection) {
+    const prototype = Object.getPrototypeOf(collection);
+    for (const name of Reflect.ownKeys(prototype)) {
+      const { value } = Object.getOwnPropertyDescriptor(prototype, name);
+      if (typeof value === 'function') Object.defineProperty(collection, name, { value });
+    }
+    return collection;
+  }
+
+  const { apply } = Reflect;
+  const deref = Function.prototype.call.bind(WeakRef.prototype.deref);
+  const doNothing = () => {};
+  const sync = page.sync || doNothing;
+  const wake = page.wake || doNothing;
+  const upgraded = page.upgraded || doNothing;
+
+  const records = sealed(new WeakMap());  // element -> its record
+  const elements = sealed(new Map());     // native id -> WeakRef of its element
+  const held = sealed(new Map());         // native id -> element: what plays stays alive without a reference from the page
+  const refused = sealed(new WeakSet());  // elements whose native object could not be made
+  const retired = sealed([]);             // native ids to destroy when the running handler has returned
+  const removed = sealed(new Set());      // elements that left their document meanwhile
+  const attributes = sealed(new Map());   // attribute name -> row name
+  const handlers = sealed(new Map());     // lower-case handler name -> handler name
   let rowsDefined = false;
   let geometryChanged = false;
 
@@ -83,6 +102,8 @@
     elements.set(id, new WeakRef(element));
     native.setDocumentUrl(id, page.documentUrl(element));
     native.setFlag(id, 'fullScreen', false);
+    if (page.userAgent !== undefined) object.userAgent = page.userAgent;
+    upgraded(element);
     applyMarkup(element, record);
     return record;
   }
@@ -119,6 +140,7 @@
     elements.delete(record.id);
     held.delete(record.id);
     retired.push(record.id);
+    wake();
   }
 
   // ---- source, type and other attributes
@@ -179,6 +201,11 @@
     element[name] = text === null ? null : new Function(...(kFields[type] || ['event']), text);
   }
 
+  function layoutChanged() {
+    geometryChanged = true;
+    wake();
+  }
+
   function attributeChanged(element, attribute) {
     const name = attribute.toLowerCase();
     const value = page.getAttribute(element, name);
@@ -193,8 +220,9 @@
     } else if (attributes.has(name) && value !== null) {
       record.object[attributes.get(name)] = value;
     }
-    if (record !== undefined && handlers.has(name)) compileHandler(element, handlers.get(name), value);
-    if (name === 'style' || name === 'width' || name === 'height') geometryChanged = true;
+    // In XML an attribute's name keeps its letters.
+    if (record !== undefined && handlers.has(name)) compileHandler(element, handlers.get(name), page.getAttribute(element, attribute));
+    if (name === 'style' || name === 'width' || name === 'height') layoutChanged();
   }
 
   // ---- rows on the elements' prototypes
@@ -249,11 +277,11 @@
 
   function original(descriptor, element) {
     if (descriptor === undefined) return undefined;
-    return descriptor.get === undefined ? descriptor.value : Reflect.apply(descriptor.get, element, []);
+    return descriptor.get === undefined ? descriptor.value : apply(descriptor.get, element, []);
   }
 
   function setOriginal(descriptor, element, name, value) {
-    if (descriptor !== undefined && descriptor.set !== undefined) Reflect.apply(descriptor.set, element, [value]);
+    if (descriptor !== undefined && descriptor.set !== undefined) apply(descriptor.set, element, [value]);
     else Object.defineProperty(element, name, { value, writable: true, enumerable: true, configurable: true });
   }
 
@@ -296,6 +324,7 @@
   function makeMethod(name, run) {
     return {
       [name](...parameters) {
+        sync();
         return run(this, lookup(this) || noReceiver(name), parameters);
       },
     }[name];
@@ -307,13 +336,14 @@
 
   // Like the getters: one call in each, and no list of arguments where there is at most one.
   function makePlainMethod(name) {
-    return native.compile(`(function (records, lookup, noReceiver) {
+    return native.compile(`(function (records, lookup, noReceiver, sync) {
       return { ${name}() {
+        sync();
         const record = records.get(this) || lookup(this) || noReceiver('${name}');
         if (arguments.length === 0) return record.object.${name}();
         return arguments.length === 1 ? record.object.${name}(arguments[0]) : record.object.${name}(...arguments);
       } }.${name};
-    })`)(records, lookup, noReceiver);
+    })`)(records, lookup, noReceiver, sync);
   }
 
   // An accessor, so that `typeof element.play` says "undefined" on an element of another type.
@@ -393,7 +423,7 @@
     const handler = element[name];
     if (typeof handler !== 'function') return;
     try {
-      Reflect.apply(handler, element, parameters);
+      apply(handler, element, parameters);
     } catch (error) {
       page.reportError(error);
     }
@@ -410,7 +440,7 @@
 
   function fire(id, name, parameters) {
     const weak = elements.get(id);
-    const element = weak === undefined ? undefined : weak.deref();
+    const element = weak === undefined ? undefined : deref(weak);
     if (element === undefined) return;
     const record = records.get(element);
     const state = name === 'onPlayStateChange' ? parameters[0] : undefined;
@@ -466,10 +496,10 @@
   }
 
   function flush() {
-    for (const element of removed) {
+    removed.forEach((element) => {
       const record = records.get(element);
       if (record !== undefined && !page.isConnected(element)) retire(element, record);
-    }
+    });
     removed.clear();
     if (geometryChanged) placeWindows();
     while (retired.length > 0) native.destroy(retired.shift());
@@ -481,16 +511,20 @@
   }
 
   function forEachObject(visit) {
-    for (const [id, weak] of elements) {
-      const element = weak.deref();
+    elements.forEach((weak, id) => {
+      const element = deref(weak);
       if (element !== undefined) {
         visit(element, records.get(element));
-        continue;
+        return;
       }
       elements.delete(id);  // collected: it was never in a document and nothing refers to it
       retired.push(id);
-    }
+      wake();
+    });
   }
+
+  const known = native.rows(0);
+  if (known !== undefined) defineRows(known);
 
   return {
     // For the shell.
@@ -515,11 +549,17 @@
     // For the page.
     attributeChanged,          // (element, name): its attribute was set or removed
     inserted: lookup,          // (element): it was put into a document
-    removed(element) { if (records.has(element)) removed.add(element); },
+    removed(element) {
+      if (!records.has(element)) return;
+      removed.add(element);
+      wake();
+    },
     parameterAdded(element, name, value) {
       const record = records.get(element);
       if (record !== undefined) applyParameter(record, name, value);
     },
-    layoutChanged() { geometryChanged = true; },
+    layoutChanged,             // boxes may be elsewhere: they are looked at with the next flush
+    placeWindows,              // they are looked at now
+    hasObjects: () => elements.size > 0,
   };
 })

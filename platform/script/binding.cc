@@ -21,13 +21,13 @@ constexpr char kIdentitySource[] = R"js((function () {
   return {
     known(id) { const weak = known.get(id); return weak === undefined ? undefined : weak.deref(); },
     remember(id, object) { if (known.size >= sweepAt) sweep(); known.set(id, new WeakRef(object)); },
+    defineProperty: Object.defineProperty, functionPrototype: Function.prototype, iterator: Symbol.iterator,
+    arrayValues: Array.prototype[Symbol.iterator],
   };
 })())js";
 
-JSObjectRef protectedFunction(JSContextRef context, JSValueRef holder, const char* name) {
-  JSObjectRef function = asFunction(context, property(context, JSValueToObject(context, holder, nullptr), name));
-  JSValueProtect(context, function);
-  return function;
+JSObjectRef member(JSContextRef context, JSObjectRef holder, const char* name) {
+  return JSValueToObject(context, property(context, holder, name), nullptr);
 }
 
 // Ids are counted from 1: a double holds every one that a process can reach.
@@ -35,17 +35,29 @@ JSValueRef idValue(JSContextRef context, std::uint64_t id) { return JSValueMakeN
 
 }  // namespace
 
+Tables tablesOf(const CorvelNativePropertyBase& object) {
+  return {pluginhost::propertyRows(object), pluginhost::methodRows(object)};
+}
+
 Binding::Binding(JSGlobalContextRef context, std::shared_ptr<pluginhost::PluginLibrary> library)
-    : m_context(context), m_library(std::move(library)) {
-  const JSValueRef identity = JSEvaluateScript(context, JsText(kIdentitySource), nullptr, nullptr, 1, nullptr);
-  m_known = protectedFunction(context, identity, "known");
-  m_remember = protectedFunction(context, identity, "remember");
+    : m_context(context),
+      m_library(std::move(library)),
+      m_link(std::make_shared<WrapperLink>(WrapperLink{this})),
+      m_self(std::make_shared<Binding*>(this)),
+      m_engine(
+          JSValueToObject(context, JSEvaluateScript(context, JsText(kIdentitySource), nullptr, nullptr, 1, nullptr), nullptr)) {
+  JSValueProtect(context, m_engine);
+  m_known = member(context, m_engine, "known");
+  m_remember = member(context, m_engine, "remember");
+  m_intrinsics = {member(context, m_engine, "defineProperty"), member(context, m_engine, "functionPrototype"),
+                  property(context, m_engine, "iterator"), member(context, m_engine, "arrayValues")};
 }
 
 Binding::~Binding() {
   destroyAll();
-  JSValueUnprotect(m_context, m_known);
-  JSValueUnprotect(m_context, m_remember);
+  m_link->wrapper = nullptr;
+  *m_self = nullptr;
+  JSValueUnprotect(m_context, m_engine);
 }
 
 JSObjectRef Binding::create() {
@@ -60,6 +72,12 @@ JSObjectRef Binding::create() {
 CorvelNativePluginBase* Binding::plugin(std::uint64_t id) const {
   const auto found = m_plugins.find(id);
   return found == m_plugins.end() ? nullptr : CorvelNativePluginBase::cast(found->second->object.get());
+}
+
+std::vector<CorvelNativePluginBase*> Binding::plugins() const {
+  std::vector<CorvelNativePluginBase*> out;
+  for (const auto& [id, slot] : m_plugins) out.push_back(CorvelNativePluginBase::cast(slot->object.get()));
+  return out;
 }
 
 void Binding::destroy(std::uint64_t id) {
@@ -93,7 +111,7 @@ JSObjectRef Binding::instantiate(std::uint64_t id, const std::shared_ptr<NativeS
 
 const ScriptClass& Binding::classOf(const CorvelNativePropertyBase& object) {
   std::unique_ptr<ScriptClass>& known = m_classes[pluginhost::tableId(object)];
-  if (known == nullptr) known = std::make_unique<ScriptClass>(m_context, object, *this);
+  if (known == nullptr) known = std::make_unique<ScriptClass>(m_context, object, m_link, m_intrinsics);
   return *known;
 }
 

@@ -8,11 +8,21 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 #include "platform/pluginhost/shell.h"
 #include "platform/script/script_class.h"
 
 namespace script {
+
+/// The rows of an object by name. The texts are the plugin library's, and stay as long as it is loaded.
+struct Tables {
+  std::vector<pluginhost::RowInfo> properties;
+  std::vector<std::string_view> methods;
+};
+
+Tables tablesOf(const CorvelNativePropertyBase& object);
 
 class Binding : public ObjectWrapper {
  public:
@@ -20,16 +30,23 @@ class Binding : public ObjectWrapper {
   Binding(JSGlobalContextRef context, std::shared_ptr<pluginhost::PluginLibrary> library);
   Binding(const Binding&) = delete;
   Binding& operator=(const Binding&) = delete;
-  /// Destroys the plugin objects that are left.
+  /// Destroys the plugin objects that are left. Script of the context that runs on finds objects without content.
   ~Binding() override;
 
   JSGlobalContextRef context() const { return m_context; }
+  /// For functions that script may call when the binding has gone: points to null then.
+  const std::shared_ptr<Binding*>& self() const { return m_self; }
 
   /// Makes a plugin object. @return its script object, or null when the library could not.
   JSObjectRef create();
   /// @return the plugin object, or null when there is none of that id in this context (any more).
   CorvelNativePluginBase* plugin(std::uint64_t id) const;
   std::size_t pluginCount() const { return m_plugins.size(); }
+  /// The plugin objects of this context, oldest first.
+  std::vector<CorvelNativePluginBase*> plugins() const;
+  /// What every plugin object has, for a page layer that must know before the first is made. @p tables must outlive the binding.
+  void setKnownTables(const Tables* tables) { m_knownTables = tables; }
+  const Tables* knownTables() const { return m_knownTables; }
   /// willBeDestroyed, then release. Never from inside a script call of that object or its event. An unknown id does nothing.
   void destroy(std::uint64_t id);
   void destroyAll();
@@ -45,6 +62,11 @@ class Binding : public ObjectWrapper {
   std::shared_ptr<pluginhost::PluginLibrary> m_library;
   std::map<const void*, std::unique_ptr<ScriptClass>> m_classes;  ///< by table id
   std::map<std::uint64_t, std::shared_ptr<NativeSlot>> m_plugins;
+  const Tables* m_knownTables = nullptr;
+  std::shared_ptr<WrapperLink> m_link;
+  std::shared_ptr<Binding*> m_self;
+  JSObjectRef m_engine;  ///< a script object that keeps all of the following from the collector
+  Intrinsics m_intrinsics{};
   JSObjectRef m_known;     ///< script function (id) -> script object or undefined
   JSObjectRef m_remember;  ///< script function (id, object)
 };

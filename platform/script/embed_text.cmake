@@ -2,4 +2,4 @@
 # Writes ${OUT}, a C++ source that holds the text of ${IN} as script::${NAME}.
 file(READ ${IN} text)
 file(WRITE ${OUT} "// SPDX-License-Identifier: Apache-2.0\n// Made from the text file of the same content; change that one.\n"
-     "#include \"platform/script/embedded.h\"\n\nnamespace script {\nconst char ${NAME}[] = R\"avcjs(${text})avcjs\";\n}  // namespace script\n")
+     "namespace script {\nextern const char ${NAME}[];\nconst char ${NAME}[] = R\"avcjs(${text})avcjs\";\n}  // namespace script\n")

@@ -56,22 +56,24 @@ void append(Binding& binding, JSObjectRef array, unsigned int index, JSValueRef 
   JSObjectSetPropertyAtIndex(binding.context(), array, index, value, nullptr);
 }
 
-JSValueRef rows(Binding& binding, Arguments arguments, JSValueRef*) {
-  const CorvelNativePluginBase* plugin = pluginOf(binding, arguments[0]);
-  if (plugin == nullptr) return undefined(binding);
+JSValueRef describe(Binding& binding, const Tables& tables) {
   JSObjectRef properties = emptyArray(binding);
   unsigned int index = 0;
-  for (const pluginhost::RowInfo& row : pluginhost::propertyRows(*plugin))
-    append(binding, properties, index++, describeRow(binding, row));
+  for (const pluginhost::RowInfo& row : tables.properties) append(binding, properties, index++, describeRow(binding, row));
   JSObjectRef methods = emptyArray(binding);
   index = 0;
-  for (const std::string_view name : pluginhost::methodRows(*plugin)) {
-    append(binding, methods, index++, makeString(binding.context(), name));
-  }
+  for (const std::string_view name : tables.methods) append(binding, methods, index++, makeString(binding.context(), name));
   JSObjectRef out = JSObjectMake(binding.context(), nullptr, nullptr);
   setProperty(binding.context(), out, "properties", properties);
   setProperty(binding.context(), out, "methods", methods);
   return out;
+}
+
+JSValueRef rows(Binding& binding, Arguments arguments, JSValueRef*) {
+  const CorvelNativePluginBase* plugin = pluginOf(binding, arguments[0]);
+  if (plugin != nullptr) return describe(binding, tablesOf(*plugin));
+  const bool ofAll = number(binding, arguments[0]) == 0 && binding.knownTables() != nullptr;
+  return ofAll ? describe(binding, *binding.knownTables()) : undefined(binding);
 }
 
 JSValueRef destroy(Binding& binding, Arguments arguments, JSValueRef*) {
@@ -160,8 +162,9 @@ JSObjectRef makeNativeApi(Binding& binding) {
   };
   JSObjectRef api = JSObjectMake(binding.context(), nullptr, nullptr);
   for (const auto& row : functions) {
-    const auto run = [&binding, function = row.function](Arguments arguments, JSValueRef* exception) {
-      return function(binding, arguments, exception);
+    const auto run = [self = binding.self(), context = binding.context(), function = row.function](Arguments arguments,
+                                                                                                   JSValueRef* exception) {
+      return *self == nullptr ? JSValueMakeUndefined(context) : function(**self, arguments, exception);
     };
     setProperty(binding.context(), api, row.name, makeCallable(binding.context(), row.arguments, run));
   }

@@ -8,7 +8,7 @@
 
 namespace script {
 
-/// @p binding must outlive every call of the returned object's functions. What they do is written at the top of av_element.js.
+/// What the returned object's functions do is written at the top of av_element.js. Once the binding has gone they give undefined.
 JSObjectRef makeNativeApi(Binding& binding);
 
 }  // namespace script

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <string>
+#include <utility>
 
 #include "platform/pluginhost/shell.h"
 #include "platform/script/js_text.h"
@@ -18,7 +19,7 @@ struct Instance {
   Mark mark = Mark::kInstance;
   std::shared_ptr<NativeSlot> slot;
   const void* tableId = nullptr;
-  ObjectWrapper* wrapper = nullptr;
+  std::shared_ptr<WrapperLink> link;
   int itemRow = -1;
   int lengthRow = -1;
 };
@@ -44,6 +45,11 @@ Instance* receiver(JSContextRef context, JSObjectRef self, const Row& row, JSVal
 
 const Row& rowOf(JSObjectRef function) { return *static_cast<Row*>(JSObjectGetPrivate(function)); }
 
+JSValueRef resultFor(JSContextRef context, const Instance& instance, const _CorvelNativeVariant& value) {
+  if (instance.link->wrapper == nullptr) return JSValueMakeUndefined(context);
+  return toScript(context, value, *instance.link->wrapper);
+}
+
 JSValueRef readRow(JSContextRef context, JSObjectRef function, JSObjectRef self, size_t, const JSValueRef[],
                    JSValueRef* exception) {
   const Row& row = rowOf(function);
@@ -51,7 +57,7 @@ JSValueRef readRow(JSContextRef context, JSObjectRef function, JSObjectRef self,
   if (instance == nullptr || instance->slot->object == nullptr) return JSValueMakeUndefined(context);
   _CorvelNativeVariant value;
   if (!pluginhost::readProperty(*instance->slot->object, row.index, value)) return JSValueMakeUndefined(context);
-  return toScript(context, value, *instance->wrapper);
+  return resultFor(context, *instance, value);
 }
 
 JSValueRef writeRow(JSContextRef context, JSObjectRef function, JSObjectRef self, size_t argc, const JSValueRef argv[],
@@ -70,7 +76,7 @@ JSValueRef callRow(JSContextRef context, const Instance& instance, unsigned int 
   if (!pluginhost::callMethod(*instance.slot->object, row, arguments.data(), arguments.count(), result)) {
     return JSValueMakeUndefined(context);
   }
-  return toScript(context, result, *instance.wrapper);
+  return resultFor(context, instance, result);
 }
 
 JSValueRef callMethodRow(JSContextRef context, JSObjectRef function, JSObjectRef self, size_t argc, const JSValueRef argv[],
@@ -167,14 +173,11 @@ JSClassRef instanceClass(bool list) {
   return list ? collection : object;
 }
 
-// Builds one prototype: knows the few script functions that this takes.
+// Builds one prototype.
 class PrototypeBuilder {
  public:
-  PrototypeBuilder(JSContextRef context, const void* tableId) : m_context(context), m_tableId(tableId) {
-    m_object = global("Object");
-    m_functionPrototype = property(context, global("Function"), "prototype");
-    m_prototype = JSObjectMake(context, nullptr, nullptr);
-  }
+  PrototypeBuilder(JSContextRef context, const void* tableId, const Intrinsics& intrinsics)
+      : m_context(context), m_tableId(tableId), m_intrinsics(intrinsics), m_prototype(JSObjectMake(context, nullptr, nullptr)) {}
 
   void addProperty(const std::string& name, unsigned int index) {
     JSObjectRef descriptor = JSObjectMake(m_context, nullptr, nullptr);
@@ -190,35 +193,28 @@ class PrototypeBuilder {
   }
 
   void addIteration() {
-    const JSValueRef key = property(m_context, global("Symbol"), "iterator");
-    JSObjectRef arrayPrototype = object(property(m_context, global("Array"), "prototype"));
     JSObjectRef descriptor = JSObjectMake(m_context, nullptr, nullptr);
-    setProperty(m_context, descriptor, "value", JSObjectGetPropertyForKey(m_context, arrayPrototype, key, nullptr));
-    define(key, descriptor);
+    setProperty(m_context, descriptor, "value", m_intrinsics.arrayValues);
+    define(m_intrinsics.iterator, descriptor);
   }
 
   JSObjectRef prototype() const { return m_prototype; }
 
  private:
-  JSObjectRef object(JSValueRef value) const { return JSValueToObject(m_context, value, nullptr); }
-  JSObjectRef global(const char* name) const { return object(property(m_context, JSContextGetGlobalObject(m_context), name)); }
-
   JSObjectRef makeFunction(JSClassRef type, unsigned int index) const {
     JSObjectRef function = JSObjectMake(m_context, type, new Row{Mark::kRow, index, m_tableId});
-    JSObjectSetPrototype(m_context, function, m_functionPrototype);  // call, apply and bind
+    JSObjectSetPrototype(m_context, function, m_intrinsics.functionPrototype);  // call, apply and bind
     return function;
   }
 
   void define(JSValueRef name, JSObjectRef descriptor) const {
-    JSObjectRef defineProperty = object(property(m_context, m_object, "defineProperty"));
     const JSValueRef arguments[] = {m_prototype, name, descriptor};
-    JSObjectCallAsFunction(m_context, defineProperty, m_object, 3, arguments, nullptr);
+    JSObjectCallAsFunction(m_context, m_intrinsics.defineProperty, nullptr, 3, arguments, nullptr);
   }
 
   JSContextRef m_context;
   const void* m_tableId;
-  JSObjectRef m_object;
-  JSValueRef m_functionPrototype;
+  const Intrinsics& m_intrinsics;
   JSObjectRef m_prototype;
 };
 
@@ -231,14 +227,15 @@ const std::shared_ptr<CorvelNativePropertyBase>* nativeObject(JSContextRef conte
   return instance == nullptr ? nullptr : &instance->slot->object;
 }
 
-ScriptClass::ScriptClass(JSContextRef context, const CorvelNativePropertyBase& sample, ObjectWrapper& wrapper)
+ScriptClass::ScriptClass(JSContextRef context, const CorvelNativePropertyBase& sample, std::shared_ptr<WrapperLink> link,
+                         const Intrinsics& intrinsics)
     : m_context(context),
-      m_wrapper(wrapper),
+      m_link(std::move(link)),
       m_tableId(pluginhost::tableId(sample)),
       m_itemRow(pluginhost::findMethod(sample, "item")),
       m_lengthRow(pluginhost::findProperty(sample, "length")) {
   if (m_lengthRow < 0) m_itemRow = -1;
-  PrototypeBuilder builder(context, m_tableId);
+  PrototypeBuilder builder(context, m_tableId, intrinsics);
   m_prototype = builder.prototype();
   JSValueProtect(context, m_prototype);
   unsigned int index = 0;
@@ -255,7 +252,7 @@ ScriptClass::ScriptClass(JSContextRef context, const CorvelNativePropertyBase& s
 ScriptClass::~ScriptClass() { JSValueUnprotect(m_context, m_prototype); }
 
 JSObjectRef ScriptClass::instantiate(const std::shared_ptr<NativeSlot>& slot) const {
-  auto* instance = new Instance{Mark::kInstance, slot, m_tableId, &m_wrapper, m_itemRow, m_lengthRow};
+  auto* instance = new Instance{Mark::kInstance, slot, m_tableId, m_link, m_itemRow, m_lengthRow};
   JSObjectRef object = JSObjectMake(m_context, instanceClass(m_itemRow >= 0), instance);
   JSObjectSetPrototype(m_context, object, m_prototype);
   return object;

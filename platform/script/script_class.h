@@ -21,11 +21,25 @@ struct NativeSlot {
 /// null for any other value.
 const std::shared_ptr<CorvelNativePropertyBase>* nativeObject(JSContextRef context, JSValueRef value);
 
-/// Lives as long as its context. A table with a "length" row and an "item" method also gives index access and iteration.
+/// What makes script objects of native ones, as those see it: null once it has gone. Objects of a context may outlive it.
+struct WrapperLink {
+  ObjectWrapper* wrapper;
+};
+
+/// What the engine offers before a page can change it. Whoever fills it in keeps it from the collector.
+struct Intrinsics {
+  JSObjectRef defineProperty;
+  JSObjectRef functionPrototype;
+  JSValueRef iterator;      ///< Symbol.iterator
+  JSObjectRef arrayValues;  ///< what makes a list iterable
+};
+
+/// Lives as long as its context at most. A table with a "length" row and an "item" method also gives index access and iteration.
 class ScriptClass {
  public:
-  /// @p sample supplies the rows. @p wrapper must outlive every script call of the context.
-  ScriptClass(JSContextRef context, const CorvelNativePropertyBase& sample, ObjectWrapper& wrapper);
+  /// @p sample supplies the rows.
+  ScriptClass(JSContextRef context, const CorvelNativePropertyBase& sample, std::shared_ptr<WrapperLink> link,
+              const Intrinsics& intrinsics);
   ScriptClass(const ScriptClass&) = delete;
   ScriptClass& operator=(const ScriptClass&) = delete;
   ~ScriptClass();
@@ -34,7 +48,7 @@ class ScriptClass {
 
  private:
   JSContextRef m_context;
-  ObjectWrapper& m_wrapper;
+  std::shared_ptr<WrapperLink> m_link;
   const void* m_tableId;
   int m_itemRow;  ///< the "item" method, -1 when instances are no lists
   int m_lengthRow;

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/browser/automation.h"
+
+#include <memory>
+#include <utility>
+
+#include "platform/browser/remote_keys.h"
+
+namespace browser {
+
+namespace {
+
+constexpr double kLookSeconds = 0.03;
+// Ends when the page has drawn what it had to draw; a page that is not shown draws nothing, so there is a limit.
+constexpr char kAfterFrames[] =
+    "return new Promise((done) => { let frames = 3; const next = () => { frames -= 1; if (frames < 0) done(''); "
+    "else requestAnimationFrame(next); }; next(); setTimeout(done, 2000, ''); });";
+
+}  // namespace
+
+Automation::Automation(const std::vector<Step>& steps, WebKitWebView* view, TvWindow& window,
+                       std::function<void(const std::string&)> failed, std::function<void()> done)
+    : m_steps(steps),
+      m_view(view),
+      m_window(window),
+      m_failed(std::move(failed)),
+      m_done(std::move(done)),
+      m_cancel(g_cancellable_new()) {}
+
+Automation::~Automation() {
+  if (m_timer != 0) g_source_remove(m_timer);
+  g_cancellable_cancel(m_cancel);
+  g_object_unref(m_cancel);
+}
+
+void Automation::loaded() {
+  if (std::exchange(m_started, true)) return;
+  m_loadedAt = g_get_monotonic_time();
+  if (m_steps.empty()) return;
+  run(m_steps.front());
+}
+
+void Automation::next() {
+  m_at += 1;
+  if (m_at < m_steps.size()) {
+    run(m_steps[m_at]);
+  } else {
+    m_done();
+  }
+}
+
+void Automation::run(const Step& step) {
+  switch (step.kind) {
+    case Step::Kind::script: return runScript(step.text);
+    case Step::Kind::keys: return pressKeys(step.keys, 0);
+    case Step::Kind::wait: return wait(step.text);
+    case Step::Kind::screenshot: return shoot(step);
+  }
+}
+
+void Automation::runScript(const std::string& file) {
+  char* text = nullptr;
+  GError* problem = nullptr;
+  if (!g_file_get_contents(file.c_str(), &text, nullptr, &problem)) {
+    m_failed(problem->message);
+    g_error_free(problem);
+    return next();
+  }
+  const auto finish = [](GObject* view, GAsyncResult* result, gpointer self) {
+    GError* error = nullptr;
+    JSCValue* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    if (value != nullptr) g_object_unref(value);
+    if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) static_cast<Automation*>(self)->scriptRun(error);
+    g_clear_error(&error);
+  };
+  webkit_web_view_evaluate_javascript(m_view, text, -1, nullptr, file.c_str(), m_cancel, finish, this);
+  g_free(text);
+}
+
+void Automation::scriptRun(const GError* error) {
+  if (error != nullptr) m_failed(m_steps[m_at].text + ": " + error->message);
+  next();
+}
+
+void Automation::pressKeys(const std::vector<std::string>& keys, std::size_t at) {
+  if (at == keys.size()) return next();
+  m_window.press(sentKeyOf(keys[at]));
+  afterFrames([this, &keys, at] { pressKeys(keys, at + 1); });
+}
+
+// A page that is just being replaced gives no answer, and one that throws gives an error: not true yet.
+void Automation::wait(const std::string& expression) {
+  evaluate("return (" + expression + ") ? 'true' : 'false';", "avc-browser:wait",
+           [this, &expression](const std::string& text, const std::string&) {
+             if (text == "true") return next();
+             later(kLookSeconds, [this, &expression] { wait(expression); });
+           });
+}
+
+void Automation::shoot(const Step& step) {
+  const double since = static_cast<double>(g_get_monotonic_time() - m_loadedAt) / G_USEC_PER_SEC;
+  if (since < step.seconds) return later(step.seconds - since, [this, &step] { shoot(step); });
+  afterFrames([this, &step] { m_window.whenDrawn([this, &step] { later(0, [this, &step] { shootNow(step.text); }); }); });
+}
+
+void Automation::shootNow(const std::string& file) {
+  std::string error;
+  if (!m_window.screenshot(file, error)) m_failed(error);
+  next();
+}
+
+void Automation::later(double seconds, std::function<void()> action) {
+  m_later = std::move(action);
+  const auto fire = [](gpointer self) -> gboolean {
+    auto& automation = *static_cast<Automation*>(self);
+    automation.m_timer = 0;
+    const auto action = std::exchange(automation.m_later, nullptr);
+    action();
+    return G_SOURCE_REMOVE;
+  };
+  m_timer = g_timeout_add(static_cast<guint>(seconds * 1000), fire, this);
+}
+
+// @p source is the body of a function; a promise that it returns is waited for.
+void Automation::evaluate(const std::string& source, const char* name, Answer answer) {
+  const auto finish = [](GObject* view, GAsyncResult* result, gpointer data) {
+    const std::unique_ptr<Answer> handler(static_cast<Answer*>(data));
+    GError* error = nullptr;
+    JSCValue* value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    const bool cancelled = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED);
+    char* text = value == nullptr ? nullptr : jsc_value_to_string(value);
+    if (!cancelled) (*handler)(text == nullptr ? "" : text, error == nullptr ? "" : error->message);
+    g_free(text);
+    if (value != nullptr) g_object_unref(value);
+    g_clear_error(&error);
+  };
+  webkit_web_view_call_async_javascript_function(m_view, source.c_str(), -1, nullptr, nullptr, name, m_cancel, finish,
+                                                 new Answer(std::move(answer)));
+}
+
+void Automation::afterFrames(std::function<void()> action) {
+  evaluate(kAfterFrames, "avc-browser:frames", [action = std::move(action)](const std::string&, const std::string&) { action(); });
+}
+
+}  // namespace browser

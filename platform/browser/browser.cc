@@ -1,0 +1,358 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/browser/browser.h"
+
+#include <glib-unix.h>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "platform/browser/messages.h"
+#include "platform/browser/notice.h"
+#include "platform/browser/page/embedded.h"
+#include "platform/shell/library_paths.h"
+
+namespace browser {
+
+namespace {
+
+constexpr guint kRestMilliseconds = 4000;  // a page that does not come to rest by then is ended
+constexpr int kSignalStatus = 128;
+constexpr char kTelevisionXhtml[] = "application/vnd.hbbtv.xhtml+xml";
+constexpr char kHbbTv[] = " HbbTV/1.7.1 (+DRM;AVControl;avc-browser;" AVC_VERSION ";PC;avcontrol;)";
+
+// Where the extension is, in a folder of its own: WebKit loads every library of the folder.
+std::string extensionFolder() { return (std::filesystem::path(shell::defaultPluginPath()).parent_path() / "avc-browser").string(); }
+
+std::string userAgent(const Options& options) {
+  if (!options.preferences.userAgent.empty()) return options.preferences.userAgent;
+  WebKitSettings* const settings = webkit_settings_new();
+  const std::string own = webkit_settings_get_user_agent(settings);
+  g_object_unref(settings);
+  return own + kHbbTv;
+}
+
+WebKitSettings* makeSettings(const Options& options) {
+  WebKitSettings* const settings = webkit_settings_new();
+  webkit_settings_set_user_agent(settings, userAgent(options).c_str());
+  // A page in the back/forward cache would keep its players without any word of it.
+  webkit_settings_set_enable_page_cache(settings, FALSE);
+  webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_ALWAYS);
+  webkit_settings_set_enable_media(settings, FALSE);
+  webkit_settings_set_javascript_can_access_clipboard(settings, FALSE);
+  webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);
+  return settings;
+}
+
+WebKitWebsiteDataManager* makeData(const Options& options) {
+  if (options.keepNothing) return webkit_website_data_manager_new_ephemeral();
+  const std::string data = std::string(g_get_user_data_dir()) + "/avcontrol/browser";
+  const std::string cache = std::string(g_get_user_cache_dir()) + "/avcontrol/browser";
+  return webkit_website_data_manager_new("base-data-directory", data.c_str(), "base-cache-directory", cache.c_str(), nullptr);
+}
+
+std::string place(const char* source, unsigned line) {
+  if (source == nullptr || *source == '\0') return "";
+  return std::string(" (") + source + (line == 0 ? "" : ":" + std::to_string(line)) + ")";
+}
+
+}  // namespace
+
+Browser::Browser(const Options& options)
+    : m_options(options),
+      m_plane([this] { m_window->redraw(); }),
+      m_loop(g_main_loop_new(nullptr, FALSE)),
+      m_cancel(g_cancellable_new()) {
+  makeContext();
+  makeView();
+  m_window = std::make_unique<TvWindow>(
+      m_view, m_plane,
+      TvWindow::Handlers{[this] { end(0); }, [this](guint pcKey, GdkModifierType modifiers) { return key(pcKey, modifiers); },
+                         [this](cairo_t* cairo, int width, int height) { paintAbove(cairo, width, height); }});
+  m_automation = std::make_unique<Automation>(
+      options.steps, m_view, *m_window, [this](const std::string& problem) { fail(problem, kExitFailed); },
+      [this] { stepsDone(); });
+}
+
+Browser::~Browser() {
+  g_cancellable_cancel(m_cancel);
+  for (const guint source : {m_limit, m_patience}) {
+    if (source != 0) g_source_remove(source);
+  }
+  g_signal_handlers_disconnect_by_data(m_view, this);
+  g_signal_handlers_disconnect_by_data(m_context, this);
+  m_automation.reset();
+  m_plane.close();
+  m_window.reset();
+  g_object_unref(m_view);
+  g_object_unref(m_context);
+  g_object_unref(m_cancel);
+  g_main_loop_unref(m_loop);
+}
+
+void Browser::makeContext() {
+  WebKitWebsiteDataManager* const data = makeData(m_options);
+  m_context = webkit_web_context_new_with_website_data_manager(data);
+  g_object_unref(data);
+  webkit_web_context_set_cache_model(m_context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
+  if (m_options.sandbox) {
+    // Without this the extension would be left out in silence.
+    const std::string libraries = std::filesystem::path(extensionFolder()).parent_path().string();
+    webkit_web_context_add_path_to_sandbox(m_context, libraries.c_str(), TRUE);
+    webkit_web_context_set_sandbox_enabled(m_context, TRUE);
+  }
+  if (!m_options.keepNothing) {
+    WebKitCookieManager* const cookies = webkit_web_context_get_cookie_manager(m_context);
+    const std::string file = std::string(g_get_user_data_dir()) + "/avcontrol/browser/cookies";
+    webkit_cookie_manager_set_persistent_storage(cookies, file.c_str(), WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
+  }
+  g_signal_connect(m_context, "initialize-web-extensions", G_CALLBACK(onInitializeExtensions), this);
+}
+
+void Browser::makeView() {
+  WebKitUserContentManager* const content = webkit_user_content_manager_new();
+  WebKitUserStyleSheet* const sheet = webkit_user_style_sheet_new(script::kTelevisionStyle, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+                                                                  WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr);
+  webkit_user_content_manager_add_style_sheet(content, sheet);
+  webkit_user_style_sheet_unref(sheet);
+  WebKitSettings* const settings = makeSettings(m_options);
+  m_view = WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", m_context, "settings", settings,
+                                                          "user-content-manager", content, nullptr)));
+  g_object_unref(settings);
+  g_object_unref(content);
+  g_signal_connect(m_view, "user-message-received", G_CALLBACK(onMessage), this);
+  g_signal_connect(m_view, "decide-policy", G_CALLBACK(onDecidePolicy), this);
+  g_signal_connect(m_view, "load-changed", G_CALLBACK(onLoadChanged), this);
+  g_signal_connect(m_view, "load-failed", G_CALLBACK(onLoadFailed), this);
+  g_signal_connect(m_view, "web-process-terminated", G_CALLBACK(onTerminated), this);
+  g_signal_connect(m_view, "notify::title", G_CALLBACK(onTitle), this);
+  // A page may not keep the user from leaving it, nor put up windows of its own.
+  g_signal_connect(m_view, "script-dialog", G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer) -> gboolean {
+                     const auto type = webkit_script_dialog_get_dialog_type(dialog);
+                     if (type == WEBKIT_SCRIPT_DIALOG_CONFIRM || type == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+                       webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
+                     }
+                     return TRUE;
+                   }),
+                   nullptr);
+}
+
+// Runs for each process that WebKit starts for the page: the second one does not write over the trace of the first.
+void Browser::onInitializeExtensions(WebKitWebContext* context, gpointer self) {
+  auto& browser = *static_cast<Browser*>(self);
+  const Options& options = browser.m_options;
+  const auto absolute = [](const std::string& path) { return path.empty() ? path : std::filesystem::absolute(path).string(); };
+  const std::string plugin = options.plugin.empty() ? shell::defaultPluginPath() : absolute(options.plugin);
+  const std::string media = options.mediaLibrary.empty() ? shell::defaultMediaLibraryPath() : absolute(options.mediaLibrary);
+  const std::string trace = std::exchange(browser.m_traceUsed, true) ? "" : absolute(options.traceFile);
+  GVariantBuilder start;
+  g_variant_builder_init(&start, G_VARIANT_TYPE(kStartType));
+  const auto add = [&](const char* name, const std::string& text) { g_variant_builder_add(&start, "{ss}", name, text.c_str()); };
+  add(kStartMediaLibrary, media);
+  add(kStartPlugin, plugin);
+  add(kStartTrace, trace);
+  add(kStartUserAgent, userAgent(options));
+  add(kStartAudioLanguages, options.preferences.audioLanguages);
+  add(kStartSubtitleLanguages, options.preferences.subtitleLanguages);
+  add(kStartUiLanguages, options.preferences.uiLanguages);
+  add(kStartCountry, options.preferences.country);
+  webkit_web_context_set_web_extensions_directory(context, extensionFolder().c_str());
+  webkit_web_context_set_web_extensions_initialization_user_data(context, g_variant_builder_end(&start));
+}
+
+gboolean Browser::onMessage(WebKitWebView*, WebKitUserMessage* message, gpointer self) {
+  auto& browser = *static_cast<Browser*>(self);
+  const std::string name = webkit_user_message_get_name(message);
+  GVariant* const parameters = webkit_user_message_get_parameters(message);
+  const auto is = [&](const char* wanted, const char* type) {
+    return name == wanted && parameters != nullptr && g_variant_is_of_type(parameters, G_VARIANT_TYPE(type));
+  };
+  if (is(kMessagePlane, kPlaneType)) browser.takePlane(message);
+  if (is(kMessageConsole, kConsoleType)) browser.printConsole(parameters);
+  if (is(kMessageUncaught, kUncaughtType)) browser.printUncaught(parameters);
+  if (is(kMessageFailed, kFailedType)) {
+    const char* problem = nullptr;
+    g_variant_get(parameters, "(&s)", &problem);
+    browser.fail(problem, kExitUsage);
+    browser.end(kExitUsage);
+  }
+  return TRUE;
+}
+
+void Browser::takePlane(WebKitUserMessage* message) {
+  unsigned bytes = 0;
+  g_variant_get(webkit_user_message_get_parameters(message), kPlaneType, &bytes);
+  if (!m_plane.open(webkit_user_message_get_fd_list(message), bytes)) fail("the video plane cannot be shown", kExitFailed);
+}
+
+void Browser::printConsole(GVariant* parameters) {
+  const char* level = nullptr;
+  const char* text = nullptr;
+  const char* source = nullptr;
+  unsigned line = 0;
+  g_variant_get(parameters, "(&s&s&su)", &level, &text, &source, &line);
+  std::printf("console.%s: %s%s\n", level, text, place(source, line).c_str());
+  std::fflush(stdout);
+}
+
+void Browser::printUncaught(GVariant* parameters) {
+  const char* text = nullptr;
+  const char* source = nullptr;
+  unsigned line = 0;
+  g_variant_get(parameters, "(&s&su)", &text, &source, &line);
+  std::printf("uncaught: %s%s\n", text, place(source, line).c_str());
+  std::fflush(stdout);
+  m_failed = true;
+}
+
+// WebKit shows this type as XML when it is asked to; the page side makes HTML of what scripts create in it.
+gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer) {
+  if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return FALSE;
+  WebKitURIResponse* const response = webkit_response_policy_decision_get_response(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+  const char* const mime = webkit_uri_response_get_mime_type(response);
+  if (mime == nullptr || g_ascii_strcasecmp(mime, kTelevisionXhtml) != 0) return FALSE;
+  webkit_policy_decision_use(decision);
+  return TRUE;
+}
+
+void Browser::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
+  auto& browser = *static_cast<Browser*>(self);
+  if (event == WEBKIT_LOAD_FINISHED && !browser.m_down) browser.m_automation->loaded();
+}
+
+gboolean Browser::onLoadFailed(WebKitWebView* view, WebKitLoadEvent, const char* url, GError* error, gpointer self) {
+  auto& browser = *static_cast<Browser*>(self);
+  // A page that is left while it loads has not failed, and a response that is not shown as a page neither.
+  if (g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED)) return TRUE;
+  if (error->domain == WEBKIT_POLICY_ERROR && error->code == WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE)
+    return TRUE;
+  browser.fail(std::string(url) + ": " + error->message, kExitFailed);
+  webkit_web_view_load_alternate_html(view, noticePage("This page cannot be shown", error->message).c_str(), url, nullptr);
+  return TRUE;
+}
+
+void Browser::onTitle(GObject* view, GParamSpec*, gpointer self) {
+  const char* const title = webkit_web_view_get_title(WEBKIT_WEB_VIEW(view));
+  static_cast<Browser*>(self)->m_window->setTitle(title == nullptr || *title == '\0' ? "avc-browser" : title);
+}
+
+void Browser::onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason, gpointer self) {
+  static_cast<Browser*>(self)->crashed();
+}
+
+// What it played has gone with it. Steps that are left have nothing to work on.
+void Browser::crashed() {
+  m_plane.close();
+  m_down = true;
+  if (m_ending == Ending::asked) return ended();
+  fail("the page's process ended unexpectedly", kExitFailed);
+  if (!m_options.steps.empty() && !m_automation->finished()) return end(kExitFailed);
+  m_window->redraw();
+}
+
+void Browser::restart() {
+  m_down = false;
+  webkit_web_view_reload(m_view);
+  m_window->redraw();
+}
+
+bool Browser::key(guint pcKey, GdkModifierType modifiers) {
+  if (m_down && (pcKey == GDK_KEY_Return || pcKey == GDK_KEY_KP_Enter)) {
+    restart();
+    return true;
+  }
+  if ((modifiers & GDK_CONTROL_MASK) != 0 && pcKey == GDK_KEY_q) {
+    end(0);
+    return true;
+  }
+  if ((modifiers & GDK_MOD1_MASK) != 0 && pcKey == GDK_KEY_Return) {
+    m_window->toggleFullScreen();
+    return true;
+  }
+  return false;
+}
+
+void Browser::paintAbove(cairo_t* cairo, int width, int height) {
+  if (m_down) paintNotice(cairo, width, height, "The page's process has ended", "Enter starts the page again.");
+}
+
+void Browser::fail(const std::string& problem, int status) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "avc-browser: %s\n", problem.c_str());
+  m_failed = m_failed || status != 0;
+}
+
+void Browser::stepsDone() {
+  for (const Step& step : m_options.steps) {
+    if (step.kind == Step::Kind::wait || step.kind == Step::Kind::screenshot) return end(0);
+  }
+}
+
+void Browser::timeOut() {
+  if (m_options.steps.empty() || m_automation->finished()) return end(0);
+  fail("time-out: steps were left after " + std::to_string(m_options.quitSeconds) + " s; give a longer --quit-after", kExitTimeout);
+  end(kExitTimeout);
+}
+
+void Browser::end(int status) {
+  if (m_ending != Ending::none) return;
+  m_ending = Ending::asked;
+  m_status = status;
+  if (m_down) return ended();
+  const auto patience = [](gpointer self) -> gboolean {
+    auto& browser = *static_cast<Browser*>(self);
+    browser.m_patience = 0;
+    webkit_web_view_terminate_web_process(browser.m_view);
+    browser.ended();
+    return G_SOURCE_REMOVE;
+  };
+  m_patience = g_timeout_add(kRestMilliseconds, patience, this);
+  const auto rested = [](GObject* view, GAsyncResult* result, gpointer self) {
+    GError* error = nullptr;
+    WebKitUserMessage* const reply = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    const bool cancelled = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED);
+    if (reply != nullptr) g_object_unref(reply);
+    g_clear_error(&error);
+    if (!cancelled) static_cast<Browser*>(self)->ended();
+  };
+  webkit_web_view_send_message_to_page(m_view, webkit_user_message_new(kMessageEnd, nullptr), m_cancel, rested, this);
+}
+
+void Browser::ended() {
+  if (std::exchange(m_ending, Ending::ended) == Ending::ended) return;
+  g_main_loop_quit(m_loop);
+}
+
+template <int kSignal>
+gboolean Browser::onSignal(gpointer self) {
+  auto& browser = *static_cast<Browser*>(self);
+  browser.m_signal = kSignal;
+  browser.end(0);
+  return G_SOURCE_CONTINUE;
+}
+
+int Browser::run() {
+  const guint interrupted = g_unix_signal_add(SIGINT, onSignal<SIGINT>, this);
+  const guint terminated = g_unix_signal_add(SIGTERM, onSignal<SIGTERM>, this);
+  m_window->setTitle("avc-browser");
+  m_window->show(m_options.width, m_options.height, m_options.fullScreen);
+  webkit_web_view_load_uri(m_view, m_options.url.c_str());
+  if (m_options.quitSeconds > 0) {
+    const auto limit = [](gpointer self) -> gboolean {
+      static_cast<Browser*>(self)->m_limit = 0;
+      static_cast<Browser*>(self)->timeOut();
+      return G_SOURCE_REMOVE;
+    };
+    m_limit = g_timeout_add(static_cast<guint>(m_options.quitSeconds * 1000), limit, this);
+  }
+  g_main_loop_run(m_loop);
+  g_source_remove(interrupted);
+  g_source_remove(terminated);
+  if (m_status != 0) return m_status;
+  if (m_failed) return kExitFailed;
+  return m_signal == 0 ? 0 : kSignalStatus + m_signal;
+}
+
+}  // namespace browser

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+// One window of a page, in the page's process: its script context with the element layer, the environment and its native objects.
+// Main thread only.
+#pragma once
+
+#include <JavaScriptCore/JavaScript.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/pluginhost/shell.h"
+#include "platform/script/binding.h"
+
+namespace browser {
+
+class FrameScript;
+
+/// What a window asks of the process around it.
+class FrameOwner {
+ public:
+  virtual ~FrameOwner() = default;
+  virtual void print(const std::string& level, const std::string& text, const std::string& source, unsigned line) = 0;
+  virtual void uncaught(const std::string& text, const std::string& source, unsigned line) = 0;
+  /// flush() is due as soon as no script runs.
+  virtual void wake() = 0;
+  /// The window goes; the objects are to be destroyed as soon as no script runs.
+  virtual void ended(FrameScript& frame) = 0;
+  /// @return the window whose global object is @p window, or null.
+  virtual FrameScript* frameOf(JSObjectRef window) = 0;
+};
+
+class FrameScript {
+ public:
+  /// Installs everything before the page's first script. What is passed in must outlive the window.
+  /// @p settings is a JSON text for the page side.
+  FrameScript(FrameOwner& owner, JSGlobalContextRef context, std::shared_ptr<pluginhost::PluginLibrary> plugin,
+              const script::Tables& tables, const std::string& settings);
+  FrameScript(const FrameScript&) = delete;
+  FrameScript& operator=(const FrameScript&) = delete;
+  /// Destroys the native objects that are left. Never from inside a script.
+  ~FrameScript();
+
+  JSObjectRef window() const { return JSContextGetGlobalObject(m_context); }
+  const script::Binding& binding() const { return *m_binding; }
+  /// From here on no event reaches the window's script.
+  void silence() { m_silent = true; }
+
+  bool owns(std::uint64_t objectId) const { return m_binding->plugin(objectId) != nullptr; }
+  void deliver(const pluginhost::Event& event);
+  void flush();
+  void tick();
+  void destroyObjects() { m_binding->destroyAll(); }
+  /// Where the page in the child window @p child begins; a script value: {x, y} or null.
+  JSValueRef offsetOf(JSObjectRef child);
+
+ private:
+  using Arguments = std::span<const JSValueRef>;
+  using HostFunction = JSValueRef (FrameScript::*)(Arguments arguments);
+
+  JSObjectRef makeHost(const std::string& settings);
+  JSObjectRef makeParts();
+  void addHostFunction(JSObjectRef host, const char* name, std::size_t arguments, HostFunction function);
+  JSValueRef compile(const char* name, const char* source);
+  JSValueRef call(const char* name, const std::vector<JSValueRef>& arguments);
+  void reportFault(JSValueRef exception);
+
+  std::string text(JSValueRef value) const;
+  unsigned number(JSValueRef value) const;
+  JSValueRef undefined() const { return JSValueMakeUndefined(m_context); }
+
+  JSValueRef hostPrint(Arguments arguments);
+  JSValueRef hostUncaught(Arguments arguments);
+  JSValueRef hostWake(Arguments arguments);
+  JSValueRef hostEnded(Arguments arguments);
+  JSValueRef hostFrameOffset(Arguments arguments);
+
+  FrameOwner& m_owner;
+  JSGlobalContextRef m_context;
+  std::unique_ptr<script::Binding> m_binding;
+  JSObjectRef m_page = nullptr;
+  std::shared_ptr<FrameScript*> m_self = std::make_shared<FrameScript*>(this);
+  bool m_silent = false;
+};
+
+}  // namespace browser

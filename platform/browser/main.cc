@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+// avc-browser: shows HbbTV applications as a television does.
+#include <gtk/gtk.h>
+
+#include <cstdio>
+
+#include "platform/browser/browser.h"
+#include "platform/browser/options.h"
+
+namespace browser {
+
+namespace {
+
+int fail(const std::string& error) {
+  std::fprintf(stderr, "avc-browser: %s\n", error.c_str());
+  return kExitUsage;
+}
+
+// With these the engine paints without transparency, and no video is to be seen.
+void leaveCompositingOn() {
+  for (const char* name : {"WEBKIT_DISABLE_DMABUF_RENDERER", "WEBKIT_DISABLE_COMPOSITING_MODE"}) g_unsetenv(name);
+  // Nobody to tell: without a session bus the toolkit would only complain.
+  if (g_getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) g_setenv("NO_AT_BRIDGE", "1", FALSE);
+}
+
+bool canWrite(const std::string& file) {
+  std::FILE* const out = std::fopen(file.c_str(), "we");
+  return out != nullptr && std::fclose(out) == 0;
+}
+
+int runMain(int argc, char** argv) {
+  Options options;
+  std::string error;
+  if (!parseOptions(argc, argv, defaultConfigurationFile(), options, error)) return fail(error);
+  if (options.help) std::fputs(helpText().c_str(), stdout);
+  if (options.version) std::fputs(versionText().c_str(), stdout);
+  if (options.help || options.version) return 0;
+  if (!options.traceFile.empty() && !canWrite(options.traceFile)) return fail("cannot write the trace file " + options.traceFile);
+  leaveCompositingOn();
+  if (!gtk_init_check(nullptr, nullptr)) return fail("no display; without one, start it with xvfb-run -a");
+  setlocale(LC_NUMERIC, "C");
+  Browser browser(options);
+  return browser.run();
+}
+
+}  // namespace
+
+}  // namespace browser
+
+int main(int argc, char** argv) { return browser::runMain(argc, argv); }

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the window's process and the page's process tell each other. Names and GVariant types in one place.
+#pragma once
+
+namespace browser {
+
+/// Given to the extension when it is loaded: a dictionary of texts by the names below.
+inline constexpr char kStartType[] = "a{ss}";
+inline constexpr char kStartMediaLibrary[] = "media-library";
+inline constexpr char kStartPlugin[] = "plugin";
+inline constexpr char kStartTrace[] = "trace";  ///< "" for none
+inline constexpr char kStartUserAgent[] = "user-agent";
+inline constexpr char kStartAudioLanguages[] = "audio-languages";
+inline constexpr char kStartSubtitleLanguages[] = "subtitle-languages";
+inline constexpr char kStartUiLanguages[] = "ui-languages";
+inline constexpr char kStartCountry[] = "country";
+
+// From the page's process.
+inline constexpr char kMessagePlane[] = "plane";  ///< memory and tick descriptors; bytes of the memory
+inline constexpr char kPlaneType[] = "(u)";
+inline constexpr char kMessageConsole[] = "console";  ///< level, text, source, line
+inline constexpr char kConsoleType[] = "(sssu)";
+inline constexpr char kMessageUncaught[] = "uncaught";  ///< text, source, line
+inline constexpr char kUncaughtType[] = "(ssu)";
+inline constexpr char kMessageFailed[] = "failed";  ///< a library cannot be loaded; why
+inline constexpr char kFailedType[] = "(s)";
+
+// From the window's process; both are answered by a message of the same name.
+inline constexpr char kMessageEnd[] = "end";  ///< destroy all objects and come to rest; answered by whether it did
+inline constexpr char kEndType[] = "(b)";
+inline constexpr char kMessageStatus[] = "status";  ///< what the objects do now
+inline constexpr char kStatusType[] = "(ss)";       ///< all lines; what is shown while something loads, or ""
+
+}  // namespace browser

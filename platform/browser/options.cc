@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/browser/options.h"
+
+#include <glib.h>
+
+#include <charconv>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "platform/browser/remote_keys.h"
+
+namespace browser {
+
+namespace {
+
+constexpr char kSection[] = "browser";
+
+// Read without the process's locale: "1.5" is one and a half everywhere.
+bool parseSeconds(std::string_view text, double& out) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, out, std::chars_format::fixed);
+  return error == std::errc() && stop == end && !text.empty() && out >= 0 && out < 1e6;
+}
+
+// "FILE.png" or "FILE.png@SECONDS"; an "@" that no number follows belongs to the name.
+Step screenshotStep(const std::string& text) {
+  const std::size_t at = text.rfind('@');
+  double seconds = 0;
+  const bool timed = at != std::string::npos && at > 0 && parseSeconds(std::string_view(text).substr(at + 1), seconds);
+  return {Step::Kind::screenshot, timed ? text.substr(0, at) : text, {}, timed ? seconds : 0};
+}
+
+bool parseSize(std::string_view text, Options& out) {
+  const std::size_t cross = text.find('x');
+  if (cross == std::string_view::npos) return false;
+  const auto number = [](std::string_view part, int& value) {
+    const auto [stop, error] = std::from_chars(part.data(), part.data() + part.size(), value);
+    return error == std::errc() && stop == part.data() + part.size() && value >= 160 && value <= 16384;
+  };
+  return number(text.substr(0, cross), out.width) && number(text.substr(cross + 1), out.height);
+}
+
+std::vector<std::string> split(const std::string& text) {
+  std::vector<std::string> out;
+  std::size_t at = 0;
+  for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', at)) {
+    out.push_back(text.substr(at, comma - at));
+    at = comma + 1;
+  }
+  out.push_back(text.substr(at));
+  return out;
+}
+
+// The preferences by their names: "--NAME TEXT" on the command line, "NAME = TEXT" in the configuration file.
+std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
+  return {{"audio-languages", &preferences.audioLanguages},
+          {"subtitle-languages", &preferences.subtitleLanguages},
+          {"ui-languages", &preferences.uiLanguages},
+          {"country", &preferences.country},
+          {"user-agent", &preferences.userAgent}};
+}
+
+class Parser {
+ public:
+  Parser(int argc, const char* const* argv, Options& out) : m_arguments(argv + 1, argv + argc), m_out(out) {}
+
+  bool run(std::string& error) {
+    for (; m_at < m_arguments.size() && m_error.empty(); ++m_at) {
+      const std::string& argument = m_arguments[m_at];
+      if (argument.size() > 1 && argument[0] == '-') {
+        readOption(argument);
+      } else if (!m_out.url.empty()) {
+        m_error = "more than one address given: " + m_out.url + " and " + argument;
+      } else {
+        m_out.url = addressOf(argument);
+      }
+    }
+    if (m_error.empty() && !m_out.help && !m_out.version && m_out.url.empty()) m_error = "no address given";
+    error = m_error.empty() ? "" : m_error + "; \"avc-browser --help\" lists what can be given";
+    return error.empty();
+  }
+
+ private:
+  void readOption(const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    if (readFlag(name, equals != std::string::npos)) return;
+    const auto setter = setterOf(name);
+    if (setter == nullptr) {
+      m_error = "unknown option " + name;
+      return;
+    }
+    std::string value;
+    if (readValue(argument, name, equals, value)) setter(value);
+  }
+
+  bool readFlag(const std::string& name, bool withValue) {
+    const std::map<std::string, bool*> flags = {{"--overlay", &m_out.overlay},     {"--fullscreen", &m_out.fullScreen},
+                                                {"--private", &m_out.keepNothing}, {"--sandbox", &m_out.sandbox},
+                                                {"--help", &m_out.help},           {"-h", &m_out.help},
+                                                {"--version", &m_out.version},     {"-V", &m_out.version}};
+    const auto found = flags.find(name);
+    if (found == flags.end()) return false;
+    *found->second = true;
+    if (withValue) m_error = name + " takes no value";
+    return true;
+  }
+
+  std::function<void(const std::string&)> setterOf(const std::string& name) {
+    const std::map<std::string, std::string*> texts = {
+        {"--media-library", &m_out.mediaLibrary}, {"--plugin", &m_out.plugin}, {"--trace", &m_out.traceFile}};
+    const auto text = texts.find(name);
+    if (text != texts.end()) return [out = text->second](const std::string& value) { *out = value; };
+    auto preferences = preferenceTexts(m_out.preferences);
+    const auto preference = name.size() > 2 ? preferences.find(name.substr(2)) : preferences.end();
+    if (preference != preferences.end()) return [out = preference->second](const std::string& value) { *out = value; };
+    if (name == "--script") return [this](const std::string& value) { addStep({Step::Kind::script, value, {}, 0}); };
+    if (name == "--wait") return [this](const std::string& value) { addStep({Step::Kind::wait, value, {}, 0}); };
+    if (name == "--screenshot") return [this](const std::string& value) { addStep(screenshotStep(value)); };
+    if (name == "--window") return [this](const std::string& value) { readWindow(value); };
+    if (name == "--quit-after") return [this](const std::string& value) { readQuit(value); };
+    if (name == "--keys") return [this](const std::string& value) { readKeys(value); };
+    return nullptr;
+  }
+
+  void readWindow(const std::string& value) {
+    if (!parseSize(value, m_out)) m_error = "--window needs a size such as 1280x720, not \"" + value + "\"";
+  }
+
+  void readQuit(const std::string& value) {
+    const bool good = parseSeconds(value, m_out.quitSeconds) && m_out.quitSeconds > 0;
+    if (!good) m_error = "--quit-after needs a number of seconds above 0, not \"" + value + "\"";
+  }
+
+  void addStep(Step step) { m_out.steps.push_back(std::move(step)); }
+
+  void readKeys(const std::string& value) {
+    addStep({Step::Kind::keys, "", split(value), 0});
+    for (const std::string& key : m_out.steps.back().keys) {
+      if (!isRemoteKey(key)) m_error = "--keys: there is no key \"" + key + "\"; there are " + remoteKeyNames();
+    }
+  }
+
+  bool readValue(const std::string& argument, const std::string& name, std::size_t equals, std::string& out) {
+    if (equals != std::string::npos) {
+      out = argument.substr(equals + 1);
+    } else if (m_at + 1 < m_arguments.size()) {
+      out = m_arguments[++m_at];
+    }
+    if (out.empty()) m_error = "option " + name + " needs a value";
+    return !out.empty();
+  }
+
+  std::vector<std::string> m_arguments;
+  Options& m_out;
+  std::size_t m_at = 0;
+  std::string m_error;
+};
+
+// @return false for a file that is there and cannot be understood.
+bool readConfiguration(const std::string& path, Preferences& out, std::string& error) {
+  if (!g_file_test(path.c_str(), G_FILE_TEST_EXISTS)) return true;
+  const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(), g_key_file_unref);
+  GError* problem = nullptr;
+  if (!g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &problem)) {
+    error = path + ": " + problem->message;
+    g_error_free(problem);
+    return false;
+  }
+  for (const auto& [name, text] : preferenceTexts(out)) {
+    char* const value = g_key_file_get_string(file.get(), kSection, name.c_str(), nullptr);
+    if (value != nullptr) *text = value;
+    g_free(value);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool parseOptions(int argc, const char* const* argv, const std::string& configurationFile, Options& out, std::string& error) {
+  return readConfiguration(configurationFile, out.preferences, error) && Parser(argc, argv, out).run(error);
+}
+
+std::string defaultConfigurationFile() {
+  char* const path = g_build_filename(g_get_user_config_dir(), "avcontrol", "browser.ini", nullptr);
+  const std::string out = path;
+  g_free(path);
+  return out;
+}
+
+std::string addressOf(const std::string& urlOrFile) {
+  char* const scheme = g_uri_parse_scheme(urlOrFile.c_str());
+  const bool isAddress = scheme != nullptr;
+  g_free(scheme);
+  if (isAddress) return urlOrFile;
+  char* const absolute = g_canonicalize_filename(urlOrFile.c_str(), nullptr);
+  char* const url = g_filename_to_uri(absolute, nullptr, nullptr);
+  const std::string out = url == nullptr ? "" : url;
+  g_free(url);
+  g_free(absolute);
+  return out;
+}
+
+std::string helpText() {
+  return R"(Usage: avc-browser [OPTION]... URL|FILE
+
+Shows an HbbTV application as a television does: the page over a 1280x720 video plane, the keyboard as remote control,
+every <object> of a supported type a live A/V Control object.
+
+What the page is told
+      --audio-languages LIST      preferred languages, ISO 639-2, such as "deu,eng"
+      --subtitle-languages LIST
+      --ui-languages LIST
+      --country CODE              ISO 3166-1 alpha-3, such as DEU
+      --user-agent TEXT           default: the engine's own followed by HbbTV/1.7.1
+  The same names are the keys of the group [browser] in )" +
+         defaultConfigurationFile() + R"(
+
+What is shown
+      --window WxH                size of the window; the page is always 1280x720. Default 1280x720
+      --fullscreen                fills the screen
+      --overlay                   starts with the status overlay (F11)
+
+For scripts and tests: steps, done in the order given once the page has been loaded, as often as given. With --wait or
+--screenshot among them the browser ends after the last one.
+      --script FILE               runs the file in the page
+      --keys KEY,...              presses keys of the remote control: )" +
+         remoteKeyNames() + R"(
+      --wait EXPRESSION           waits until it is true in the page
+      --screenshot FILE.png[@S]   writes the window, at the earliest S seconds after the page has been loaded
+      --quit-after SECONDS        ends after so long; when steps are left, that is a time-out
+
+      --trace FILE                writes what crosses the host and the media library, one JSON object a line
+      --private                   keeps no cookies and no local storage after the end
+      --sandbox                   runs the page's process in WebKit's sandbox
+      --media-library PATH        default: libmediamgmnt.so in ../lib beside the program
+      --plugin PATH               default: libavcontrol.so in ../lib beside the program
+  -h, --help                      prints this and ends
+  -V, --version                   prints the version and ends
+
+Exit status: 0; 1 the page had an uncaught error, its process ended, or it or the screenshot failed; 2 a wrong command
+line, or a library that cannot be loaded; 3 time-out; 130 and 143 after SIGINT and SIGTERM.
+)";
+}
+
+std::string versionText() { return "avc-browser " AVC_VERSION "\n"; }
+
+}  // namespace browser

@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a window of the television browser gets before its first script: the A/V Control elements, the remote control's keys, the
+// objects of the environment, and where errors and console lines go. Runs in the page's own world. Whatever a page may put in the
+// place of an engine's function later is taken from here at the start.
+//
+// host: print(level, text, source, line)    uncaught(text, source, line)    settings: a JSON text
+//       wake(): flush is to be called once no script runs    ended(): this window goes
+//       frameOffset(parentWindow) -> {x, y} of this window's page on the plane, null when it cannot be seen
+// native, makeLayer: see av_element.js    parts: {keys, environment}: see there
+// The result is what the program calls: see the last lines.
+(function (host, native, makeLayer, parts) {
+  'use strict';
+
+  const kNowhere = { x: 1280, y: 720, width: 1, height: 1 };  // just outside the plane
+  const kXhtml = 'http://www.w3.org/1999/xhtml';
+  const kTelevisionXhtml = 'application/vnd.hbbtv.xhtml+xml';
+
+  const { apply } = Reflect;
+  const { getOwnPropertyDescriptor, defineProperty, assign } = Object;
+  const uncurry = (method) => Function.prototype.call.bind(method);
+  const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
+  const settings = JSON.parse(host.settings);
+
+  const { document, HTMLObjectElement, HTMLEmbedElement, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
+  const isTop = window.top === window;
+  const parentWindow = window.parent;
+  const isConnected = getter(Node.prototype, 'isConnected');
+  const nodeType = getter(Node.prototype, 'nodeType');
+  const baseUri = getter(Node.prototype, 'baseURI');
+  const documentAddress = getter(Document.prototype, 'URL');
+  const ownerDocument = getter(Node.prototype, 'ownerDocument');
+  const localName = getter(Element.prototype, 'localName');
+  const clientLeft = getter(Element.prototype, 'clientLeft');
+  const clientTop = getter(Element.prototype, 'clientTop');
+  const getAttribute = uncurry(Element.prototype.getAttribute);
+  const setAttribute = uncurry(Element.prototype.setAttribute);
+  const elementQuery = uncurry(Element.prototype.querySelectorAll);
+  const documentQuery = uncurry(Document.prototype.querySelectorAll);
+  const boundingBox = uncurry(Element.prototype.getBoundingClientRect);
+  const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
+  const computedStyle = window.getComputedStyle.bind(window);
+  const dispatchEvent = uncurry(EventTarget.prototype.dispatchEvent);
+  const addListener = uncurry(EventTarget.prototype.addEventListener);
+  const takeRecords = uncurry(MutationObserver.prototype.takeRecords);
+  const observe = uncurry(MutationObserver.prototype.observe);
+  const contentType = getter(Document.prototype, 'contentType');
+  const originalCreateElement = Document.prototype.createElement;
+  const createElementNS = uncurry(Document.prototype.createElementNS);
+  const getAnimations = uncurry(Document.prototype.getAnimations);
+  const reportError = window.reportError.bind(window);
+  const now = performance.now.bind(performance);
+  const frameWindow = [HTMLIFrameElement, HTMLFrameElement, HTMLObjectElement]
+    .map((type) => ({ type, contentWindow: getter(type.prototype, 'contentWindow') }));
+
+  const isElement = (value) => value instanceof HTMLObjectElement || value instanceof HTMLEmbedElement;
+
+  // ---- attributes and the tree: one observer tells of everything, in order; a pump tells at once what it would tell later
+
+  function pump() {
+    const records = takeRecords(observer);
+    if (records.length > 0) changed(records);
+  }
+
+  function changed(records) {
+    let layout = false;
+    for (let i = 0; i < records.length; i += 1) {
+      const record = records[i];
+      layout = true;
+      if (record.type === 'childList') treeChanged(record);
+      else if (isElement(record.target)) layer.attributeChanged(record.target, record.attributeName);
+    }
+    if (layout) layoutMayHaveChanged();
+  }
+
+  function treeChanged({ target, addedNodes, removedNodes }) {
+    for (let i = 0; i < removedNodes.length; i += 1) visitObjects(removedNodes[i], layer.removed);
+    for (let i = 0; i < addedNodes.length; i += 1) {
+      const node = addedNodes[i];
+      if (isElement(target) && node instanceof HTMLParamElement) {
+        layer.parameterAdded(target, getAttribute(node, 'name') || '', getAttribute(node, 'value') || '');
+      }
+      visitObjects(node, (element) => { if (isConnected(element)) layer.inserted(element); });
+    }
+  }
+
+  function visitObjects(node, visit) {
+    if (nodeType(node) !== 1) return;
+    if (isElement(node)) visit(node);
+    const found = elementQuery(node, 'object, embed');
+    for (let i = 0; i < found.length; i += 1) visit(found[i]);
+  }
+
+  const observer = new MutationObserver((records) => changed(records));
+  observe(observer, document, {
+    childList: true, subtree: true, attributes: true, attributeFilter: ['type', 'style', 'class', 'hidden', 'width', 'height'],
+  });
+
+  // An element that has just read all of its attributes does not read them again for what was noted before.
+  function upgraded(element) {
+    const records = takeRecords(observer);
+    observe(observer, element, { attributes: true, childList: true });
+    const others = [];
+    for (let i = 0; i < records.length; i += 1) if (records[i].target !== element) others[others.length] = records[i];
+    if (others.length > 0) changed(others);
+    layoutMayHaveChanged();
+  }
+
+  for (const prototype of [HTMLObjectElement.prototype, HTMLEmbedElement.prototype]) {
+    for (const name of ['setAttribute', 'setAttributeNS', 'setAttributeNode', 'setAttributeNodeNS', 'removeAttribute', 'removeAttributeNS',
+      'removeAttributeNode', 'toggleAttribute']) {
+      const original = Element.prototype[name];
+      const method = {
+        [name](...parameters) {
+          const result = apply(original, this, parameters);
+          layer.inserted(this);
+          pump();
+          return result;
+        },
+      }[name];
+      defineProperty(prototype, name, { value: method, writable: true, enumerable: true, configurable: true });
+    }
+  }
+
+  // ---- geometry
+
+  let frameAsked = false;
+
+  // The frame that shows a change of the layout also places the video. A running animation changes it with every frame.
+  function layoutMayHaveChanged() {
+    if (frameAsked || !layer.hasObjects()) return;
+    frameAsked = true;
+    apply(requestAnimationFrame, window, [() => {
+      frameAsked = false;
+      layer.placeWindows();
+      if (getAnimations(document).length > 0) layoutMayHaveChanged();
+    }]);
+  }
+
+  for (const type of ['scroll', 'resize', 'load', 'transitionrun', 'animationstart', 'fullscreenchange']) {
+    addListener(window, type, layoutMayHaveChanged, { capture: true, passive: true });
+  }
+
+  function origin() {
+    return isTop ? { x: 0, y: 0 } : host.frameOffset(parentWindow);
+  }
+
+  function box(element) {
+    if (!isConnected(element)) return kNowhere;
+    const from = origin();
+    const { left, top, right, bottom } = boundingBox(element);
+    if (from === null || right - left < 1 || bottom - top < 1) return kNowhere;
+    if (styleValue(computedStyle(element), 'visibility') !== 'visible') return kNowhere;
+    const x = Math.round(from.x + left);
+    const y = Math.round(from.y + top);
+    return { x, y, width: Math.round(from.x + right) - x, height: Math.round(from.y + bottom) - y };
+  }
+
+  function contentWindowOf(element) {
+    for (let i = 0; i < frameWindow.length; i += 1) {
+      if (element instanceof frameWindow[i].type) return frameWindow[i].contentWindow(element);
+    }
+    return null;
+  }
+
+  // Where the page of the child window begins on the plane, or null while it cannot be seen.
+  function offsetOf(child) {
+    const frames = documentQuery(document, 'iframe, frame, object');
+    for (let i = 0; i < frames.length; i += 1) {
+      if (contentWindowOf(frames[i]) === child) return contentOffset(frames[i]);
+    }
+    return null;
+  }
+
+  function contentOffset(frame) {
+    const from = origin();
+    const { left, top, right, bottom } = boundingBox(frame);
+    const style = computedStyle(frame);
+    if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
+    const padding = (side) => parseFloat(styleValue(style, 'padding-' + side)) || 0;
+    return { x: from.x + left + clientLeft(frame) + padding('left'), y: from.y + top + clientTop(frame) + padding('top') };
+  }
+
+  // ---- console and errors
+
+  const inspect = parts.inspect();
+
+  // Where the page called: the first line of the stack that is not this file's.
+  function caller() {
+    const lines = String(new Error().stack).split('\n');
+    for (const line of lines) {
+      const match = /^(?:.*@)?(.+?):(\d+):\d+$/.exec(line);
+      if (match !== null && !match[1].startsWith('avc-browser:')) return { source: match[1], line: Number(match[2]) };
+    }
+    return { source: '', line: 0 };
+  }
+
+  function print(level, values) {
+    const { source, line } = caller();
+    host.print(level, values.map((value) => inspect(value)).join(' '), source, line);
+  }
+
+  for (const level of ['log', 'info', 'debug', 'warn', 'error']) {
+    const original = console[level];
+    console[level] = { [level](...values) {
+      print(level, values);
+      return apply(original, console, values);
+    } }[level];
+  }
+  const assertOriginal = console.assert;
+  console.assert = function assert(condition, ...values) {
+    if (!condition) print('error', ['Assertion failed:', ...values]);
+    return apply(assertOriginal, console, [condition, ...values]);
+  };
+
+  addListener(window, 'error', (event) => {
+    if (event.message !== undefined) host.uncaught(String(event.message), String(event.filename), Number(event.lineno) || 0);
+  });
+  addListener(window, 'unhandledrejection', ({ reason }) => {
+    const known = reason instanceof Error;
+    host.uncaught('unhandled rejection: ' + inspect(reason), known ? String(reason.sourceURL) : '', known ? Number(reason.line) || 0 : 0);
+  });
+
+  // ---- documents of the television type: the engine takes them for plain XML, in which createElement makes no HTML elements
+
+  defineProperty(Document.prototype, 'createElement', {
+    value: function createElement(name) {
+      if (contentType(this) === kTelevisionXhtml) return createElementNS(this, kXhtml, name);
+      return apply(originalCreateElement, this, arguments);
+    },
+    writable: true,
+    enumerable: true,
+    configurable: true,
+  });
+
+  // ---- the parts
+
+  parts.keys();
+  parts.environment({ settings, isElement, getAttribute, warn: (text) => host.print('warn', text, '', 0) });
+
+  const layer = makeLayer(native, {
+    prototypes: [HTMLObjectElement.prototype, HTMLEmbedElement.prototype],
+    isElement,
+    isConnected,
+    localName,
+    getAttribute,
+    setAttribute(element, name, text) {
+      setAttribute(element, name, text);
+      pump();
+    },
+    parameters(element) {
+      const out = [];
+      for (const child of elementQuery(element, 'param')) {
+        out.push([getAttribute(child, 'name') || '', getAttribute(child, 'value') || '']);
+      }
+      return out;
+    },
+    box,
+    documentUrl: (element) => documentAddress(ownerDocument(element)),
+    resolveUrl(text, base) {
+      try {
+        return new URL(text, base).href;
+      } catch {
+        return text;
+      }
+    },
+    dispatch: (element, type, fields) => dispatchEvent(element, assign(new Event(type), fields)),
+    reportError,
+    warn: (text) => host.print('warn', text, '', 0),
+    queueTask: (action) => apply(setTimeout, window, [action, 0]),
+    now,
+    sync: pump,
+    upgraded,
+    wake: host.wake,
+    userAgent: settings.userAgent,
+  });
+
+  addListener(window, 'pagehide', () => host.ended(), true);
+
+  return {
+    fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,
+    layoutMayHaveChanged: layer.placeWindows,
+  };
+})

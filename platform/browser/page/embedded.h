@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+// The page-side texts of the browser, put into its binaries when they are built. What each offers is written at its top.
+#pragma once
+
+namespace script {
+
+extern const char kBrowserPageSource[];
+extern const char kInspectSource[];
+extern const char kRemoteKeysSource[];
+extern const char kEnvironmentSource[];
+/// The style sheet that every page gets.
+extern const char kTelevisionStyle[];
+
+}  // namespace script

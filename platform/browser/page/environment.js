@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+// (page) -> undefined: the objects of an HbbTV page's environment, each small and honest about what is not there.
+// page: settings: audioLanguages, subtitleLanguages, uiLanguages, country    isElement(value)    getAttribute(element, name)
+//       warn(text)
+(function (page) {
+  'use strict';
+
+  const { settings } = page;
+  const kKeyBits = {
+    RED: 0x1, GREEN: 0x2, YELLOW: 0x4, BLUE: 0x8, NAVIGATION: 0x10, VCR: 0x20, SCROLL: 0x40, INFO: 0x80, NUMERIC: 0x100, ALPHA: 0x200,
+    OTHER: 0x400,
+  };
+  const kMediaTypes = ['video/mp4', 'video/mpeg', 'video/mp2t', 'audio/mpeg', 'audio/mp4', 'application/dash+xml',
+    'application/vnd.apple.mpegurl', 'application/vnd.oipf.ContentAccessStreaming+xml'];
+  const kCapabilities = `<profilelist>
+<ui_profile name="OITF_HD_UIPROF+META_SI+TRICKMODE+AVCAD">
+<ext><colorkeys>true</colorkeys><parentalcontrol schemes="dvb-si">true</parentalcontrol></ext>
+</ui_profile>
+<audio_profile name="MPEG1_L3" type="audio/mpeg"/>
+<audio_profile name="HEAAC" type="audio/mp4"/>
+<video_profile name="MP4_AVC_SD_25_HEAAC" type="video/mp4" transport="http"/>
+<video_profile name="MP4_AVC_HD_25_HEAAC" type="video/mp4" transport="http"/>
+<video_profile name="TS_AVC_HD_25_HEAAC" type="video/mpeg" transport="http"/>
+<video_profile name="MP4_AVC_HD_25_HEAAC" type="video/mp4" transport="dash"/>
+</profilelist>`;
+  const kStopped = 0;
+
+  // ---- the application and who manages it
+
+  const keyset = {
+    ...kKeyBits,
+    value: 0,
+    otherKeys: [],
+    maximumValue: 0x7ff,
+    setValue(value, otherKeys) {
+      keyset.value = Number(value) & keyset.maximumValue;
+      keyset.otherKeys = Array.isArray(otherKeys) ? [...otherKeys] : [];
+      return keyset.value;
+    },
+  };
+
+  const application = {
+    visible: true,
+    active: true,
+    isPrimaryReceiver: true,
+    privateData: { keyset, currentChannel: null, getFreeMem: () => -1 },
+    window,
+    show() {
+      document.documentElement.style.removeProperty('visibility');
+      application.visible = true;
+      return true;
+    },
+    hide() {
+      document.documentElement.style.setProperty('visibility', 'hidden', 'important');
+      application.visible = false;
+    },
+    activate() {},
+    deactivate() {},
+    activateInput() { return true; },
+    deactivateInput() {},
+    destroyApplication() { window.location.replace('about:blank'); },
+    createApplication(address) {
+      if (!/^https?:/i.test(new URL(address, document.baseURI).protocol)) {
+        page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
+        return null;
+      }
+      window.location.assign(address);
+      return application;
+    },
+  };
+
+  const manager = {
+    getOwnerApplication: () => application,
+    getChildApplications: () => [],
+    gc() {},
+  };
+
+  // ---- configuration and capabilities
+
+  const configuration = {
+    configuration: {
+      preferredAudioLanguage: settings.audioLanguages,
+      preferredSubtitleLanguage: settings.subtitleLanguages,
+      preferredUILanguage: settings.uiLanguages,
+      countryId: settings.country,
+      subtitlesEnabled: true,
+      audioDescriptionEnabled: false,
+      dtt_network_ids: [],
+      deviceId: '',
+    },
+    localSystem: {
+      deviceID: '', systemReady: true, vendorName: 'AVControl', modelName: 'avc-browser', softwareVersion: settings.version,
+      hardwareVersion: 'PC', serialNumber: '', familyName: '', releaseVersion: settings.version, majorVersion: '0', minorVersion: '0',
+      networkInterfaces: [],
+    },
+  };
+
+  const supports = (type) => objectTypes.has(String(type).toLowerCase()) || kMediaTypes.some((known) => known.toLowerCase() === String(type).toLowerCase());
+
+  const capabilities = {
+    get xmlCapabilities() { return new DOMParser().parseFromString(kCapabilities, 'text/xml'); },
+    extraSDVideoDecodes: 3,
+    extraHDVideoDecodes: 1,
+    hasCapability: (name) => String(name).split('+').every((part) => ['OITF_HD_UIPROF', 'META_SI', 'TRICKMODE', 'AVCAD', 'TV_UIPROF'].includes(part)),
+  };
+
+  // ---- a broadcast object on a television without a tuner
+
+  const broadcast = {
+    playState: kStopped,
+    currentChannel: null,
+    fullScreen: false,
+    programmes: { length: 0, item: () => undefined },
+    bindToCurrentChannel() { return null; },
+    setChannel() { page.warn('setChannel: there is no tuner'); },
+    prevChannel: () => null,
+    nextChannel: () => null,
+    stop() {},
+    release() {},
+    setFullScreen() {},
+    setVolume: () => false,
+    getVolume: () => 0,
+    getChannelConfig: () => ({ channelList: { length: 0, item: () => undefined, getChannel: () => null, getChannelByTriplet: () => null }, currentChannel: null }),
+    createChannelObject: () => null,
+    getComponents: () => ({ length: 0, item: () => undefined }),
+    getCurrentActiveComponents: () => ({ length: 0, item: () => undefined }),
+    selectComponent() {},
+    unselectComponent() {},
+    addStreamEventListener() {},
+    removeStreamEventListener() {},
+  };
+
+  const objectTypes = new Map([
+    ['application/oipfapplicationmanager', manager],
+    ['application/oipfconfiguration', configuration],
+    ['application/oipfcapabilities', capabilities],
+    ['video/broadcast', broadcast],
+  ]);
+
+  // ---- an element of such a type has the object's members; on any other element they are not there
+
+  function facadeOf(element) {
+    if (!page.isElement(element)) return undefined;
+    const type = page.getAttribute(element, 'type');
+    return type === null ? undefined : objectTypes.get(type.trim().toLowerCase());
+  }
+
+  function inherited(prototype, name) {
+    for (let at = prototype; at !== null; at = Object.getPrototypeOf(at)) {
+      const descriptor = Object.getOwnPropertyDescriptor(at, name);
+      if (descriptor !== undefined) return descriptor;
+    }
+    return undefined;
+  }
+
+  function defineMember(prototype, name) {
+    const original = inherited(prototype, name);
+    Object.defineProperty(prototype, name, {
+      configurable: true,
+      enumerable: true,
+      get() {
+        const facade = facadeOf(this);
+        if (facade !== undefined && name in facade) return facade[name];
+        return original === undefined || original.get === undefined ? undefined : Reflect.apply(original.get, this, []);
+      },
+      set(value) {
+        const facade = facadeOf(this);
+        if (facade !== undefined && name in facade) return;
+        if (original !== undefined && original.set !== undefined) Reflect.apply(original.set, this, [value]);
+        else Object.defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
+      },
+    });
+  }
+
+  const names = new Set([...objectTypes.values()].flatMap((facade) => Object.keys(facade)));
+  for (const prototype of [HTMLObjectElement.prototype, HTMLEmbedElement.prototype]) {
+    for (const name of names) defineMember(prototype, name);
+  }
+
+  function make(type) {
+    const element = document.createElement('object');
+    element.setAttribute('type', type);
+    return element;
+  }
+
+  Object.defineProperty(window, 'oipfObjectFactory', {
+    configurable: true,
+    enumerable: true,
+    writable: true,
+    value: {
+      isObjectSupported: supports,
+      createApplicationManagerObject: () => make('application/oipfApplicationManager'),
+      createConfigurationObject: () => make('application/oipfConfiguration'),
+      createCapabilitiesObject: () => make('application/oipfCapabilities'),
+      createVideoBroadcastObject: () => make('video/broadcast'),
+      createVideoMpegObject: () => make('video/mpeg'),
+    },
+  });
+})

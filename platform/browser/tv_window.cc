@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/browser/tv_window.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/browser/remote_keys.h"
+
+namespace browser {
+
+namespace {
+
+GtkWidget* widget(WebKitWebView* view) { return GTK_WIDGET(view); }
+
+void makeBlack(GtkWidget* window) {
+  GtkCssProvider* const css = gtk_css_provider_new();
+  gtk_css_provider_load_from_data(css, "window, layout { background: #000; }", -1, nullptr);
+  gtk_style_context_add_provider_for_screen(gtk_widget_get_screen(window), GTK_STYLE_PROVIDER(css),
+                                            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+  g_object_unref(css);
+}
+
+}  // namespace
+
+TvWindow::TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers)
+    : m_view(view),
+      m_plane(plane),
+      m_handlers(std::move(handlers)),
+      m_window(gtk_window_new(GTK_WINDOW_TOPLEVEL)),
+      m_layout(gtk_layout_new(nullptr, nullptr)) {
+  const GdkRGBA transparent = {0, 0, 0, 0};
+  webkit_web_view_set_background_color(view, &transparent);
+  makeBlack(m_window);
+  gtk_layout_put(GTK_LAYOUT(m_layout), widget(view), 0, 0);
+  gtk_container_add(GTK_CONTAINER(m_window), m_layout);
+  g_signal_connect(m_layout, "size-allocate", G_CALLBACK(onSize), this);
+  g_signal_connect(view, "draw", G_CALLBACK(onDraw), this);
+  g_signal_connect_after(view, "draw", G_CALLBACK(onDrawn), this);
+  g_signal_connect(view, "key-press-event", G_CALLBACK(onKey), this);
+  g_signal_connect(view, "key-release-event", G_CALLBACK(onKey), this);
+  g_signal_connect(m_window, "delete-event", G_CALLBACK(onDelete), this);
+}
+
+TvWindow::~TvWindow() {
+  g_signal_handlers_disconnect_by_data(m_view, this);
+  if (m_painted != 0) g_signal_handler_disconnect(gtk_widget_get_frame_clock(m_window), m_painted);
+  gtk_widget_destroy(m_window);
+}
+
+void TvWindow::show(int width, int height, bool fullScreen) {
+  gtk_window_set_default_size(GTK_WINDOW(m_window), width, height);
+  fit(width, height);
+  if (fullScreen) toggleFullScreen();
+  gtk_widget_show_all(m_window);
+  gtk_widget_grab_focus(widget(m_view));
+}
+
+void TvWindow::setTitle(const std::string& title) { gtk_window_set_title(GTK_WINDOW(m_window), title.c_str()); }
+
+void TvWindow::toggleFullScreen() {
+  m_fullScreen = !m_fullScreen;
+  m_fullScreen ? gtk_window_fullscreen(GTK_WINDOW(m_window)) : gtk_window_unfullscreen(GTK_WINDOW(m_window));
+}
+
+void TvWindow::redraw() { gtk_widget_queue_draw(widget(m_view)); }
+
+void TvWindow::onSize(GtkWidget*, GtkAllocation* size, gpointer self) {
+  static_cast<TvWindow*>(self)->fit(size->width, size->height);
+}
+
+// The largest 16:9 picture in the middle. The zoom makes it 1280 CSS pixels wide, whatever its size.
+void TvWindow::fit(int width, int height) {
+  const double scale = std::min(static_cast<double>(width) / kMediaPlaneWidth, static_cast<double>(height) / kMediaPlaneHeight);
+  const int fitted = std::max(1, static_cast<int>(std::lround(kMediaPlaneWidth * scale)));
+  const int fittedHeight = std::max(1, static_cast<int>(std::lround(kMediaPlaneHeight * scale)));
+  gtk_widget_set_size_request(widget(m_view), fitted, fittedHeight);
+  gtk_layout_move(GTK_LAYOUT(m_layout), widget(m_view), (width - fitted) / 2, (height - fittedHeight) / 2);
+  webkit_web_view_set_zoom_level(m_view, static_cast<double>(fitted) / kMediaPlaneWidth);
+}
+
+gboolean TvWindow::onDraw(GtkWidget* view, cairo_t* cairo, gpointer self) {
+  static_cast<TvWindow*>(self)->m_plane.paint(cairo, gtk_widget_get_allocated_width(view), gtk_widget_get_allocated_height(view));
+  return FALSE;  // the page comes above
+}
+
+gboolean TvWindow::onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self) {
+  const auto& window = *static_cast<TvWindow*>(self);
+  window.m_handlers.paintAbove(cairo, gtk_widget_get_allocated_width(view), gtk_widget_get_allocated_height(view));
+  return FALSE;
+}
+
+gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
+  const auto& window = *static_cast<TvWindow*>(self);
+  const bool pressed = event->type == GDK_KEY_PRESS;
+  if (pressed && window.m_handlers.key(event->keyval, static_cast<GdkModifierType>(event->state))) return TRUE;
+  event->keyval = remoteKeyFor(event->keyval);
+  return FALSE;
+}
+
+gboolean TvWindow::onDelete(GtkWidget*, GdkEvent*, gpointer self) {
+  static_cast<TvWindow*>(self)->m_handlers.closed();
+  return TRUE;  // the window goes when everything in it has ended
+}
+
+void TvWindow::press(guint sentKey) {
+  sendKey(sentKey, GDK_KEY_PRESS);
+  sendKey(sentKey, GDK_KEY_RELEASE);
+}
+
+void TvWindow::sendKey(guint sentKey, GdkEventType type) {
+  GdkDisplay* const display = gtk_widget_get_display(m_window);
+  GdkEvent* const event = gdk_event_new(type);
+  event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(widget(m_view))));
+  event->key.time = GDK_CURRENT_TIME;
+  event->key.keyval = sentKey;
+  GdkKeymapKey* places = nullptr;
+  gint count = 0;
+  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display), sentKey, &places, &count) && count > 0) {
+    event->key.hardware_keycode = static_cast<guint16>(places[0].keycode);
+  }
+  g_free(places);
+  gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(display)));
+  gtk_widget_event(widget(m_view), event);
+  gdk_event_free(event);
+}
+
+void TvWindow::whenDrawn(std::function<void()> done) {
+  m_whenDrawn = std::move(done);
+  GdkFrameClock* const clock = gtk_widget_get_frame_clock(m_window);
+  if (m_painted == 0) m_painted = g_signal_connect(clock, "after-paint", G_CALLBACK(onPainted), this);
+  redraw();
+}
+
+void TvWindow::onPainted(GdkFrameClock* clock, gpointer self) {
+  auto& window = *static_cast<TvWindow*>(self);
+  g_signal_handler_disconnect(clock, std::exchange(window.m_painted, 0));
+  const auto done = std::exchange(window.m_whenDrawn, nullptr);
+  done();
+}
+
+bool TvWindow::screenshot(const std::string& path, std::string& error) const {
+  GdkWindow* const window = gtk_widget_get_window(m_window);
+  GdkPixbuf* const picture = gdk_pixbuf_get_from_window(window, 0, 0, gdk_window_get_width(window), gdk_window_get_height(window));
+  if (picture == nullptr) {
+    error = "the window gave no picture for " + path;
+    return false;
+  }
+  GError* problem = nullptr;
+  const bool saved = gdk_pixbuf_save(picture, path.c_str(), "png", &problem, nullptr);
+  if (!saved) error = "cannot write the screenshot " + path + ": " + problem->message;
+  g_clear_error(&problem);
+  g_object_unref(picture);
+  return saved;
+}
+
+}  // namespace browser

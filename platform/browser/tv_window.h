@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+// The window: the page, always 1280x720 CSS pixels and transparent, scaled over the video plane, black around both.
+// Window's process, main thread.
+#pragma once
+
+#include <webkit2/webkit2.h>
+
+#include <functional>
+#include <string>
+
+#include "platform/browser/plane_view.h"
+
+namespace browser {
+
+class TvWindow {
+ public:
+  struct Handlers {
+    std::function<void()> closed;                                     ///< by the user
+    std::function<bool(guint pcKey, GdkModifierType modifiers)> key;  ///< @return true for a key that is not the page's
+    std::function<void(cairo_t*, int width, int height)> paintAbove;  ///< draws over page and plane
+  };
+
+  /// The window takes the view and stays hidden until show().
+  TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers);
+  TvWindow(const TvWindow&) = delete;
+  TvWindow& operator=(const TvWindow&) = delete;
+  ~TvWindow();
+
+  void show(int width, int height, bool fullScreen);
+  void setTitle(const std::string& title);
+  void toggleFullScreen();
+  /// Draws everything again. Part of the view would not do: the engine then draws another part of the page.
+  void redraw();
+  /// Presses and releases a key of the remote control, as the keyboard would.
+  void press(guint sentKey);
+  /// Calls @p done after the next picture has reached the window.
+  void whenDrawn(std::function<void()> done);
+  /// Writes what the window shows. @return false, with one line in @p error.
+  bool screenshot(const std::string& path, std::string& error) const;
+
+ private:
+  static void onSize(GtkWidget* layout, GtkAllocation* size, gpointer self);
+  static gboolean onDraw(GtkWidget* view, cairo_t* cairo, gpointer self);
+  static gboolean onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self);
+  static gboolean onKey(GtkWidget* view, GdkEventKey* event, gpointer self);
+  static gboolean onDelete(GtkWidget* window, GdkEvent* event, gpointer self);
+  static void onPainted(GdkFrameClock* clock, gpointer self);
+
+  void fit(int width, int height);
+  void sendKey(guint sentKey, GdkEventType type);
+
+  WebKitWebView* m_view;
+  PlaneView& m_plane;
+  Handlers m_handlers;
+  GtkWidget* m_window;
+  GtkWidget* m_layout;
+  std::function<void()> m_whenDrawn;
+  gulong m_painted = 0;
+  bool m_fullScreen = false;
+};
+
+}  // namespace browser

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/browser/web_side.h"
+
+#include <gio/gunixfdlist.h>
+
+#include <utility>
+
+#include "platform/browser/messages.h"
+#include "platform/browser/settings_text.h"
+
+namespace browser {
+
+namespace {
+
+constexpr guint kTickMilliseconds = 40;
+constexpr int kRestMilliseconds = 2000;
+
+const std::string& at(const std::map<std::string, std::string>& start, const char* name) {
+  static const std::string none;
+  const auto found = start.find(name);
+  return found == start.end() ? none : found->second;
+}
+
+}  // namespace
+
+WebSide::WebSide(const std::map<std::string, std::string>& start)
+    : m_settings(settingsText(start)), m_flush([this] { flushAll(); }), m_bury([this] { destroyRetired(); }) {
+  load(start);
+}
+
+WebSide::~WebSide() {
+  if (m_tick != 0) g_source_remove(m_tick);
+  m_frames.clear();
+  m_retired.clear();
+}
+
+// The trace comes before the first object, the queue of events as well.
+void WebSide::load(const std::map<std::string, std::string>& start) {
+  m_media = shell::MediaLibrary::load(at(start, kStartMediaLibrary), m_error);
+  if (m_media == nullptr) return;
+  const std::string& trace = at(start, kStartTrace);
+  if (!trace.empty()) m_trace = shell::Trace::open(trace, m_error);
+  if (!m_error.empty()) return;
+  m_plugin = pluginhost::PluginLibrary::load(at(start, kStartPlugin), m_error);
+  if (m_plugin == nullptr) return;
+  m_pump.emplace([this](const pluginhost::Event& event) { deliver(event); });
+  learnTables();
+}
+
+// The elements must know the rows before the first object of a page is made: one object that no page sees tells.
+void WebSide::learnTables() {
+  const auto sample = m_plugin->create();
+  if (sample == nullptr) {
+    m_error = "the plugin makes no objects";
+    return;
+  }
+  m_tables = script::tablesOf(*sample);
+  sample->willBeDestroyed();
+}
+
+void WebSide::pageCreated(WebKitWebPage* page) {
+  m_page = page;
+  g_object_weak_ref(G_OBJECT(page), onPageGone, this);
+  g_signal_connect(page, "user-message-received", G_CALLBACK(onMessage), this);
+  if (!m_error.empty()) {
+    send(kMessageFailed, g_variant_new(kFailedType, m_error.c_str()));
+  } else {
+    sendPlane();
+  }
+}
+
+void WebSide::windowCleared(WebKitScriptWorld* world, WebKitFrame* frame) {
+  const auto known = m_frames.find(frame);
+  if (known == m_frames.end()) {
+    g_object_weak_ref(G_OBJECT(frame), onFrameGone, this);
+  } else {
+    retire(known);
+  }
+  if (!m_error.empty() || m_atEnd) {
+    m_frames[frame] = nullptr;
+    return;
+  }
+  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+  JSGlobalContextRef context = webkit_frame_get_javascript_context_for_script_world(frame, world);
+  G_GNUC_END_IGNORE_DEPRECATIONS
+  m_frames[frame] = std::make_unique<FrameScript>(*this, context, m_plugin, m_tables, m_settings);
+}
+
+void WebSide::send(const char* name, GVariant* parameters, GUnixFDList* descriptors) {
+  if (m_page == nullptr) {
+    g_variant_unref(g_variant_ref_sink(parameters));
+    return;
+  }
+  WebKitUserMessage* message = webkit_user_message_new_with_fd_list(name, parameters, descriptors);
+  webkit_web_page_send_message_to_view(m_page, message, nullptr, nullptr, nullptr);
+}
+
+void WebSide::sendPlane() {
+  MediaPlaneExport plane{};
+  if (!m_media->exportPlane(plane)) return;
+  GUnixFDList* descriptors = g_unix_fd_list_new();
+  g_unix_fd_list_append(descriptors, plane.memoryFd, nullptr);
+  g_unix_fd_list_append(descriptors, plane.tickFd, nullptr);
+  send(kMessagePlane, g_variant_new(kPlaneType, plane.memoryBytes), descriptors);
+  g_object_unref(descriptors);
+}
+
+void WebSide::print(const std::string& level, const std::string& text, const std::string& source, unsigned line) {
+  send(kMessageConsole, g_variant_new(kConsoleType, level.c_str(), text.c_str(), source.c_str(), line));
+}
+
+void WebSide::uncaught(const std::string& text, const std::string& source, unsigned line) {
+  send(kMessageUncaught, g_variant_new(kUncaughtType, text.c_str(), source.c_str(), line));
+}
+
+void WebSide::ended(FrameScript& frame) {
+  for (auto at = m_frames.begin(); at != m_frames.end(); ++at) {
+    if (at->second.get() == &frame) return retire(at);
+  }
+}
+
+FrameScript* WebSide::frameOf(JSObjectRef window) {
+  for (const auto& [frame, script] : m_frames) {
+    if (script != nullptr && script->window() == window) return script.get();
+  }
+  return nullptr;
+}
+
+// The place stays: the engine's frame may get its next window. A script may be running in the window that goes, so it goes later.
+void WebSide::retire(Frames::iterator frame) {
+  if (frame->second == nullptr) return;
+  frame->second->silence();
+  m_retired.push_back(std::move(frame->second));
+  m_bury.schedule();
+}
+
+void WebSide::destroyRetired() {
+  const auto retired = std::exchange(m_retired, {});  // destroying objects runs no script, but keep clear of what they may do
+}
+
+void WebSide::onFrameGone(gpointer self, GObject* frame) {
+  auto& side = *static_cast<WebSide*>(self);
+  const auto known = side.m_frames.find(reinterpret_cast<WebKitFrame*>(frame));
+  if (known == side.m_frames.end()) return;
+  side.retire(known);
+  side.m_frames.erase(known);
+}
+
+// The window's process has gone, or is about to: nobody calls this process's main loop for long any more.
+void WebSide::onPageGone(gpointer self, GObject* page) {
+  auto& side = *static_cast<WebSide*>(self);
+  if (reinterpret_cast<GObject*>(side.m_page) != page) return;
+  side.m_page = nullptr;
+  side.comeToRest();
+}
+
+bool WebSide::comeToRest() {
+  for (auto at = m_frames.begin(); at != m_frames.end(); ++at) retire(at);
+  destroyRetired();
+  return m_media == nullptr || m_media->waitIdle(kRestMilliseconds);
+}
+
+gboolean WebSide::onMessage(WebKitWebPage*, WebKitUserMessage* message, gpointer self) {
+  auto& side = *static_cast<WebSide*>(self);
+  const std::string name = webkit_user_message_get_name(message);
+  if (name == kMessageEnd) {
+    side.m_atEnd = true;
+    GVariant* rested = g_variant_new(kEndType, side.comeToRest() ? TRUE : FALSE);
+    webkit_user_message_send_reply(message, webkit_user_message_new(kMessageEnd, rested));
+    return TRUE;
+  }
+  if (name != kMessageStatus) return FALSE;
+  webkit_user_message_send_reply(message, webkit_user_message_new(kMessageStatus, side.status()));
+  return TRUE;
+}
+
+GVariant* WebSide::status() { return g_variant_new(kStatusType, "", ""); }
+
+void WebSide::deliver(const pluginhost::Event& event) {
+  for (const auto& [frame, script] : m_frames) {
+    if (script == nullptr || !script->owns(event.objectId)) continue;
+    script->deliver(event);  // may change m_frames
+    return;
+  }
+}
+
+void WebSide::flushAll() {
+  std::vector<FrameScript*> frames;
+  for (const auto& [frame, script] : m_frames) {
+    if (script != nullptr) frames.push_back(script.get());
+  }
+  for (FrameScript* script : frames) script->flush();  // one that retires meanwhile is silent and lives until the next turn
+  keepTicking();
+}
+
+void WebSide::keepTicking() {
+  if (m_tick != 0) return;
+  const auto tick = [](gpointer data) -> gboolean {
+    auto& side = *static_cast<WebSide*>(data);
+    std::vector<FrameScript*> frames;
+    for (const auto& [frame, script] : side.m_frames) {
+      if (script != nullptr && script->binding().pluginCount() > 0) frames.push_back(script.get());
+    }
+    for (FrameScript* script : frames) script->tick();
+    if (!frames.empty()) return G_SOURCE_CONTINUE;
+    side.m_tick = 0;
+    return G_SOURCE_REMOVE;
+  };
+  m_tick = g_timeout_add(kTickMilliseconds, tick, this);
+}
+
+}  // namespace browser

@@ -1,0 +1,204 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What the tests of avc-browser share: an invisible screen, a web server with the test pages and the sample media, a run of the
+browser, and a look at the pictures that it wrote.
+
+    class PlaneTest(television.Case):
+        def test_video_is_shown(self):
+            run = self.browse("plane.html", "--wait", "done", "--screenshot", "a.png")
+            self.assertColour(run.picture("a.png"), (400, 200), RED)
+
+A test file ends with television.main(). It is called with --avc-browser FILE --media DIR and, as a unittest, names of tests.
+"""
+import argparse
+import os
+import re
+import select
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "platform", "media"))
+import server as media_server  # noqa: E402  (the folder is only known now)
+
+DEFECT = re.compile(r"CRITICAL \*\*|Sanitizer|runtime error:|assertion .* failed", re.IGNORECASE)
+PATIENCE_S = 60
+WIDTH, HEIGHT = 1280, 720
+BLACK, WHITE = (0, 0, 0), (255, 255, 255)
+# The sample media's test card: upright bars of these colours, each a sixth of the width; what moves covers little of them.
+BARS = [(255, 0, 0), (0, 255, 0), (255, 255, 0), (0, 0, 255), (255, 0, 255), (0, 255, 255)]
+
+options = None
+
+
+def commandLine():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--avc-browser", required=True)
+    parser.add_argument("--media", required=True)
+    parser.add_argument("tests", nargs="*")
+    return parser.parse_args()
+
+
+class Screen:
+    """An X server without a screen, with a display number that is free."""
+
+    def __init__(self, width=WIDTH, height=HEIGHT):
+        reader, writer = os.pipe()
+        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", "%dx%dx24" % (width, height), "-nolisten", "tcp", "-noreset"]
+        self.process = subprocess.Popen(command, pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL)
+        os.close(writer)
+        self.name = ":" + self.readLine(reader)
+        os.close(reader)
+        if self.name == ":":
+            self.close()
+            raise RuntimeError("Xvfb did not start")
+
+    # The server writes in more than one piece, and ends when nobody reads on.
+    @staticmethod
+    def readLine(reader):
+        text = b""
+        while not text.endswith(b"\n") and select.select([reader], [], [], PATIENCE_S)[0]:
+            part = os.read(reader, 16)
+            if not part:
+                return ""
+            text += part
+        return text.decode().strip()
+
+    def close(self):
+        self.process.terminate()
+        self.process.wait()
+
+
+class Picture:
+    """Pixels of a PNG file."""
+
+    def __init__(self, path):
+        size = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=width,height", "-of", "csv=p=0", path],
+                              stdout=subprocess.PIPE, check=True, text=True).stdout.strip()
+        self.width, self.height = (int(part) for part in size.split(","))
+        self.bytes = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"],
+                                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True).stdout
+
+    def at(self, x, y):
+        offset = (y * self.width + x) * 3
+        return tuple(self.bytes[offset:offset + 3])
+
+    def around(self, x, y, reach=6):
+        """The middle colour of a small neighbourhood, so that something small that moves does not decide."""
+        points = [self.at(px, py) for px in range(max(0, x - reach), min(self.width, x + reach + 1), 3)
+                  for py in range(max(0, y - reach), min(self.height, y + reach + 1), 3)]
+        return tuple(sorted(point[i] for point in points)[len(points) // 2] for i in range(3))
+
+
+class Run:
+    """What is left of a run of the browser: status, output, and the folder of the files that it wrote."""
+
+    def __init__(self, status, output, folder):
+        self.status = status
+        self.output = output
+        self.folder = folder
+
+    def lines(self, start):
+        """What was printed behind this start of a line, without the place."""
+        return [re.sub(r" \([^()]*\)$", "", line[len(start):]) for line in self.output.splitlines() if line.startswith(start)]
+
+    def logged(self):
+        return self.lines("console.log: ")
+
+    def picture(self, name):
+        return Picture(os.path.join(self.folder, name))
+
+    def trace(self, name="trace.jsonl"):
+        with open(os.path.join(self.folder, name), encoding="utf-8", errors="replace") as file:
+            return file.read().splitlines()
+
+
+class Case(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.screen = Screen()
+        cls.root = tempfile.mkdtemp()
+        os.symlink(os.path.join(HERE, "pages"), os.path.join(cls.root, "pages"))
+        os.symlink(os.path.join(HERE, "..", "..", "examples"), os.path.join(cls.root, "examples"))
+        os.symlink(os.path.abspath(options.media), os.path.join(cls.root, "media"))
+        cls.server = media_server.Server(cls.root).start()
+        cls.base = "http://127.0.0.1:%d/" % cls.server.port
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.stop()
+        cls.screen.close()
+        shutil.rmtree(cls.root)
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def environment(self, **more):
+        variables = dict(os.environ, DISPLAY=self.screen.name, HOME=self.folder, XDG_RUNTIME_DIR=self.folder)
+        for name in ("WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"):
+            variables.pop(name, None)
+        variables.update(more)
+        return variables
+
+    def start(self, page, *arguments, **environment):
+        """Starts the browser without waiting for it. A page is the name of a file of pages/, or an address."""
+        address = page if ":" in page else self.base + "pages/" + page
+        return subprocess.Popen([options.avc_browser, "--private", *arguments, address], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                                env=self.environment(**environment))
+
+    def finish(self, process):
+        """Waits for the end; a browser that does not end is a failure."""
+        try:
+            output, _ = process.communicate(timeout=PATIENCE_S + 30)
+        except subprocess.TimeoutExpired:
+            process.send_signal(signal.SIGKILL)
+            output, _ = process.communicate()
+            self.fail("avc-browser did not end by itself:\n" + output)
+        return Run(process.returncode, output, self.folder)
+
+    def browse(self, page, *arguments, status=0, **environment):
+        limit = [] if "--quit-after" in arguments else ["--quit-after", str(PATIENCE_S)]
+        run = self.finish(self.start(page, "--trace", "trace.jsonl", *limit, *arguments, **environment))
+        self.assertEqual(run.status, status, run.output)
+        self.assertIsNone(DEFECT.search(run.output), run.output)
+        return run
+
+    def assertColour(self, picture, point, colour, tolerance=24):
+        seen = picture.around(*point)
+        far = max(abs(a - b) for a, b in zip(seen, colour))
+        self.assertLessEqual(far, tolerance, "at %s: %s, must be %s" % (point, seen, colour))
+
+    def assertCard(self, picture, left, top, width, height):
+        """The test card fills this box, and is not one pixel larger."""
+        for bar, colour in enumerate(BARS):
+            self.assertColour(picture, (left + round(width * (bar + 0.4) / 6), top + round(height * 0.14)), colour, 40)
+        middle = top + round(height * 0.25)
+        for x, inside in ((left - 2, False), (left + 2, True), (left + width - 3, True), (left + width + 1, False)):
+            if 0 <= x < picture.width:
+                self.assertEqual(max(picture.at(x, middle)) > 60, inside, "at %d,%d: %s" % (x, middle, picture.at(x, middle)))
+        across = left + round(width * 5.5 / 6)
+        for y, inside in ((top - 2, False), (top + 2, True), (top + height - 3, True), (top + height + 1, False)):
+            if 0 <= y < picture.height:
+                self.assertEqual(max(picture.at(across, y)) > 60, inside, "at %d,%d: %s" % (across, y, picture.at(across, y)))
+
+    def assertAllClosed(self, run):
+        """Every player that was opened has been closed."""
+        trace = run.trace()
+        opened = sum('"name":"openPlayer"' in line for line in trace)
+        closed = sum('"name":"closePlayer"' in line for line in trace)
+        self.assertGreater(opened, 0)
+        self.assertEqual(opened, closed)
+
+
+def main():
+    global options
+    options = commandLine()
+    # Test files import this module by its name; what runs as __main__ is the test file.
+    sys.modules["television"].options = options
+    unittest.main(module="__main__", argv=[sys.argv[0], *options.tests], verbosity=2)
