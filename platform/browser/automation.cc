@@ -11,6 +11,8 @@ namespace browser {
 namespace {
 
 constexpr double kLookSeconds = 0.03;
+constexpr double kStillSeconds = 0.15;
+constexpr int kStillLooks = 8;
 // Ends when the page has drawn what it had to draw; a page that is not shown draws nothing, so there is a limit.
 constexpr char kAfterFrames[] =
     "return new Promise((done) => { let frames = 3; const next = () => { frames -= 1; if (frames < 0) done(''); "
@@ -100,7 +102,17 @@ void Automation::wait(const std::string& expression) {
 void Automation::shoot(const Step& step) {
   const double since = static_cast<double>(g_get_monotonic_time() - m_loadedAt) / G_USEC_PER_SEC;
   if (since < step.seconds) return later(step.seconds - since, [this, &step] { shoot(step); });
-  afterFrames([this, &step] { m_window.whenDrawn([this, &step] { later(0, [this, &step] { shootNow(step.text); }); }); });
+  const auto draw = [this, &step] { m_window.whenDrawn([this, &step] { later(0, [this, &step] { shootNow(step.text); }); }); };
+  afterFrames([this, draw] { awaitStill(0, m_window.pictures(), draw); });
+}
+
+// What a page does to its layout reaches the video some threads later. A plane on which nothing plays then stands still.
+void Automation::awaitStill(int looks, std::uint32_t picture, std::function<void()> action) {
+  later(kStillSeconds, [this, looks, picture, action = std::move(action)] {
+    const std::uint32_t now = m_window.pictures();
+    if (now == picture || looks + 1 >= kStillLooks) return action();
+    awaitStill(looks + 1, now, action);
+  });
 }
 
 void Automation::shootNow(const std::string& file) {

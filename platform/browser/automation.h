@@ -4,6 +4,7 @@
 
 #include <webkit2/webkit2.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -36,6 +37,7 @@ class Automation {
   void pressKeys(const std::vector<std::string>& keys, std::size_t at);
   void wait(const std::string& expression);
   void shoot(const Step& step);
+  void awaitStill(int looks, std::uint32_t picture, std::function<void()> action);
   void shootNow(const std::string& file);
   void later(double seconds, std::function<void()> action);
   void evaluate(const std::string& source, const char* name, Answer answer);

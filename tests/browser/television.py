@@ -174,10 +174,17 @@ class Case(unittest.TestCase):
         far = max(abs(a - b) for a, b in zip(seen, colour))
         self.assertLessEqual(far, tolerance, "at %s: %s, must be %s" % (point, seen, colour))
 
+    def assertBar(self, picture, left, top, width, height, bar):
+        """A bar of the test card that fills this box. Something that moves may be in front of one point, not of most."""
+        points = [(left + round(width * (bar + 0.4) / 6), top + round(height * part)) for part in (0.14, 0.3, 0.6, 0.94, 0.97)]
+        seen = [picture.around(*point, reach=3) for point in points]
+        right = sum(max(abs(a - b) for a, b in zip(colour, BARS[bar])) <= 40 for colour in seen)
+        self.assertGreaterEqual(right, 3, "bar %d of %s: %s at %s" % (bar, (left, top, width, height), seen, points))
+
     def assertCard(self, picture, left, top, width, height):
         """The test card fills this box, and is not one pixel larger."""
-        for bar, colour in enumerate(BARS):
-            self.assertColour(picture, (left + round(width * (bar + 0.4) / 6), top + round(height * 0.14)), colour, 40)
+        for bar in range(len(BARS)):
+            self.assertBar(picture, left, top, width, height, bar)
         middle = top + round(height * 0.25)
         for x, inside in ((left - 2, False), (left + 2, True), (left + width - 3, True), (left + width + 1, False)):
             if 0 <= x < picture.width:
@@ -199,6 +206,7 @@ class Case(unittest.TestCase):
 def main():
     global options
     options = commandLine()
+    options.avc_browser = os.path.abspath(options.avc_browser)
     # Test files import this module by its name; what runs as __main__ is the test file.
     sys.modules["television"].options = options
     unittest.main(module="__main__", argv=[sys.argv[0], *options.tests], verbosity=2)

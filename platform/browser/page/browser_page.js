@@ -11,7 +11,8 @@
 (function (host, native, makeLayer, parts) {
   'use strict';
 
-  const kNowhere = { x: 1280, y: 720, width: 1, height: 1 };  // just outside the plane
+  const kNowhere = { x: 1280, y: 720, width: 1280, height: 720 };  // just outside the plane
+  const kLeast = { width: 150, height: 80 };  // the A/V Control object takes no smaller window
   const kXhtml = 'http://www.w3.org/1999/xhtml';
   const kTelevisionXhtml = 'application/vnd.hbbtv.xhtml+xml';
 
@@ -102,7 +103,7 @@
     const others = [];
     for (let i = 0; i < records.length; i += 1) if (records[i].target !== element) others[others.length] = records[i];
     if (others.length > 0) changed(others);
-    layoutMayHaveChanged();
+    host.wake();
   }
 
   for (const prototype of [HTMLObjectElement.prototype, HTMLEmbedElement.prototype]) {
@@ -148,7 +149,7 @@
     if (!isConnected(element)) return kNowhere;
     const from = origin();
     const { left, top, right, bottom } = boundingBox(element);
-    if (from === null || right - left < 1 || bottom - top < 1) return kNowhere;
+    if (from === null || right - left < kLeast.width || bottom - top < kLeast.height) return kNowhere;
     if (styleValue(computedStyle(element), 'visibility') !== 'visible') return kNowhere;
     const x = Math.round(from.x + left);
     const y = Math.round(from.y + top);

@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Video appears exactly where the element is, whatever moves it."""
+import television
+
+
+def steps(*names):
+    """For each action of the page: do it, then take a picture of that name."""
+    return [part for name in names for part in ("--wait", "did('%s')" % name, "--screenshot", name + ".png")]
+
+
+class GeometryTest(television.Case):
+    def assertNothing(self, picture):
+        for point in ((60, 60), (560, 60), (200, 200), (700, 400), (900, 600)):
+            self.assertColour(picture, point, television.BLACK, 0)
+
+    def test_video_follows_box(self):
+        run = self.browse("geometry.html", *steps("start", "byStyle", "byClass", "byAttribute", "byTransition", "byScrolling", "byAncestor"))
+        self.assertCard(run.picture("start.png"), 40, 40, 320, 180)
+        self.assertCard(run.picture("byStyle.png"), 700, 500, 320, 180)
+        self.assertCard(run.picture("byClass.png"), 400, 120, 640, 360)
+        self.assertCard(run.picture("byAttribute.png"), 40, 40, 160, 90)
+        self.assertCard(run.picture("byTransition.png"), 800, 40, 320, 180)
+        self.assertCard(run.picture("byScrolling.png"), 40, 100, 320, 180)
+        self.assertCard(run.picture("byAncestor.png"), 540, 40, 320, 180)
+
+    def test_hidden_removed_and_full_screen(self):
+        run = self.browse("geometry.html", *steps("start", "hidden", "shown", "notDisplayed", "displayed", "tall", "fullScreen",
+                                                  "notFullScreen", "removed"))
+        self.assertNothing(run.picture("hidden.png"))
+        self.assertCard(run.picture("shown.png"), 40, 40, 320, 180)
+        self.assertNothing(run.picture("notDisplayed.png"))
+        self.assertCard(run.picture("displayed.png"), 40, 40, 320, 180)
+        tall = run.picture("tall.png")  # the aspect ratio stays: black above and below
+        self.assertCard(tall, 100, 210, 320, 180)
+        self.assertColour(tall, (200, 150), television.BLACK, 0)
+        self.assertCard(run.picture("fullScreen.png"), 0, 0, 1280, 720)
+        self.assertCard(run.picture("notFullScreen.png"), 100, 210, 320, 180)
+        self.assertNothing(run.picture("removed.png"))
+        self.assertAllClosed(run)
+
+    def test_other_window_sizes_scale_page_and_video(self):
+        run = self.browse("geometry.html", "--window", "640x480", *steps("start", "byClass"))
+        picture = run.picture("byClass.png")
+        self.assertEqual((picture.width, picture.height), (640, 480))
+        self.assertCard(picture, 200, 120, 320, 180)  # half of 400,120, and 60 black lines above
+
+
+class SeveralTest(television.Case):
+    def test_later_objects_lie_above_earlier_ones(self):
+        run = self.browse("several.html", "--wait", "done", "--screenshot", "a.png")
+        picture = run.picture("a.png")
+        self.assertBar(picture, 0, 0, 640, 360, 0)
+        self.assertBar(picture, 0, 0, 640, 180 / 0.97, 5)  # what the second one leaves of the first one's last bar
+        for bar in range(5):
+            self.assertBar(picture, 320, 180, 640, 360, bar)
+        self.assertCard(picture, 960, 540, 320, 180)
+        self.assertAllClosed(run)
+
+
+class FrameTest(television.Case):
+    def test_video_in_frames_is_where_the_frame_is(self):
+        run = self.browse("frames.html", "--wait", "ready === 2", "--screenshot", "a.png", "--wait", "moved()", "--screenshot", "b.png",
+                          "--wait", "without()", "--screenshot", "c.png")
+        first = run.picture("a.png")
+        self.assertCard(first, 20 + 16 + 30, 30 + 16 + 40, 320, 180)
+        self.assertCard(first, 600 + 16 + 30, 300 + 16 + 40, 320, 180)
+        self.assertCard(run.picture("b.png"), 700 + 16 + 30, 300 + 16 + 40, 320, 180)
+        last = run.picture("c.png")
+        self.assertColour(last, (100, 120), television.BLACK, 0)
+        self.assertCard(last, 700 + 16 + 30, 300 + 16 + 40, 320, 180)
+        self.assertAllClosed(run)
+
+
+if __name__ == "__main__":
+    television.main()
