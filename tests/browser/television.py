@@ -10,6 +10,7 @@ browser, and a look at the pictures that it wrote.
 A test file ends with television.main(). It is called with --avc-browser FILE --media DIR and, as a unittest, names of tests.
 """
 import argparse
+import json
 import os
 import re
 import select
@@ -168,6 +169,14 @@ class Case(unittest.TestCase):
         self.assertEqual(run.status, status, run.output)
         self.assertIsNone(DEFECT.search(run.output), run.output)
         return run
+
+    def requests(self):
+        """What the server was asked for, in order."""
+        return [json.loads(line) for line in self.server.noted().decode().splitlines()]
+
+    def pressOnKeyboard(self, key):
+        """Presses a key as the screen's keyboard would."""
+        subprocess.run(["xdotool", "key", key], env=self.environment(), check=True)
 
     def assertColour(self, picture, point, colour, tolerance=24):
         seen = picture.around(*point)

@@ -36,7 +36,7 @@ import urllib.parse
 TYPES = {
     ".mp4": "video/mp4", ".m4s": "video/mp4", ".m4a": "audio/mp4", ".ts": "video/mp2t", ".mp3": "audio/mpeg", ".aac": "audio/aac",
     ".mpd": "application/dash+xml", ".m3u8": "application/vnd.apple.mpegurl", ".html": "text/html; charset=utf-8",
-    ".js": "text/javascript; charset=utf-8", ".json": "application/json", ".xml": "application/xml", ".vtt": "text/vtt",
+    ".htm": "text/html", ".js": "text/javascript; charset=utf-8", ".json": "application/json", ".xml": "application/xml", ".vtt": "text/vtt",
     ".ttml": "application/ttml+xml", ".css": "text/css; charset=utf-8", ".png": "image/png", ".svg": "image/svg+xml",
     ".xhtml": "application/xhtml+xml", ".hbbtv": "application/vnd.hbbtv.xhtml+xml",
 }

@@ -1,0 +1,176 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Ends: of objects, windows, pages, processes and the browser. Nothing is left, whatever the order."""
+import os
+import re
+import signal
+import time
+
+import television
+
+
+def childrenOf(process):
+    """The process ids of all descendants."""
+    out = []
+    for name in os.listdir("/proc"):
+        if name.isdigit() and parentOf(int(name)) == process:
+            out += [int(name)] + childrenOf(int(name))
+    return out
+
+
+def parentOf(process):
+    try:
+        with open("/proc/%d/stat" % process, encoding="utf-8", errors="replace") as file:
+            return int(file.read().rsplit(")", 1)[1].split()[1])
+    except OSError:
+        return 0
+
+
+def nameOf(process):
+    try:
+        with open("/proc/%d/comm" % process, encoding="utf-8") as file:
+            return file.read().strip()
+    except OSError:
+        return ""
+
+
+def until(condition, patience=television.PATIENCE_S):
+    deadline = time.monotonic() + patience
+    while not condition():
+        if time.monotonic() > deadline:
+            return False
+        time.sleep(0.02)
+    return True
+
+
+class LifeTest(television.Case):
+    def startPlaying(self, *arguments, **environment):
+        process = self.start("playing.html", "--trace", "trace.jsonl", *arguments, **environment)
+        trace = os.path.join(self.folder, "trace.jsonl")
+        self.assertTrue(until(lambda: os.path.exists(trace) and '"name":"PLAYING"' in open(trace, encoding="utf-8").read()), "does not play")
+        return process
+
+    def assertNothingRuns(self, processes):
+        self.assertTrue(until(lambda: not any(os.path.exists("/proc/%d" % one) for one in processes), 20), "processes are left")
+
+    def test_quit_while_playing(self):
+        run = self.browse("playing.html", "--wait", "playing()")
+        self.assertAllClosed(run)
+
+    def test_time_is_up_while_playing(self):
+        run = self.browse("playing.html", "--quit-after", "3")
+        self.assertAllClosed(run)
+
+    def test_signals_end_in_order(self):
+        for number in (signal.SIGINT, signal.SIGTERM):
+            process = self.startPlaying()
+            children = childrenOf(process.pid)
+            process.send_signal(number)
+            run = self.finish(process)
+            self.assertEqual(run.status, 128 + number, run.output)
+            self.assertAllClosed(run)
+            self.assertNothingRuns(children)
+            os.remove(os.path.join(self.folder, "trace.jsonl"))
+
+    def test_killed_window_takes_the_page_s_process_with_it(self):
+        process = self.startPlaying()
+        children = childrenOf(process.pid)
+        self.assertTrue(children)
+        process.kill()
+        process.communicate()
+        self.assertNothingRuns(children)
+
+    def test_fifty_navigations_while_playing(self):
+        run = self.browse("playing.html", "--wait", "goOn(50)", "--quit-after", "300")
+        self.assertAllClosed(run)
+        self.assertEqual(sum('"name":"openPlayer"' in line for line in run.trace()), 52)  # and one that tells of the rows
+
+    def test_history_back_destroys_and_makes_anew(self):
+        run = self.browse("playing.html", "--wait", "goOn(1)", "--wait", "history.back(), true",
+                          "--wait", "location.search === '' && playing()", "--screenshot", "a.png")
+        self.assertAllClosed(run)
+        self.assertBar(run.picture("a.png"), 0, 0, 640, 360, 3)
+
+    def test_object_in_a_frame_ends_with_it(self):
+        run = self.browse("frames.html", "--wait", "ready === 2 && without()", "--wait", "ready === 2")
+        self.assertAllClosed(run)
+
+    def test_page_that_is_written_anew(self):
+        run = self.browse("playing.html", "--wait", "playing()", "--wait",
+                          "document.open(), document.write('<p>new</p><script>var fresh = true</' + 'script>'), document.close(), true",
+                          "--wait", "fresh === true")
+        self.assertAllClosed(run)
+
+    def test_handler_that_removes_its_own_frame(self):
+        run = self.browse("suicide.html", "--wait", "gone", "--quit-after", "60")
+        self.assertAllClosed(run)
+
+    def test_crashed_page(self):
+        process = self.startPlaying()
+        page = [one for one in childrenOf(process.pid) if nameOf(one).startswith("WebKitWebProc")]
+        self.assertEqual(len(page), 1)
+        os.kill(page[0], signal.SIGKILL)
+        self.assertNothingRuns(page)
+        self.assertIsNone(process.poll())  # a viewer is told, and may start it again
+        process.send_signal(signal.SIGTERM)
+        run = self.finish(process)
+        self.assertIn("the page's process ended unexpectedly", run.output)
+        self.assertEqual(run.status, 1, run.output)
+
+    def test_crashed_page_starts_again_with_one_key(self):
+        process = self.startPlaying()
+        page = [one for one in childrenOf(process.pid) if nameOf(one).startswith("WebKitWebProc")]
+        os.kill(page[0], signal.SIGKILL)
+        self.assertNothingRuns(page)
+        self.pressOnKeyboard("Return")
+        again = lambda: [one for one in childrenOf(process.pid) if nameOf(one).startswith("WebKitWebProc")]
+        self.assertTrue(until(lambda: again() and again() != page), "no new process")
+        process.send_signal(signal.SIGTERM)
+        self.finish(process)
+
+
+class StatusTest(television.Case):
+    def test_uncaught_error_with_source_and_line(self):
+        run = self.browse("wrong.html", "--wait", "done", status=1)
+        self.assertIn("uncaught: Error: here (%spages/wrong.html:8)" % self.base, run.output)
+        self.assertRegex(run.output, r"uncaught: unhandled rejection: Error: there \(.*wrong\.html:9\)")
+        self.assertRegex(run.output, r"console\.warn: careful \{a: 1, b: \[\"x\", null\]\} <p id=\"p\"> \(.*wrong\.html:7\)")
+
+    def test_time_out(self):
+        run = self.browse("player.html", "--wait", "false", "--quit-after", "2", status=3)
+        self.assertIn("time-out", run.output)
+
+    def test_page_that_is_not_there(self):
+        run = self.browse(self.base + "pages/none.html", "--wait", "true")
+        self.assertEqual(run.status, 0)
+        self.browse("http://127.0.0.1:1/", "--wait", "true", status=1)
+
+    def test_wrong_command_lines(self):
+        for arguments, words in ((["--bogus"], "unknown option --bogus"), (["--window", "big"], "--window needs a size"),
+                                 (["--keys", "Purple"], 'there is no key "Purple"'), (["--quit-after", "soon"], "number of seconds"),
+                                 (["--trace", "/nowhere/trace"], "cannot write the trace file")):
+            run = self.finish(self.start("player.html", *arguments))
+            self.assertEqual(run.status, 2, run.output)
+            self.assertIn(words, run.output)
+
+    def test_library_that_is_none(self):
+        run = self.finish(self.start("player.html", "--media-library", "/etc/hostname"))
+        self.assertEqual(run.status, 2, run.output)
+        self.assertIn("media library", run.output)
+
+    def test_page_in_an_endless_loop_does_not_keep_the_browser(self):
+        began = time.monotonic()
+        run = self.finish(self.start("loop.html", "--quit-after", "2"))
+        self.assertLess(time.monotonic() - began, 30)
+        self.assertEqual(run.status, 0, run.output)
+
+    def test_help_names_every_option(self):
+        run = self.finish(self.start("player.html", "--help"))
+        self.assertEqual(run.status, 0)
+        for name in ("--script", "--keys", "--wait", "--screenshot", "--quit-after", "--trace", "--overlay", "--window", "--private",
+                     "--sandbox", "--plugin", "--media-library", "--country", "--audio-languages"):
+            self.assertTrue(re.search(r"^ .*%s\b" % name, run.output, re.MULTILINE), name)
+
+
+if __name__ == "__main__":
+    television.main()
