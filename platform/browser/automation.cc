@@ -90,13 +90,23 @@ void Automation::pressKeys(const std::vector<std::string>& keys, std::size_t at)
   afterFrames([this, &keys, at] { pressKeys(keys, at + 1); });
 }
 
-// A page that is just being replaced gives no answer, and one that throws gives an error: not true yet.
 void Automation::wait(const std::string& expression) {
-  evaluate("return (" + expression + ") ? 'true' : 'false';", "avc-browser:wait",
-           [this, &expression](const std::string& text, const std::string&) {
-             if (text == "true") return next();
-             later(kLookSeconds, [this, &expression] { wait(expression); });
-           });
+  const auto finish = [](GObject* view, GAsyncResult* result, gpointer self) {
+    GError* error = nullptr;
+    JSCValue* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    const bool holds = value != nullptr && jsc_value_to_boolean(value);
+    if (value != nullptr) g_object_unref(value);
+    if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) static_cast<Automation*>(self)->waited(holds);
+    g_clear_error(&error);
+  };
+  const std::string source = "(" + expression + ") ? true : false";
+  webkit_web_view_evaluate_javascript(m_view, source.c_str(), -1, nullptr, "avc-browser:wait", m_cancel, finish, this);
+}
+
+// A page that is just being replaced gives no answer, and one that throws gives an error: not true yet.
+void Automation::waited(bool holds) {
+  if (holds) return next();
+  later(kLookSeconds, [this] { wait(m_steps[m_at].text); });
 }
 
 void Automation::shoot(const Step& step) {
@@ -133,25 +143,19 @@ void Automation::later(double seconds, std::function<void()> action) {
   m_timer = g_timeout_add(static_cast<guint>(seconds * 1000), fire, this);
 }
 
-// @p source is the body of a function; a promise that it returns is waited for.
-void Automation::evaluate(const std::string& source, const char* name, Answer answer) {
+// In a world of its own, where a page's changes to what the engine offers have no effect.
+void Automation::afterFrames(std::function<void()> action) {
+  using Action = std::function<void()>;
   const auto finish = [](GObject* view, GAsyncResult* result, gpointer data) {
-    const std::unique_ptr<Answer> handler(static_cast<Answer*>(data));
+    const std::unique_ptr<Action> then(static_cast<Action*>(data));
     GError* error = nullptr;
     JSCValue* value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(view), result, &error);
-    const bool cancelled = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED);
-    char* text = value == nullptr ? nullptr : jsc_value_to_string(value);
-    if (!cancelled) (*handler)(text == nullptr ? "" : text, error == nullptr ? "" : error->message);
-    g_free(text);
     if (value != nullptr) g_object_unref(value);
+    if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) (*then)();
     g_clear_error(&error);
   };
-  webkit_web_view_call_async_javascript_function(m_view, source.c_str(), -1, nullptr, nullptr, name, m_cancel, finish,
-                                                 new Answer(std::move(answer)));
-}
-
-void Automation::afterFrames(std::function<void()> action) {
-  evaluate(kAfterFrames, "avc-browser:frames", [action = std::move(action)](const std::string&, const std::string&) { action(); });
+  webkit_web_view_call_async_javascript_function(m_view, kAfterFrames, -1, nullptr, "avc-browser", "avc-browser:frames", m_cancel,
+                                                 finish, new Action(std::move(action)));
 }
 
 }  // namespace browser

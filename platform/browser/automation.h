@@ -28,19 +28,17 @@ class Automation {
   bool finished() const { return m_started && m_at == m_steps.size(); }
 
  private:
-  using Answer = std::function<void(const std::string& text, const std::string& error)>;
-
   void next();
   void run(const Step& step);
   void runScript(const std::string& file);
   void scriptRun(const GError* error);
   void pressKeys(const std::vector<std::string>& keys, std::size_t at);
   void wait(const std::string& expression);
+  void waited(bool holds);
   void shoot(const Step& step);
   void awaitStill(int looks, std::uint32_t picture, std::function<void()> action);
   void shootNow(const std::string& file);
   void later(double seconds, std::function<void()> action);
-  void evaluate(const std::string& source, const char* name, Answer answer);
   void afterFrames(std::function<void()> action);
 
   std::vector<Step> m_steps;

@@ -4,6 +4,7 @@
 import os
 import re
 import signal
+import socket
 import time
 
 import television
@@ -46,9 +47,15 @@ def until(condition, patience=television.PATIENCE_S):
 class LifeTest(television.Case):
     def startPlaying(self, *arguments, **environment):
         process = self.start("playing.html", "--trace", "trace.jsonl", *arguments, **environment)
-        trace = os.path.join(self.folder, "trace.jsonl")
-        self.assertTrue(until(lambda: os.path.exists(trace) and '"name":"PLAYING"' in open(trace, encoding="utf-8").read()), "does not play")
+        self.assertTrue(until(lambda: any('"name":"PLAYING"' in line for line in self.traceSoFar())), "does not play")
         return process
+
+    def traceSoFar(self):
+        path = os.path.join(self.folder, "trace.jsonl")
+        if not os.path.exists(path):
+            return []
+        with open(path, encoding="utf-8", errors="replace") as file:
+            return file.read().splitlines()
 
     def assertNothingRuns(self, processes):
         self.assertTrue(until(lambda: not any(os.path.exists("/proc/%d" % one) for one in processes), 20), "processes are left")
@@ -143,7 +150,11 @@ class StatusTest(television.Case):
     def test_page_that_is_not_there(self):
         run = self.browse(self.base + "pages/none.html", "--wait", "true")
         self.assertEqual(run.status, 0)
-        self.browse("http://127.0.0.1:1/", "--wait", "true", status=1)
+        with socket.socket() as unused:
+            unused.bind(("127.0.0.1", 0))  # and does not listen
+            run = self.browse("http://127.0.0.1:%d/" % unused.getsockname()[1], "--wait", "true", "--screenshot", "a.png", status=1)
+        self.assertIn("Connection refused", run.output)
+        self.assertColour(run.picture("a.png"), (100, 100), (16, 20, 24), 2)  # the browser says so on the screen
 
     def test_wrong_command_lines(self):
         for arguments, words in ((["--bogus"], "unknown option --bogus"), (["--window", "big"], "--window needs a size"),
