@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "platform/browser/messages.h"
-#include "platform/browser/notice.h"
 #include "platform/browser/page/embedded.h"
 #include "platform/shell/library_paths.h"
 
@@ -19,6 +18,7 @@ namespace browser {
 namespace {
 
 constexpr guint kRestMilliseconds = 4000;  // a page that does not come to rest by then is ended
+constexpr guint kStatusMilliseconds = 250;
 constexpr int kSignalStatus = 128;
 constexpr char kTelevisionXhtml[] = "application/vnd.hbbtv.xhtml+xml";
 constexpr char kHbbTv[] = " HbbTV/1.7.1 (+DRM;AVControl;avc-browser;" AVC_VERSION ";PC;avcontrol;)";
@@ -70,7 +70,7 @@ Browser::Browser(const Options& options)
   m_window = std::make_unique<TvWindow>(
       m_view, m_plane,
       TvWindow::Handlers{[this] { end(0); }, [this](guint pcKey, GdkModifierType modifiers) { return key(pcKey, modifiers); },
-                         [this](cairo_t* cairo, int width, int height) { paintAbove(cairo, width, height); }});
+                         [this](cairo_t* cairo, int width, int height) { m_overlay.paint(cairo, width, height); }});
   m_automation = std::make_unique<Automation>(
       options.steps, m_view, *m_window, [this](const std::string& problem) { fail(problem, kExitFailed); },
       [this] { stepsDone(); });
@@ -78,7 +78,7 @@ Browser::Browser(const Options& options)
 
 Browser::~Browser() {
   g_cancellable_cancel(m_cancel);
-  for (const guint source : {m_limit, m_patience}) {
+  for (const guint source : {m_limit, m_patience, m_statusTimer}) {
     if (source != 0) g_source_remove(source);
   }
   g_signal_handlers_disconnect_by_data(m_view, this);
@@ -127,6 +127,7 @@ void Browser::makeView() {
   g_signal_connect(m_view, "load-changed", G_CALLBACK(onLoadChanged), this);
   g_signal_connect(m_view, "load-failed", G_CALLBACK(onLoadFailed), this);
   g_signal_connect(m_view, "web-process-terminated", G_CALLBACK(onTerminated), this);
+  g_signal_connect(m_view, "notify::estimated-load-progress", G_CALLBACK(onProgress), this);
   g_signal_connect(m_view, "notify::title", G_CALLBACK(onTitle), this);
   // A page may not keep the user from leaving it, nor put up windows of its own.
   g_signal_connect(m_view, "script-dialog", G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer) -> gboolean {
@@ -233,6 +234,12 @@ gboolean Browser::onLoadFailed(WebKitWebView* view, WebKitLoadEvent, const char*
   return TRUE;
 }
 
+void Browser::onProgress(GObject* view, GParamSpec*, gpointer self) {
+  auto& browser = *static_cast<Browser*>(self);
+  browser.m_overlay.loading = webkit_web_view_get_estimated_load_progress(WEBKIT_WEB_VIEW(view));
+  browser.m_window->redraw();
+}
+
 void Browser::onTitle(GObject* view, GParamSpec*, gpointer self) {
   const char* const title = webkit_web_view_get_title(WEBKIT_WEB_VIEW(view));
   static_cast<Browser*>(self)->m_window->setTitle(title == nullptr || *title == '\0' ? "avc-browser" : title);
@@ -249,11 +256,14 @@ void Browser::crashed() {
   if (m_ending == Ending::asked) return ended();
   fail("the page's process ended unexpectedly", kExitFailed);
   if (!m_options.steps.empty() && !m_automation->finished()) return end(kExitFailed);
+  m_overlay.crashed = "The page's process has ended";
+  m_overlay.loading = 1;
   m_window->redraw();
 }
 
 void Browser::restart() {
   m_down = false;
+  m_overlay.crashed.clear();
   webkit_web_view_reload(m_view);
   m_window->redraw();
 }
@@ -271,11 +281,50 @@ bool Browser::key(guint pcKey, GdkModifierType modifiers) {
     m_window->toggleFullScreen();
     return true;
   }
+  if (pcKey == GDK_KEY_F11) {
+    toggleStatus();
+    return true;
+  }
+  if (pcKey == GDK_KEY_F12) {
+    m_overlay.helpShown = !m_overlay.helpShown;
+    m_window->redraw();
+    return true;
+  }
   return false;
 }
 
-void Browser::paintAbove(cairo_t* cairo, int width, int height) {
-  if (m_down) paintNotice(cairo, width, height, "The page's process has ended", "Enter starts the page again.");
+void Browser::toggleStatus() {
+  m_overlay.statusShown = !m_overlay.statusShown;
+  m_window->redraw();
+  if (!m_overlay.statusShown) {
+    g_source_remove(std::exchange(m_statusTimer, 0));
+    return;
+  }
+  askStatus();
+  const auto ask = [](gpointer self) -> gboolean {
+    static_cast<Browser*>(self)->askStatus();
+    return G_SOURCE_CONTINUE;
+  };
+  m_statusTimer = g_timeout_add(kStatusMilliseconds, ask, this);
+}
+
+void Browser::askStatus() {
+  const auto answered = [](GObject* view, GAsyncResult* result, gpointer self) {
+    GError* error = nullptr;
+    WebKitUserMessage* const reply = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    g_clear_error(&error);  // a page that is busy or gone: the next one may answer
+    if (reply == nullptr) return;
+    GVariant* const parameters = webkit_user_message_get_parameters(reply);
+    if (parameters != nullptr && g_variant_is_of_type(parameters, G_VARIANT_TYPE(kStatusType))) {
+      auto& browser = *static_cast<Browser*>(self);
+      const char* lines = nullptr;
+      g_variant_get(parameters, "(&s)", &lines);
+      browser.m_overlay.status = lines;
+      browser.m_window->redraw();
+    }
+    g_object_unref(reply);
+  };
+  webkit_web_view_send_message_to_page(m_view, webkit_user_message_new(kMessageStatus, nullptr), m_cancel, answered, this);
 }
 
 void Browser::fail(const std::string& problem, int status) {
@@ -338,6 +387,7 @@ int Browser::run() {
   const guint terminated = g_unix_signal_add(SIGTERM, onSignal<SIGTERM>, this);
   m_window->setTitle("avc-browser");
   m_window->show(m_options.width, m_options.height, m_options.fullScreen);
+  if (m_options.overlay) toggleStatus();
   webkit_web_view_load_uri(m_view, m_options.url.c_str());
   if (m_options.quitSeconds > 0) {
     const auto limit = [](gpointer self) -> gboolean {

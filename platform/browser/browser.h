@@ -10,6 +10,7 @@
 
 #include "platform/browser/automation.h"
 #include "platform/browser/options.h"
+#include "platform/browser/overlay.h"
 #include "platform/browser/plane_view.h"
 #include "platform/browser/tv_window.h"
 
@@ -37,6 +38,7 @@ class Browser {
   static void onLoadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer self);
   static gboolean onLoadFailed(WebKitWebView* view, WebKitLoadEvent event, const char* url, GError* error, gpointer self);
   static void onTerminated(WebKitWebView* view, WebKitWebProcessTerminationReason reason, gpointer self);
+  static void onProgress(GObject* view, GParamSpec* property, gpointer self);
   static void onTitle(GObject* view, GParamSpec* property, gpointer self);
   template <int kSignal>
   static gboolean onSignal(gpointer self);
@@ -45,7 +47,8 @@ class Browser {
   void printConsole(GVariant* parameters);
   void printUncaught(GVariant* parameters);
   bool key(guint pcKey, GdkModifierType modifiers);
-  void paintAbove(cairo_t* cairo, int width, int height);
+  void toggleStatus();
+  void askStatus();
   void crashed();
   void restart();
   void fail(const std::string& problem, int status);
@@ -57,6 +60,7 @@ class Browser {
 
   const Options& m_options;
   PlaneView m_plane;
+  Overlay m_overlay;
   WebKitWebContext* m_context = nullptr;
   WebKitWebView* m_view = nullptr;
   std::unique_ptr<TvWindow> m_window;
@@ -70,6 +74,7 @@ class Browser {
   bool m_traceUsed = false;
   guint m_limit = 0;
   guint m_patience = 0;
+  guint m_statusTimer = 0;
   GCancellable* m_cancel;
 };
 

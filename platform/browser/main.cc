@@ -16,8 +16,8 @@ int fail(const std::string& error) {
   return kExitUsage;
 }
 
-// With these the engine paints without transparency, and no video is to be seen.
-void leaveCompositingOn() {
+void prepareEngine() {
+  // With these it paints without transparency, and no video is to be seen.
   for (const char* name : {"WEBKIT_DISABLE_DMABUF_RENDERER", "WEBKIT_DISABLE_COMPOSITING_MODE"}) g_unsetenv(name);
   // Nobody to tell: without a session bus the toolkit would only complain.
   if (g_getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) g_setenv("NO_AT_BRIDGE", "1", FALSE);
@@ -36,7 +36,7 @@ int runMain(int argc, char** argv) {
   if (options.version) std::fputs(versionText().c_str(), stdout);
   if (options.help || options.version) return 0;
   if (!options.traceFile.empty() && !canWrite(options.traceFile)) return fail("cannot write the trace file " + options.traceFile);
-  leaveCompositingOn();
+  prepareEngine();
   if (!gtk_init_check(nullptr, nullptr)) return fail("no display; without one, start it with xvfb-run -a");
   setlocale(LC_NUMERIC, "C");
   Browser browser(options);

@@ -29,6 +29,6 @@ inline constexpr char kFailedType[] = "(s)";
 inline constexpr char kMessageEnd[] = "end";  ///< destroy all objects and come to rest; answered by whether it did
 inline constexpr char kEndType[] = "(b)";
 inline constexpr char kMessageStatus[] = "status";  ///< what the objects do now
-inline constexpr char kStatusType[] = "(ss)";       ///< all lines; what is shown while something loads, or ""
+inline constexpr char kStatusType[] = "(s)";        ///< the lines of the overlay
 
 }  // namespace browser

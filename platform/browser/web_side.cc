@@ -3,10 +3,12 @@
 
 #include <gio/gunixfdlist.h>
 
+#include <cmath>
 #include <utility>
 
 #include "platform/browser/messages.h"
 #include "platform/browser/settings_text.h"
+#include "platform/browser/status_text.h"
 
 namespace browser {
 
@@ -174,7 +176,22 @@ gboolean WebSide::onMessage(WebKitWebPage*, WebKitUserMessage* message, gpointer
   return TRUE;
 }
 
-GVariant* WebSide::status() { return g_variant_new(kStatusType, "", ""); }
+GVariant* WebSide::status() {
+  std::string out;
+  for (const auto& [frame, script] : m_frames) {
+    if (script == nullptr) continue;
+    for (CorvelNativePluginBase* object : script->binding().plugins()) out += describeObject(*object);
+  }
+  if (out.empty()) out = "no A/V Control object\n";
+  const unsigned long frames = m_media == nullptr ? 0 : m_media->planeFrames();
+  const gint64 now = g_get_monotonic_time();
+  const double seconds = static_cast<double>(now - m_framesAt) / G_USEC_PER_SEC;
+  const double rate = m_framesAt == 0 || seconds <= 0 ? 0 : static_cast<double>(frames - m_framesSeen) / seconds;
+  m_framesSeen = frames;
+  m_framesAt = now;
+  out += std::to_string(std::lround(rate)) + " pictures a second, " + std::to_string(frames) + " in all";
+  return g_variant_new(kStatusType, out.c_str());
+}
 
 void WebSide::deliver(const pluginhost::Event& event) {
   for (const auto& [frame, script] : m_frames) {

@@ -68,6 +68,8 @@ class WebSide : public FrameOwner {
   std::vector<std::unique_ptr<FrameScript>> m_retired;
   Deferred m_flush;
   Deferred m_bury;
+  unsigned long m_framesSeen = 0;  ///< of the plane, when the status was asked for last
+  gint64 m_framesAt = 0;
   guint m_tick = 0;
   bool m_atEnd = false;
 };

@@ -3,10 +3,13 @@
 
 #include <gst/gst.h>
 
+#include <initializer_list>
+
 namespace mediamgmnt {
 namespace {
 
 constexpr char kEnginePrefix[] = "webkit";
+constexpr guint kAdaptiveRank = GST_RANK_PRIMARY + 1;  // what they are registered with
 
 gboolean isForeign(GstPluginFeature* feature, gpointer) { return g_str_has_prefix(GST_OBJECT_NAME(feature), kEnginePrefix); }
 
@@ -25,6 +28,16 @@ void keepForeignElementsOut() {
   GList* const present = gst_registry_feature_filter(registry, isForeign, FALSE, nullptr);
   for (GList* at = present; at != nullptr; at = at->next) passOver(GST_PLUGIN_FEATURE(at->data));
   gst_plugin_feature_list_free(present);
+}
+
+void restoreAdaptiveElements() {
+  for (const char* const name : {"dashdemux2", "hlsdemux2"}) {
+    GstElementFactory* const factory = gst_element_factory_find(name);
+    if (factory == nullptr) continue;
+    auto* const feature = GST_PLUGIN_FEATURE(factory);
+    if (gst_plugin_feature_get_rank(feature) < kAdaptiveRank) gst_plugin_feature_set_rank(feature, kAdaptiveRank);
+    gst_object_unref(factory);
+  }
 }
 
 }  // namespace mediamgmnt

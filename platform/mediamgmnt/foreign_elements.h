@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// GStreamer elements that belong to somebody else in this process.
+// A browser engine may use GStreamer in this process, too, and arrange the elements to its own liking.
 #pragma once
 
 namespace mediamgmnt {
 
-/// A browser engine that uses GStreamer for its own media registers elements that stand before the ordinary ones, now or at any
-/// later time, and work for its own players only. From here on they are not chosen for ours. Call it once, with GStreamer started.
+/// The engine's own elements stand before the ordinary ones and work for its own players only. From here on they are not chosen
+/// for ours, whenever they are registered. Call it once, with GStreamer started.
 void keepForeignElementsOut();
+
+/// The engine takes the elements of adaptive streaming out of the choice. They are put back. Thread: any; before each presentation.
+void restoreAdaptiveElements();
 
 }  // namespace mediamgmnt

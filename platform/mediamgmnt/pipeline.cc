@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "platform/mediamgmnt/foreign_elements.h"
 #include "platform/mediamgmnt/library_start.h"
 
 namespace mediamgmnt {
@@ -35,6 +36,7 @@ Pipeline::~Pipeline() {
 
 bool Pipeline::open() {
   if (!waitForLibraryStart()) return false;
+  restoreAdaptiveElements();
   m_pipeline = GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)));
   m_decoder = gst_element_factory_make("uridecodebin3", nullptr);
   if (m_decoder == nullptr) return false;

@@ -1,0 +1,59 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Walks through the example application with the keys of the remote control."""
+import television
+
+VIDEO = "document.getElementById('video')"
+PANEL = (22, 32, 44)
+WINDOW = (592, 64, 624, 351)
+
+
+class CatalogueTest(television.Case):
+    def walk(self, *steps):
+        return self.browse(self.base + "examples/catalogue/index.hbbtv", *steps, "--quit-after", "80")
+
+    def assertCatalogue(self, picture):
+        for point in ((30, 500), (1250, 400), (900, 30), (900, 540)):
+            self.assertColour(picture, point, PANEL, 3)
+
+    def test_choose_watch_and_full_screen(self):
+        run = self.walk("--screenshot", "catalogue.png", "--keys", "Down,Down,Up,Up,Enter", "--wait", VIDEO + ".playPosition > 300",
+                        "--keys", "Pause", "--wait", VIDEO + ".playState === 2", "--screenshot", "small.png",
+                        "--keys", "Blue", "--wait", "true", "--screenshot", "large.png", "--keys", "Back", "--wait", "true", "--screenshot", "again.png")
+        first = run.picture("catalogue.png")
+        self.assertCatalogue(first)
+        self.assertColour(first, (80, 160), (47, 111, 180), 3)  # the first line is chosen
+        self.assertColour(first, (900, 200), television.BLACK, 0)
+        small = run.picture("small.png")
+        self.assertCatalogue(small)
+        for bar in range(6):
+            self.assertBar(small, *WINDOW, bar)
+        large = run.picture("large.png")
+        for bar in range(6):
+            self.assertBar(large, 0, 0, 1280, 720, bar)
+        self.assertLess(max(large.around(600, 640)), 140)  # the banner darkens what is below it
+        self.assertCatalogue(run.picture("again.png"))
+        self.assertAllClosed(run)
+
+    def test_seeking_and_speeds(self):
+        self.walk("--keys", "Enter", "--wait", VIDEO + ".playState === 1", "--keys", "FastForward", "--wait", VIDEO + ".speed === 2",
+                  "--keys", "FastForward", "--wait", VIDEO + ".speed === 4", "--keys", "Play", "--wait", VIDEO + ".speed === 1",
+                  "--keys", "Right", "--wait", VIDEO + ".playPosition > 10000", "--keys", "Left", "--wait", VIDEO + ".playPosition < 10000",
+                  "--keys", "Stop", "--wait", VIDEO + ".playState === 0")
+
+    def test_queue_plays_on(self):
+        self.walk("--keys", "Up,Up,Up,Enter", "--wait", "/short/.test(%s.data)" % VIDEO, "--wait", "/media\\/two.mp4$/.test(%s.data)" % VIDEO,
+                  "--wait", VIDEO + ".playState === 1")
+
+    def test_error_is_told_in_words(self):
+        run = self.walk("--keys", "Up,Up,Enter", "--wait", VIDEO + ".playState === 6", "--wait",
+                        "document.getElementById('message').textContent === 'The film is not available.'", "--screenshot", "error.png")
+        self.assertColour(run.picture("error.png"), (640, 210), (92, 31, 38), 4)
+
+    def test_every_kind_of_film_plays(self):
+        for line in range(5):
+            self.walk("--keys", ",".join(["Down"] * line + ["Enter"]), "--wait", VIDEO + ".playState === 1 && %s.playPosition > 200" % VIDEO)
+
+
+if __name__ == "__main__":
+    television.main()
