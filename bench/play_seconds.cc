@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Plays a URL for some seconds of wall time with the picture at its own size on the plane; its processor time is taken from
-// outside. Usage: play_seconds URL SECONDS
+// Plays a URL for some seconds of wall time; its processor time is taken from outside.
+// Usage: play_seconds URL SECONDS [X|Y|WIDTH|HEIGHT|], by default with the picture at its own size on the plane.
 #include <unistd.h>
 
 #include <cstdio>
@@ -10,12 +10,12 @@
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fprintf(stderr, "play_seconds: usage: play_seconds URL SECONDS\n");
+    std::fprintf(stderr, "play_seconds: usage: play_seconds URL SECONDS [X|Y|WIDTH|HEIGHT|]\n");
     return 2;
   }
   const unsigned long handle = openPlayer(1);
   setPlayerProperty(handle, mediamgmnt::property::kInput, argv[1]);
-  cmdPlayer(handle, mediamgmnt::command::kSetWindowProperties, "320|180|640|360|");
+  cmdPlayer(handle, mediamgmnt::command::kSetWindowProperties, argc > 3 ? argv[3] : "320|180|640|360|");
   cmdPlayer(handle, mediamgmnt::command::kPlay, "1.00");
   sleep(static_cast<unsigned int>(std::atoi(argv[2])));
   const unsigned long frames = mediaPlaneFrames();

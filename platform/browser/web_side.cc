@@ -40,6 +40,8 @@ WebSide::~WebSide() {
 void WebSide::load(const std::map<std::string, std::string>& start) {
   m_media = shell::MediaLibrary::load(at(start, kStartMediaLibrary), m_error);
   if (m_media == nullptr) return;
+  m_media->preferLanguages(at(start, kStartAudioLanguages),
+                           at(start, kStartSubtitleLanguages));  // one that does not ask has its own
   const std::string& trace = at(start, kStartTrace);
   if (!trace.empty()) m_trace = shell::Trace::open(trace, m_error);
   if (!m_error.empty()) return;

@@ -109,11 +109,11 @@ bool MediaLibrary::tapSound(MediaSoundTap tap, void* user) const {
   return true;
 }
 
-bool MediaLibrary::preferLanguages(const std::string& languages) const {
+bool MediaLibrary::preferLanguages(const std::string& sound, const std::string& subtitles) const {
   if (s_table.preferLanguages == nullptr) return false;
   constexpr int kAudio = 1;
   constexpr int kSubtitles = 2;
-  return s_table.preferLanguages(kAudio, languages.c_str()) != 0 && s_table.preferLanguages(kSubtitles, languages.c_str()) != 0;
+  return s_table.preferLanguages(kAudio, sound.c_str()) != 0 && s_table.preferLanguages(kSubtitles, subtitles.c_str()) != 0;
 }
 
 }  // namespace shell

@@ -36,7 +36,8 @@ class AVCSHELL_API MediaLibrary {
   /// See mediaTapSound(). @return false where the library lets nobody listen.
   bool tapSound(MediaSoundTap tap, void* user) const;
   /// The viewer's languages for sound and subtitles, most preferred first, "deu,eng". @return false where the library does not ask.
-  bool preferLanguages(const std::string& languages) const;
+  bool preferLanguages(const std::string& languages) const { return preferLanguages(languages, languages); }
+  bool preferLanguages(const std::string& sound, const std::string& subtitles) const;
 
  private:
   MediaLibrary() = default;

@@ -1,0 +1,193 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Measures avc-browser as a whole, on an invisible screen: start, keys, access, processor time, geometry, memory.
+
+Usage: browser_runs.py BUILD_DIR MEDIA_DIR [RUNS]
+Each figure is the median of RUNS runs (default 5) or of many events of one run.
+"""
+import json
+import os
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "tests", "browser"))
+import television  # noqa: E402  (the folder is only known now)
+
+TICKS = os.sysconf("SC_CLK_TCK")
+PLAY_SECONDS = 8
+
+
+class Bench:
+    def __init__(self, build, media):
+        self.browser = os.path.join(build, "bin", "avc-browser")
+        self.player = os.path.join(build, "bin", "play_seconds")
+        self.folder = tempfile.TemporaryDirectory()
+        os.symlink(os.path.join(HERE, "pages"), os.path.join(self.folder.name, "pages"))
+        os.symlink(os.path.abspath(media), os.path.join(self.folder.name, "media"))
+        self.server = television.media_server.Server(self.folder.name).start()
+        self.screen = television.Screen()
+        self.base = "http://127.0.0.1:%d/" % self.server.port
+
+    def close(self):
+        self.screen.close()
+        self.server.stop()
+        self.folder.cleanup()
+
+    def start(self, page, *arguments):
+        command = [self.browser, "--private", *arguments, self.base + "pages/" + page]
+        return subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                                env=dict(os.environ, DISPLAY=self.screen.name))
+
+    def lines(self, page, word, *arguments):
+        """The numbers and words that the page printed behind this word."""
+        output, _ = self.start(page, "--quit-after", "120", *arguments).communicate(timeout=180)
+        return [match.group(1) for match in re.finditer(r"^console\.log: %s (.*) \(" % word, output, re.MULTILINE)]
+
+
+def family(process):
+    """The process and all its descendants."""
+    out = [process]
+    for name in os.listdir("/proc"):
+        if not name.isdigit():
+            continue
+        try:
+            with open("/proc/%s/stat" % name, encoding="utf-8", errors="replace") as file:
+                if int(file.read().rsplit(")", 1)[1].split()[1]) == process:
+                    out += family(int(name))
+        except OSError:
+            continue
+    return out
+
+
+def processorSeconds(processes):
+    total = 0
+    for process in processes:
+        with open("/proc/%d/stat" % process, encoding="utf-8", errors="replace") as file:
+            fields = file.read().rsplit(")", 1)[1].split()
+        total += int(fields[11]) + int(fields[12])
+    return total / TICKS
+
+
+def proportionalMegabytes(processes):
+    total = 0
+    for process in processes:
+        with open("/proc/%d/smaps_rollup" % process, encoding="utf-8") as file:
+            total += int(re.search(r"^Pss:\s+(\d+)", file.read(), re.MULTILINE).group(1))
+    return total / 1024
+
+
+def waitForLine(process, start):
+    for line in process.stdout:
+        if line.startswith("console.log: " + start):
+            return
+    raise RuntimeError("the browser ended before it said " + start)
+
+
+def measureStart(bench, runs):
+    taken = []
+    for _ in range(runs + 1):
+        began = time.time() * 1000
+        taken.append(float(bench.lines("start.html", "first script", "--wait", "true")[0]) - began)
+    print("start until the page's first script: %.0f ms" % statistics.median(taken[1:]))
+
+
+def measureKeys(bench):
+    keys = ",".join(["Left", "Red", "5", "Play"] * 20)
+    values = [float(text) for text in bench.lines("keys.html", "key", "--keys", keys, "--wait", "count >= 80")]
+    print("key press until the page's handler: %.1f ms (most %.1f, of %d)" % (statistics.median(values), max(values), len(values)))
+
+
+def measureAccess(bench):
+    taken = {}
+    for text in bench.lines("access.html", "access", "--wait", "done"):
+        name, nanoseconds = text.split()
+        taken.setdefault(name, []).append(float(nanoseconds))
+    floor = statistics.median(taken["getAttribute"])
+    for name, values in taken.items():
+        value = statistics.median(values)
+        print("%s: %.0f ns, %.2f times getAttribute" % (name, value, value / floor))
+
+
+def pageSeconds(bench, film, width, height):
+    process = bench.start("play.html?film=../media/%s&width=%d&height=%d" % (film, width, height), "--quit-after", str(PLAY_SECONDS + 6))
+    waitForLine(process, "playing")
+    time.sleep(1)
+    processes = family(process.pid)
+    before, began = processorSeconds(processes), time.monotonic()
+    time.sleep(PLAY_SECONDS)
+    used = (processorSeconds(processes) - before) / (time.monotonic() - began)
+    process.communicate(timeout=60)
+    return used
+
+
+def bareSeconds(bench, film, width, height):
+    """The same film on the same plane, without a page."""
+    command = [bench.player, bench.base + "media/" + film, str(PLAY_SECONDS + 4), "0|0|%d|%d|" % (width, height)]
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    time.sleep(2)
+    before, began = processorSeconds([process.pid]), time.monotonic()
+    time.sleep(PLAY_SECONDS)
+    used = (processorSeconds([process.pid]) - before) / (time.monotonic() - began)
+    process.communicate(timeout=60)
+    return used
+
+
+def measureProcessor(bench, runs):
+    for width, height in ((640, 360), (1280, 720)):
+        page, bare = [], []
+        for _ in range(runs):  # in turns, so that a slow moment of the machine hits both
+            page.append(pageSeconds(bench, "two.mp4", width, height))
+            bare.append(bareSeconds(bench, "two.mp4", width, height))
+        print("processor time of a second of video at %dx%d: %.3f s in a page, %.3f s by the media library alone" %
+              (width, height, statistics.median(page), statistics.median(bare)))
+
+
+def measureLayout(bench):
+    trace = os.path.join(bench.folder.name, "trace.jsonl")
+    bench.start("layout.html?film=../media/two.mp4", "--trace", trace, "--wait", "done", "--quit-after", "60").communicate(timeout=90)
+    marks, taken = {}, []
+    with open(trace, encoding="utf-8") as file:
+        for line in map(json.loads, file):
+            if line["name"] == "setVolume":
+                marks[line["arguments"][0]] = line["time"]
+            elif line["name"] == "SET_WINDOW_PROPERTIES":
+                left = int(line["arguments"][0].split("|")[0])
+                if left in marks:
+                    taken.append((line["time"] - marks.pop(left)) * 1000)
+    print("layout change until the media library has the new box: %.1f ms (most %.1f, of %d)" % (statistics.median(taken), max(taken), len(taken)))
+
+
+def measureMemory(bench):
+    process = bench.start("navigate.html?film=../media/two.mp4", "--wait", "done", "--quit-after", "200")
+    taken = []
+    for count in (5, 50):
+        waitForLine(process, "navigations %d" % count)
+        time.sleep(2)
+        taken.append(proportionalMegabytes(family(process.pid)))
+    process.communicate(timeout=90)
+    print("memory (proportional, all processes) after 5 navigations: %.0f MB, after 50: %.0f MB" % tuple(taken))
+
+
+def main():
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    runs = int(sys.argv[3]) if len(sys.argv) > 3 else 5
+    bench = Bench(sys.argv[1], sys.argv[2])
+    try:
+        measureStart(bench, runs)
+        measureKeys(bench)
+        measureAccess(bench)
+        measureLayout(bench)
+        measureProcessor(bench, runs)
+        measureMemory(bench)
+    finally:
+        bench.close()
+
+
+if __name__ == "__main__":
+    main()
