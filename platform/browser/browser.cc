@@ -54,8 +54,11 @@ WebKitWebsiteDataManager* makeData(const Options& options) {
 }
 
 std::string place(const char* source, unsigned line) {
-  if (source == nullptr || *source == '\0') return "";
-  return std::string(" (") + source + (line == 0 ? "" : ":" + std::to_string(line)) + ")";
+  std::string out;
+  if (source == nullptr || *source == '\0') return out;
+  out.append(" (").append(source);
+  if (line != 0) out.append(":").append(std::to_string(line));
+  return out.append(")");
 }
 
 }  // namespace

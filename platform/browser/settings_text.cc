@@ -28,12 +28,19 @@ void appendCharacter(std::string& out, gunichar character) {
   }
 }
 
-std::string quoted(const std::string& text) {
+void appendQuoted(std::string& out, const std::string& text) {
   char* const valid = g_utf8_make_valid(text.c_str(), -1);
-  std::string out = "\"";
+  out += '"';
   for (const char* at = valid; *at != '\0'; at = g_utf8_next_char(at)) appendCharacter(out, g_utf8_get_char(at));
+  out += '"';
   g_free(valid);
-  return out + "\"";
+}
+
+void appendMember(std::string& out, const char* name, const std::string& text) {
+  out += out.empty() ? '{' : ',';
+  appendQuoted(out, name);
+  out += ':';
+  appendQuoted(out, text);
 }
 
 }  // namespace
@@ -47,12 +54,14 @@ std::string settingsText(const std::map<std::string, std::string>& start) {
                {"subtitleLanguages", kStartSubtitleLanguages},
                {"uiLanguages", kStartUiLanguages},
                {"country", kStartCountry}};
-  std::string out = "{\"version\":" + quoted(AVC_VERSION);
+  std::string out;
+  appendMember(out, "version", AVC_VERSION);
   for (const auto& [name, from] : texts) {
     const auto found = start.find(from);
-    if (found != start.end()) out += "," + quoted(name) + ":" + quoted(found->second);
+    if (found != start.end()) appendMember(out, name, found->second);
   }
-  return out + "}";
+  out += '}';
+  return out;
 }
 
 }  // namespace browser
