@@ -45,9 +45,14 @@ Instance* receiver(JSContextRef context, JSObjectRef self, const Row& row, JSVal
 
 const Row& rowOf(JSObjectRef function) { return *static_cast<Row*>(JSObjectGetPrivate(function)); }
 
+// In a window that has gone objects still answer, but nobody makes new ones.
 JSValueRef resultFor(JSContextRef context, const Instance& instance, const _CorvelNativeVariant& value) {
-  if (instance.link->wrapper == nullptr) return JSValueMakeUndefined(context);
-  return toScript(context, value, *instance.link->wrapper);
+  if (instance.link->wrapper != nullptr) return toScript(context, value, *instance.link->wrapper);
+  if (value.details.type == CORVEL_OBJECT) return JSValueMakeUndefined(context);
+  struct Nobody : ObjectWrapper {
+    JSValueRef wrap(const std::shared_ptr<CorvelNativePropertyBase>&) override { return nullptr; }
+  } nobody;
+  return toScript(context, value, nobody);
 }
 
 JSValueRef readRow(JSContextRef context, JSObjectRef function, JSObjectRef self, size_t, const JSValueRef[],

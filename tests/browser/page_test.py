@@ -2,6 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """What pages find: documents of all kinds, live elements, events, keys, the objects of the environment."""
 import os
+import subprocess
+import time
 
 import television
 
@@ -49,6 +51,33 @@ class KeyTest(television.Case):
         self.assertEqual(values, ",".join(str(code) for code in codes))
         self.assertEqual(known, "true")
         self.assertEqual(made, "250,250,x")
+
+
+class OverlayTest(television.Case):
+    def test_status_and_help_are_shown_on_request(self):
+        page = ("--wait", "playing() && (video.play(0), true)", "--wait", "video.playState === 2")
+        plain = self.browse("playing.html", *page, "--screenshot", "a.png").picture("a.png")
+        self.assertColour(plain, (1000, 500), television.BLACK, 0)
+        self.assertBar(plain, 0, 0, 640, 360, 2)
+        shown = self.browse("playing.html", "--overlay", *page, "--screenshot", "b.png").picture("b.png")
+        self.assertLess(max(shown.around(300, 40)), 100)  # the panel darkens the third bar
+        self.assertGreater(min(plain.around(300, 40)[:2]), 200)
+
+    def test_help_key_is_the_browser_s_own(self):
+        process = self.start("keys.html", "--wait", "down.length > 0", "--screenshot", "help.png", "--wait", "report()", "--quit-after", "60")
+        self.addCleanup(process.kill)
+        deadline = time.monotonic() + 60
+        run = None
+        while run is None and time.monotonic() < deadline:  # the window may not be there yet
+            self.pressOnKeyboard("F12")
+            self.pressOnKeyboard("a")
+            try:
+                process.wait(1)
+                run = self.finish(process)
+            except subprocess.TimeoutExpired:
+                continue
+        self.assertIsNotNone(run)
+        self.assertEqual(set(run.logged()[0].split(",")), {"65 a"})
 
 
 class EnvironmentTest(television.Case):

@@ -199,4 +199,41 @@ TEST_F(BindingTest, OffersTheNativeApi) {
   EXPECT_EQ(eval("native.setWindow(999, 0, 0, 1, 1)"), "false");
 }
 
+TEST_F(BindingTest, TellsTheRowsOfAllObjects_WhenTheyAreKnown) {
+  const std::uint64_t id = pluginId();
+  EXPECT_EQ(eval("native.rows(0)"), "undefined");
+
+  const script::Tables tables = script::tablesOf(*binding().plugin(id));
+  binding().setKnownTables(&tables);
+
+  EXPECT_EQ(eval("native.rows(0).properties.length + ' ' + native.rows(0).methods.join()"),
+            "16 echo,fail,firstSlot,nullObject,child");
+}
+
+TEST_F(BindingTest, ListsItsPluginsOldestFirst) {
+  const std::uint64_t first = pluginId();
+  setGlobal("second", binding().create());
+
+  const std::vector<CorvelNativePluginBase*> plugins = binding().plugins();
+
+  ASSERT_EQ(plugins.size(), 2U);
+  EXPECT_EQ(pluginhost::objectId(*plugins[0]), first);
+  EXPECT_EQ(std::to_string(pluginhost::objectId(*plugins[1])), eval("native.id(second)"));
+}
+
+TEST_F(BindingTest, LeavesScriptWithHarmlessObjects_WhenItHasGone) {
+  pluginId();
+  eval(
+      "child = plugin.child(); tell = teller.tell; setter = Object.getOwnPropertyDescriptor(Object.getPrototypeOf(plugin), "
+      "'count').set");
+
+  unbind();
+
+  EXPECT_EQ(eval("[plugin.count, plugin.child(), native.create(), native.rows(0), native.id(plugin)].join('|')"), "||||");
+  EXPECT_EQ(eval("plugin.count = 3; setter.call(plugin, 4); native.destroy(1); 'alive'"), "alive");
+  EXPECT_EQ(eval("tell.call(teller, 5)"), "3:5");  // an object that its holder did not destroy answers with values
+  collect();
+  EXPECT_EQ(eval("plugin.echo('x')"), "undefined");
+}
+
 }  // namespace

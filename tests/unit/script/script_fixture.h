@@ -47,6 +47,8 @@ class ScriptTest : public testing::Test {
   void collect();
   script::Binding& binding() { return *m_binding; }
   JSGlobalContextRef context() { return m_context; }
+  /// Ends what binds the native objects while the context stays, as in a window that has gone and is still referred to.
+  void unbind() { m_binding.reset(); }
   /// Ends the context while the fixture stays.
   void close();
 
