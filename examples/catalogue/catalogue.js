@@ -90,14 +90,18 @@
 
   // ---- languages: components are what a film consists of; of each type at most one is presented
 
+  function same(a, b) {
+    return a.pid === b.pid && a.componentTag === b.componentTag && a.language === b.language;
+  }
+
   function nextComponent(type) {
     var all = video.getComponents(type);
     var active = video.getCurrentActiveComponents(type);
     if (!all || all.length === 0) return;
     var present = active && active.length > 0 ? active[0] : null;
     var at = -1;
-    for (var i = 0; i < all.length; i += 1) if (all[i] === present) at = i;
-    if (type === video.COMPONENT_TYPE_SUBTITLE && at === all.length - 1) video.unselectComponent(present);
+    for (var i = 0; i < all.length; i += 1) if (present && same(all[i], present)) at = i;
+    if (type === video.COMPONENT_TYPE_SUBTITLE && at >= 0 && at === all.length - 1) video.unselectComponent(present);
     else video.selectComponent(all[(at + 1) % all.length]);
   }
 

@@ -99,11 +99,13 @@ void Automation::wait(const std::string& expression) {
     if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) static_cast<Automation*>(self)->waited(holds);
     g_clear_error(&error);
   };
-  const std::string source = "(" + expression + ") ? true : false";
+  // Caught here, or the engine would tell the page of it as an error of its own.
+  std::string source = "(() => { try { return (";
+  source.append(expression).append(") ? true : false; } catch { return false; } })()");
   webkit_web_view_evaluate_javascript(m_view, source.c_str(), -1, nullptr, "avc-browser:wait", m_cancel, finish, this);
 }
 
-// A page that is just being replaced gives no answer, and one that throws gives an error: not true yet.
+// A page that is just being replaced gives no answer, and one that throws is not ready: not true yet.
 void Automation::waited(bool holds) {
   if (holds) return next();
   later(kLookSeconds, [this] { wait(m_steps[m_at].text); });

@@ -90,7 +90,7 @@
 
   function upgrade(element) {
     const object = native.create();
-    if (object === null) {
+    if (object === null || object === undefined) {  // undefined: the window has gone
       refused.add(element);
       page.warn('no A/V Control object could be made for an element of type ' + page.getAttribute(element, 'type'));
       return undefined;

@@ -45,6 +45,12 @@ class CatalogueTest(television.Case):
         self.walk("--keys", "Up,Up,Up,Enter", "--wait", "/short/.test(%s.data)" % VIDEO, "--wait", "/media\\/two.mp4$/.test(%s.data)" % VIDEO,
                   "--wait", VIDEO + ".playState === 1")
 
+    def test_red_changes_the_language(self):
+        language = VIDEO + ".getCurrentActiveComponents(1)[0].language === '%s'"
+        self.walk("--keys", ",".join(["Down"] * 6 + ["Enter"]), "--wait", VIDEO + ".playPosition > 500 && " + language % "eng",
+                  "--keys", "Red", "--wait", language % "deu",
+                  "--wait", "/Sound: deu/.test(document.getElementById('extras').textContent)")
+
     def test_error_is_told_in_words(self):
         run = self.walk("--keys", "Up,Up,Enter", "--wait", VIDEO + ".playState === 6", "--wait",
                         "document.getElementById('message').textContent === 'The film is not available.'", "--screenshot", "error.png")
