@@ -31,6 +31,7 @@ Pipeline::~Pipeline() {
   gst_object_unref(bus);
   gst_object_unref(m_pipeline);
   if (m_download != nullptr) gst_object_unref(m_download);
+  if (m_adaptiveDemux != nullptr) gst_object_unref(m_adaptiveDemux);
   forgetCollections();
 }
 

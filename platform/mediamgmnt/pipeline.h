@@ -18,6 +18,7 @@
 #include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/error_map.h"
 #include "platform/mediamgmnt/stream_reader.h"
+#include "platform/mediamgmnt/stream_report.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
 
@@ -94,6 +95,8 @@ class Pipeline {
   /// The part of a live source that can be reached, nanoseconds. @return false when there is none.
   bool seekableWindow(std::int64_t& start, std::int64_t& end) const;
 
+  StreamReport report() const;
+
   /// To be called when nothing has moved for a while; they do no harm when nothing is wrong.
   void wakeDownload();
   void makeRoomForTheEnd();
@@ -156,6 +159,12 @@ class Pipeline {
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberDownload(GstElement* downloadBuffer);
   void limitStore(bool bounded);
+
+  // pipeline_report.cc
+  void rememberAdaptiveDemux(GstElement* adaptiveDemux);
+  GstElement* referenceTo(GstElement* const& element) const;
+  void reportStore(StreamReport& out) const;
+
   void reportUnplayable();
 
   // pipeline_tracks.cc
@@ -233,9 +242,10 @@ class Pipeline {
   std::vector<std::string> m_tracksOfPeriod;  ///< of the one begun last
 
   mutable std::mutex m_padMutex;
-  Output m_outputs[3];               // guarded by m_padMutex, index is Kind
-  GstElement* m_typefind = nullptr;  // guarded by m_padMutex; a reference
-  GstElement* m_download = nullptr;  // guarded by m_padMutex; a reference
+  Output m_outputs[3];                    // guarded by m_padMutex, index is Kind
+  GstElement* m_typefind = nullptr;       // guarded by m_padMutex; a reference
+  GstElement* m_download = nullptr;       // guarded by m_padMutex; a reference
+  GstElement* m_adaptiveDemux = nullptr;  // guarded by m_padMutex; a reference
 
   // Control thread only.
   int m_selected = 0;  ///< audio and video streams that the selection names

@@ -87,6 +87,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
   if (factory == "typefind" && startsWith(GST_OBJECT_NAME(parent), "urisourcebin")) {
     pipeline->watchTypeFinding(element);
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {
+    pipeline->rememberAdaptiveDemux(element);
     pipeline->limitVideoSize(element);
     pipeline->watchManifest(element);
     pipeline->watchSeeks(element);
@@ -185,11 +186,7 @@ void Pipeline::rememberDownload(GstElement* downloadBuffer) {
 /// refuse, makes it look.
 void Pipeline::wakeDownload() {
   if (!m_sourceEnded) return;
-  GstElement* download = nullptr;
-  {
-    std::lock_guard lock(m_padMutex);
-    if (m_download != nullptr) download = GST_ELEMENT(gst_object_ref(m_download));
-  }
+  GstElement* const download = referenceTo(m_download);
   if (download == nullptr) return;
   GstPad* const pad = gst_element_get_static_pad(download, "sink");
   GST_PAD_EVENTFUNC(pad)(pad, GST_OBJECT(download), gst_event_new_eos());

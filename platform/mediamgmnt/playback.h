@@ -40,6 +40,8 @@ class Playback : private PipelineListener {
   /// How often the source is presented in a row; kEndless for ever.
   void setPlays(int plays) { m_plays = plays; }
   void setRect(media::Rect rect) { m_surface.setRect(rect); }
+  /// Of the open source; empty without one.
+  StreamReport report() const { return m_pipeline == nullptr ? StreamReport{} : m_pipeline->report(); }
 
   void play(double rate);
   void pause();

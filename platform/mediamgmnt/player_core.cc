@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/mediamgmnt/component_words.h"
+#include "platform/mediamgmnt/media_report.h"
 #include "platform/mediamgmnt/number_text.h"
 #include "platform/mediamgmnt/property_text.h"
 #include "platform/mediamgmnt/thread_ledger.h"
@@ -101,17 +102,23 @@ bool PlayerCore::setWindow(std::string_view argument) {
   std::lock_guard lock(m_mutex);
   if (m_closed) return false;
   m_window = rect;
+  m_windowAsked = argument;
   if (m_started) m_loop.post([this] { applyWindow(); });
   return true;
 }
 
 void PlayerCore::applyWindow() {
   std::optional<media::Rect> rect;
+  std::string text;
   {
     std::lock_guard lock(m_mutex);
     rect = std::exchange(m_window, std::nullopt);
+    text = m_windowAsked;
   }
-  if (rect) m_playback->setRect(*rect);
+  if (!rect) return;
+  m_playback->setRect(*rect);
+  std::lock_guard lock(m_mutex);
+  m_windowInForce = text;
 }
 
 bool PlayerCore::setProperty(std::string_view key, std::string_view text) {
@@ -129,7 +136,7 @@ bool PlayerCore::setProperty(std::string_view key, std::string_view text) {
   return false;
 }
 
-bool PlayerCore::property(std::string_view key, std::string& value) const {
+bool PlayerCore::property(std::string_view key, std::string& value) {
   if (key == property::kPosition) {
     value = formatWhole(m_facts.position());
     return true;
@@ -148,7 +155,25 @@ bool PlayerCore::property(std::string_view key, std::string& value) const {
     if (code) value = formatWhole(*code);
     return code.has_value();
   }
+  if (key.starts_with(report::kPrefix)) return reportProperty(key, value);
   return componentProperty(key, value);
+}
+
+/// A player that was never used has nothing to place yet: its window is in force at once.
+bool PlayerCore::reportProperty(std::string_view key, std::string& value) {
+  if (key == report::kWindow) {
+    std::lock_guard lock(m_mutex);
+    value = m_started ? m_windowInForce : m_windowAsked;
+    return !value.empty();
+  }
+  {
+    std::lock_guard lock(m_mutex);
+    if (!m_started || m_closed) return false;
+  }
+  m_loop.post([this] { m_report.set(m_playback->report()); });
+  const std::optional<std::string> text = m_report.text(key);
+  if (text) value = *text;
+  return text.has_value();
 }
 
 bool PlayerCore::componentProperty(std::string_view key, std::string& value) const {

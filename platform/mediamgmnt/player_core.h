@@ -12,6 +12,7 @@
 #include "platform/mediamgmnt/dispatcher.h"
 #include "platform/mediamgmnt/playback.h"
 #include "platform/mediamgmnt/playback_facts.h"
+#include "platform/mediamgmnt/stream_report.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/voice.h"
 
@@ -31,7 +32,7 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   /// The three return false for a refusal: an unknown name, an argument that makes no sense, a closed player.
   bool command(std::string_view name, std::string_view argument);
   bool setProperty(std::string_view key, std::string_view value);
-  bool property(std::string_view key, std::string& value) const;
+  bool property(std::string_view key, std::string& value);
 
   Dispatcher& dispatcher() { return m_dispatcher; }
   const PlaybackFacts& facts() const { return m_facts; }
@@ -50,11 +51,13 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   bool setWindow(std::string_view argument);
   void applyWindow();
   bool selection(std::string_view name, std::string_view argument);
+  bool reportProperty(std::string_view key, std::string& value);
   bool componentProperty(std::string_view key, std::string& value) const;
 
   const unsigned long m_handle;
   PlaybackFacts m_facts;
   Components m_components;
+  StreamReportStore m_report;
   Dispatcher m_dispatcher;
   Voice m_voice;
   TaskLoop m_loop;
@@ -63,6 +66,8 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   bool m_started = false;               // guarded by m_mutex
   bool m_closed = false;                // guarded by m_mutex
   std::optional<media::Rect> m_window;  // guarded by m_mutex
+  std::string m_windowAsked;            // guarded by m_mutex
+  std::string m_windowInForce;          // guarded by m_mutex
 };
 
 }  // namespace mediamgmnt

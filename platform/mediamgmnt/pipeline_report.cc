@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a pipeline can say of how its presentation is going.
+#include <algorithm>
+
+#include "platform/mediamgmnt/pipeline.h"
+
+namespace mediamgmnt {
+namespace {
+
+constexpr double kNsPerMs = 1e6;
+
+/// A file is as long in time as in bytes, nearly.
+std::optional<long long> downloadedMs(GstElement* download, std::int64_t positionNs, std::int64_t durationNs) {
+  if (positionNs < 0 || durationNs <= 0) return std::nullopt;
+  GstQuery* const query = gst_query_new_buffering(GST_FORMAT_PERCENT);
+  gint64 end = -1;
+  if (gst_element_query(download, query)) gst_query_parse_buffering_range(query, nullptr, nullptr, &end, nullptr);
+  gst_query_unref(query);
+  if (end < 0) return std::nullopt;
+  const double endNs = static_cast<double>(end) / GST_FORMAT_PERCENT_MAX * static_cast<double>(durationNs);
+  return static_cast<long long>(std::max(0.0, endNs - static_cast<double>(positionNs)) / kNsPerMs);
+}
+
+long long bitRateAt(GstElement* sink) {
+  GstPad* const pad = gst_element_get_static_pad(sink, "sink");
+  GstEvent* const event = pad == nullptr ? nullptr : gst_pad_get_sticky_event(pad, GST_EVENT_TAG, 0);
+  if (pad != nullptr) gst_object_unref(pad);
+  if (event == nullptr) return 0;
+  GstTagList* tags = nullptr;
+  gst_event_parse_tag(event, &tags);
+  guint rate = 0;
+  if (!gst_tag_list_get_uint(tags, GST_TAG_BITRATE, &rate)) gst_tag_list_get_uint(tags, GST_TAG_NOMINAL_BITRATE, &rate);
+  gst_event_unref(event);
+  return rate;
+}
+
+long long countOf(const GstStructure* stats, const char* name) {
+  guint64 count = 0;
+  gst_structure_get_uint64(stats, name, &count);
+  return static_cast<long long>(count);
+}
+
+void countPictures(GstElement* sink, StreamReport& out) {
+  GstStructure* stats = nullptr;
+  g_object_get(sink, "stats", &stats, nullptr);
+  if (stats == nullptr) return;
+  out.pictures = countOf(stats, "rendered");
+  out.dropped = countOf(stats, "dropped");
+  gst_structure_free(stats);
+}
+
+}  // namespace
+
+GstElement* Pipeline::referenceTo(GstElement* const& element) const {
+  std::lock_guard lock(m_padMutex);
+  return element == nullptr ? nullptr : GST_ELEMENT(gst_object_ref(element));
+}
+
+void Pipeline::rememberAdaptiveDemux(GstElement* adaptiveDemux) {
+  std::lock_guard lock(m_padMutex);
+  if (m_adaptiveDemux == nullptr) m_adaptiveDemux = GST_ELEMENT(gst_object_ref(adaptiveDemux));
+}
+
+/// The adaptive demuxers of GStreamer 1.22 have properties for what they hold, and never fill them in.
+void Pipeline::reportStore(StreamReport& out) const {
+  if (GstElement* const demux = referenceTo(m_adaptiveDemux); demux != nullptr) {
+    guint line = 0;
+    g_object_get(demux, "current-bandwidth", &line, nullptr);
+    if (line > 0) out.lineRate = line;
+    gst_object_unref(demux);
+  } else if (GstElement* const download = referenceTo(m_download); download != nullptr) {
+    out.bufferedMs = downloadedMs(download, position(), duration());
+    gst_object_unref(download);
+  }
+}
+
+StreamReport Pipeline::report() const {
+  StreamReport out;
+  reportStore(out);
+  long long rate = 0;
+  for (const Kind kind : {Kind::Video, Kind::Audio}) {
+    GstElement* const sink = sinkOf(kind);
+    if (sink == nullptr) continue;
+    rate += bitRateAt(sink);
+    if (kind == Kind::Video) countPictures(sink, out);
+    gst_object_unref(sink);
+  }
+  if (rate > 0) out.mediaRate = rate;
+  return out;
+}
+
+}  // namespace mediamgmnt
