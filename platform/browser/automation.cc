@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/browser/messages.h"
 #include "platform/browser/remote_keys.h"
 
 namespace browser {
@@ -11,8 +12,7 @@ namespace browser {
 namespace {
 
 constexpr double kLookSeconds = 0.03;
-constexpr double kStillSeconds = 0.15;
-constexpr int kStillLooks = 8;
+constexpr gint64 kSettleMicroseconds = 10 * G_USEC_PER_SEC;  // a page that moves its video all the time is never settled
 // Ends when the page has drawn what it had to draw; a page that is not shown draws nothing, so there is a limit.
 constexpr char kAfterFrames[] =
     "return new Promise((done) => { let frames = 3; const next = () => { frames -= 1; if (frames < 0) done(''); "
@@ -114,17 +114,33 @@ void Automation::waited(bool holds) {
 void Automation::shoot(const Step& step) {
   const double since = static_cast<double>(g_get_monotonic_time() - m_loadedAt) / G_USEC_PER_SEC;
   if (since < step.seconds) return later(step.seconds - since, [this, &step] { shoot(step); });
+  m_settleUntil = g_get_monotonic_time() + kSettleMicroseconds;
   const auto draw = [this, &step] { m_window.whenDrawn([this, &step] { later(0, [this, &step] { shootNow(step.text); }); }); };
-  afterFrames([this, draw] { awaitStill(0, m_window.pictures(), draw); });
+  afterFrames([this, draw] { awaitSettled(draw); });
 }
 
-// What a page does to its layout reaches the video some threads later. A plane on which nothing plays then stands still.
-void Automation::awaitStill(int looks, std::uint32_t picture, std::function<void()> action) {
-  later(kStillSeconds, [this, looks, picture, action = std::move(action)] {
-    const std::uint32_t now = m_window.pictures();
-    if (now == picture || looks + 1 >= kStillLooks) return action();
-    awaitStill(looks + 1, now, action);
-  });
+// What a page does to its layout reaches the video some threads later.
+void Automation::awaitSettled(std::function<void()> action) {
+  using Wait = std::pair<Automation*, std::function<void()>>;
+  const auto finish = [](GObject* view, GAsyncResult* result, gpointer data) {
+    const std::unique_ptr<Wait> wait(static_cast<Wait*>(data));
+    GError* error = nullptr;
+    WebKitUserMessage* const reply = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    gboolean isSettled = reply == nullptr;  // nobody there to move anything
+    GVariant* const parameters = reply == nullptr ? nullptr : webkit_user_message_get_parameters(reply);
+    const bool understood = parameters != nullptr && g_variant_is_of_type(parameters, G_VARIANT_TYPE(kSettledType));
+    if (understood) g_variant_get(parameters, kSettledType, &isSettled);
+    if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) wait->first->settled(isSettled != FALSE, wait->second);
+    g_clear_error(&error);
+    if (reply != nullptr) g_object_unref(reply);
+  };
+  webkit_web_view_send_message_to_page(m_view, webkit_user_message_new(kMessageSettled, nullptr), m_cancel, finish,
+                                       new Wait(this, std::move(action)));
+}
+
+void Automation::settled(bool isSettled, std::function<void()> action) {
+  if (isSettled || g_get_monotonic_time() > m_settleUntil) return action();
+  later(kLookSeconds, [this, action = std::move(action)] { awaitSettled(action); });
 }
 
 void Automation::shootNow(const std::string& file) {

@@ -4,7 +4,6 @@
 
 #include <webkit2/webkit2.h>
 
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -36,7 +35,8 @@ class Automation {
   void wait(const std::string& expression);
   void waited(bool holds);
   void shoot(const Step& step);
-  void awaitStill(int looks, std::uint32_t picture, std::function<void()> action);
+  void awaitSettled(std::function<void()> action);
+  void settled(bool isSettled, std::function<void()> action);
   void shootNow(const std::string& file);
   void later(double seconds, std::function<void()> action);
   void afterFrames(std::function<void()> action);
@@ -50,6 +50,7 @@ class Automation {
   std::size_t m_at = 0;
   bool m_started = false;
   gint64 m_loadedAt = 0;
+  gint64 m_settleUntil = 0;
   guint m_timer = 0;
   std::function<void()> m_later;
 };

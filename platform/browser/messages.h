@@ -25,9 +25,11 @@ inline constexpr char kUncaughtType[] = "(ssu)";
 inline constexpr char kMessageFailed[] = "failed";  ///< a library cannot be loaded; why
 inline constexpr char kFailedType[] = "(s)";
 
-// From the window's process; both are answered by a message of the same name.
+// From the window's process; all are answered by a message of the same name.
 inline constexpr char kMessageEnd[] = "end";  ///< destroy all objects and come to rest; answered by whether it did
 inline constexpr char kEndType[] = "(b)";
+inline constexpr char kMessageSettled[] = "settled";  ///< answered by whether all video is where the page wants it by now
+inline constexpr char kSettledType[] = "(b)";
 inline constexpr char kMessageStatus[] = "status";  ///< what the objects do now
 inline constexpr char kStatusType[] = "(s)";        ///< the lines of the overlay
 

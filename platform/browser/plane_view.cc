@@ -65,8 +65,6 @@ gboolean PlaneView::onTick(gint fd, GIOCondition, gpointer self) {
   return G_SOURCE_CONTINUE;
 }
 
-std::uint32_t PlaneView::sequence() const { return m_memory == nullptr ? 0 : read(&MediaPlaneHeader::sequence); }
-
 void PlaneView::paint(cairo_t* cairo, int width, int height) {
   cairo_save(cairo);
   cairo_set_operator(cairo, CAIRO_OPERATOR_SOURCE);

@@ -30,8 +30,6 @@ class PlaneView {
 
   /// Fills @p width times @p height with the plane.
   void paint(cairo_t* cairo, int width, int height);
-  /// Number of the newest picture; it counts up.
-  std::uint32_t sequence() const;
 
  private:
   static gboolean onTick(gint fd, GIOCondition condition, gpointer self);

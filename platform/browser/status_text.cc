@@ -2,10 +2,15 @@
 #include "platform/browser/status_text.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <optional>
 #include <string_view>
 
+#include "host/mediamgmnt.h"
+#include "platform/mediamgmnt/media_report.h"
 #include "platform/pluginhost/shell.h"
 
 namespace browser {
@@ -67,6 +72,31 @@ std::string components(CorvelNativePropertyBase& object, int type, const char* n
   return language.empty() ? out : out + " (" + language + ")";
 }
 
+// What the media library tells beside the plugin; another library may tell nothing.
+std::optional<double> reported(unsigned long player, const char* key) {
+  char text[32];
+  double value = 0;
+  if (getPlayerProperty(player, key, text, sizeof text) == 0) return std::nullopt;
+  const auto [stop, error] = std::from_chars(text, text + std::strlen(text), value);
+  return error == std::errc() ? std::optional(value) : std::nullopt;
+}
+
+std::string streaming(unsigned long player) {
+  namespace report = mediamgmnt::report;
+  constexpr double kMillion = 1e6;
+  std::string out;
+  const auto add = [&](const char* key, const char* pattern, double unit) {
+    const std::optional<double> value = reported(player, key);
+    if (value) out += (out.empty() ? "  " : "   ") + format(pattern, *value / unit);
+  };
+  add(report::kBuffered, "%.1f s stored", 1000);
+  add(report::kMediaRate, "%.2f Mbit/s", kMillion);
+  add(report::kLineRate, "of %.2f that the line carries", kMillion);
+  add(report::kPictures, "%.0f pictures", 1);
+  add(report::kDropped, "%.0f dropped", 1);
+  return out.empty() ? out : out + "\n";
+}
+
 std::string endOf(const std::string& address) {
   return address.size() <= kAddressShown ? address : "…" + address.substr(address.size() - kAddressShown);
 }
@@ -84,6 +114,7 @@ std::string describeObject(CorvelNativePluginBase& object) {
   out += "  " + endOf(text(object, "data")) + "\n";
   out += "  " + components(object, 0, "video") + "   " + components(object, 1, "audio") + "   " +
          components(object, 2, "subtitles") + "\n";
+  out += streaming(object.getNativePlayerHandle());
   if (failed) out += std::string("  last error: ") + wordFor(kErrors, error.integer) + "\n";
   return out;
 }

@@ -35,8 +35,6 @@ class TvWindow {
   void press(guint sentKey);
   /// Calls @p done after the next picture has reached the window.
   void whenDrawn(std::function<void()> done);
-  /// Number of the newest picture of the video plane; it counts up.
-  std::uint32_t pictures() const { return m_plane.sequence(); }
   /// Writes what the window shows. @return false, with one line in @p error.
   bool screenshot(const std::string& path, std::string& error) const;
 

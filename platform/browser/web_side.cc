@@ -6,9 +6,11 @@
 #include <cmath>
 #include <utility>
 
+#include "host/mediamgmnt.h"
 #include "platform/browser/messages.h"
 #include "platform/browser/settings_text.h"
 #include "platform/browser/status_text.h"
+#include "platform/mediamgmnt/media_report.h"
 
 namespace browser {
 
@@ -173,9 +175,31 @@ gboolean WebSide::onMessage(WebKitWebPage*, WebKitUserMessage* message, gpointer
     webkit_user_message_send_reply(message, webkit_user_message_new(kMessageEnd, rested));
     return TRUE;
   }
-  if (name != kMessageStatus) return FALSE;
-  webkit_user_message_send_reply(message, webkit_user_message_new(kMessageStatus, side.status()));
-  return TRUE;
+  if (name == kMessageStatus) {
+    webkit_user_message_send_reply(message, webkit_user_message_new(kMessageStatus, side.status()));
+    return TRUE;
+  }
+  if (name == kMessageSettled) {
+    GVariant* const settled = g_variant_new(kSettledType, side.isSettled() ? TRUE : FALSE);
+    webkit_user_message_send_reply(message, webkit_user_message_new(kMessageSettled, settled));
+    return TRUE;
+  }
+  return FALSE;
+}
+
+// A window passes two queues, the plugin's and the media library's, before pictures are where it says. A library that does not tell
+// is taken to be quick; objects that have gone have left the plane when their threads have.
+bool WebSide::isSettled() const {
+  if (!m_retired.empty() || (m_media != nullptr && !m_media->waitIdle(0))) return false;
+  for (const auto& [frame, script] : m_frames) {
+    if (script == nullptr) continue;
+    for (const auto& [player, window] : script->binding().windows()) {
+      char inForce[64];
+      const bool told = getPlayerProperty(player, mediamgmnt::report::kWindow, inForce, sizeof inForce) != 0;
+      if (told && window != inForce) return false;
+    }
+  }
+  return true;
 }
 
 GVariant* WebSide::status() {

@@ -55,6 +55,7 @@ class WebSide : public FrameOwner {
   void keepTicking();
   bool comeToRest();
   GVariant* status();
+  bool isSettled() const;
 
   std::string m_error;  ///< why nothing can play, or ""
   std::string m_settings;

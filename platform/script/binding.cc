@@ -80,11 +80,27 @@ std::vector<CorvelNativePluginBase*> Binding::plugins() const {
   return out;
 }
 
+bool Binding::setWindow(std::uint64_t id, int x, int y, int width, int height) {
+  CorvelNativePluginBase* const object = plugin(id);
+  if (object == nullptr) return false;
+  std::string& text = m_windows[id];
+  text.clear();
+  for (const int number : {x, y, width, height}) text.append(std::to_string(number)).append("|");
+  return object->setWindowProperties(x, y, width, height);
+}
+
+std::map<unsigned long, std::string> Binding::windows() const {
+  std::map<unsigned long, std::string> out;
+  for (const auto& [id, text] : m_windows) out.emplace(plugin(id)->getNativePlayerHandle(), text);
+  return out;
+}
+
 void Binding::destroy(std::uint64_t id) {
   const auto found = m_plugins.find(id);
   if (found == m_plugins.end()) return;
   const std::shared_ptr<NativeSlot> slot = found->second;
   m_plugins.erase(found);
+  m_windows.erase(id);
   // From here on script reads undefined, also from a script call that the wait inside willBeDestroyed could never let in.
   const std::shared_ptr<CorvelNativePropertyBase> object = std::exchange(slot->object, nullptr);
   CorvelNativePluginBase::cast(object.get())->willBeDestroyed();

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -44,6 +45,10 @@ class Binding : public ObjectWrapper {
   std::size_t pluginCount() const { return m_plugins.size(); }
   /// The plugin objects of this context, oldest first.
   std::vector<CorvelNativePluginBase*> plugins() const;
+  /// Where the page wants the object's window on the video plane. @return false for an unknown id and a refusal.
+  bool setWindow(std::uint64_t id, int x, int y, int width, int height);
+  /// The windows that were set last, by the media library's handles of their objects, as "x|y|width|height|".
+  std::map<unsigned long, std::string> windows() const;
   /// What every plugin object has, for a page layer that must know before the first is made. @p tables must outlive the binding.
   void setKnownTables(const Tables* tables) { m_knownTables = tables; }
   const Tables* knownTables() const { return m_knownTables; }
@@ -62,6 +67,7 @@ class Binding : public ObjectWrapper {
   std::shared_ptr<pluginhost::PluginLibrary> m_library;
   std::map<const void*, std::unique_ptr<ScriptClass>> m_classes;  ///< by table id
   std::map<std::uint64_t, std::shared_ptr<NativeSlot>> m_plugins;
+  std::map<std::uint64_t, std::string> m_windows;  ///< of those in m_plugins that have one
   const Tables* m_knownTables = nullptr;
   std::shared_ptr<WrapperLink> m_link;
   std::shared_ptr<Binding*> m_self;

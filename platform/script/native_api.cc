@@ -88,10 +88,9 @@ JSValueRef setDocumentUrl(Binding& binding, Arguments arguments, JSValueRef*) {
 }
 
 JSValueRef setWindow(Binding& binding, Arguments arguments, JSValueRef*) {
-  CorvelNativePluginBase* plugin = pluginOf(binding, arguments[0]);
-  if (plugin == nullptr) return boolean(binding, false);
-  return boolean(binding, plugin->setWindowProperties(integer(binding, arguments[1]), integer(binding, arguments[2]),
-                                                      integer(binding, arguments[3]), integer(binding, arguments[4])));
+  const auto id = static_cast<std::uint64_t>(number(binding, arguments[0]));
+  return boolean(binding, binding.setWindow(id, integer(binding, arguments[1]), integer(binding, arguments[2]),
+                                            integer(binding, arguments[3]), integer(binding, arguments[4])));
 }
 
 JSValueRef setFlag(Binding& binding, Arguments arguments, JSValueRef*) {
