@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What can be watched. An application of yours would fetch such a list with XMLHttpRequest.
-// Where the media are: beside this application, or where the address of the page says (index.hbbtv?media=http://…/).
+// Where the media are: two folders above this application, or where the address of the page says (index.hbbtv?media=http://…/).
 var MEDIA = (/[?&]media=([^&]+)/.exec(location.search) || [])[1];
-MEDIA = MEDIA ? decodeURIComponent(MEDIA) : '../../media/';
+MEDIA = MEDIA ? decodeURIComponent(MEDIA) : '../../';
 
 var FILMS = [
   { title: 'Test card', kind: 'MP4', type: 'video/mp4', data: 'two.mp4',

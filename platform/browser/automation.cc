@@ -75,7 +75,7 @@ void Automation::runScript(const std::string& file) {
     if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) static_cast<Automation*>(self)->scriptRun(error);
     g_clear_error(&error);
   };
-  webkit_web_view_evaluate_javascript(m_view, text, -1, nullptr, file.c_str(), m_cancel, finish, this);
+  webkit_web_view_evaluate_javascript(m_view, text, -1, nullptr, addressOf(file).c_str(), m_cancel, finish, this);
   g_free(text);
 }
 

@@ -19,7 +19,7 @@ constexpr int kAttempts = 4;
 }  // namespace
 
 Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice, Components& components, unsigned long player)
-    : m_loop(loop), m_facts(facts), m_voice(voice), m_components(components) {
+    : m_loop(loop), m_facts(facts), m_voice(voice), m_components(components), m_surface(player) {
   m_settings.player = player;
 }
 

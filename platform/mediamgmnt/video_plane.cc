@@ -50,7 +50,8 @@ bool VideoPlane::snapshot(unsigned char* pixels, std::size_t size) const {
 
 void VideoPlane::attach(VideoSurface& surface) {
   const std::lock_guard turn(m_turn);
-  m_surfaces.push_back(&surface);
+  const auto isHigher = [&](const VideoSurface* other) { return other->m_height > surface.m_height; };
+  m_surfaces.insert(std::find_if(m_surfaces.begin(), m_surfaces.end(), isHigher), &surface);
 }
 
 void VideoPlane::detach(VideoSurface& surface) {
@@ -106,7 +107,7 @@ void VideoPlane::publish(unsigned index, const Region& changed) {
   m_memory.ring();
 }
 
-VideoSurface::VideoSurface(VideoPlane& plane) : m_plane(plane), m_rect(kPlane) { m_plane.attach(*this); }
+VideoSurface::VideoSurface(VideoPlane& plane, unsigned long height) : m_plane(plane), m_height(height), m_rect(kPlane) { m_plane.attach(*this); }
 
 VideoSurface::~VideoSurface() {
   clear();

@@ -58,7 +58,7 @@ class VideoPlane {
 
   std::atomic<unsigned long> m_frames = 0;
   mutable std::mutex m_turn;
-  std::vector<VideoSurface*> m_surfaces;                   ///< under m_turn; lowest first
+  std::vector<VideoSurface*> m_surfaces;                   ///< under m_turn; lowest first, by their height
   std::array<Region, PlaneMemory::kBufferCount> m_behind;  ///< under m_turn; where a buffer differs from the newest picture
   mutable std::mutex m_front;
   PlaneMemory m_memory;  ///< front switched under both locks, so read under either; other buffers under m_turn
@@ -66,13 +66,14 @@ class VideoPlane {
 
 /// One player's picture on the plane.
 ///
-/// Created above all present surfaces, with the whole plane as its rectangle and no picture.
+/// Created with the whole plane as its rectangle and no picture, above all surfaces that are not higher.
 /// The picture keeps its display aspect ratio in the rectangle; the rest of the rectangle is black, and covers what is below.
 /// Threads: paint() one at a time (the streaming thread); all others any, also at the same time.
 class VideoSurface {
  public:
-  VideoSurface() : VideoSurface(VideoPlane::instance()) {}
-  explicit VideoSurface(VideoPlane& plane);
+  /// @p height orders the surfaces of a plane: a higher one covers a lower one.
+  explicit VideoSurface(unsigned long height = 0) : VideoSurface(VideoPlane::instance(), height) {}
+  explicit VideoSurface(VideoPlane& plane, unsigned long height = 0);
   VideoSurface(const VideoSurface&) = delete;
   VideoSurface& operator=(const VideoSurface&) = delete;
   /// Clears its area. paint() must not run any more.
@@ -98,6 +99,7 @@ class VideoSurface {
   Rect draw(unsigned char* canvas);
 
   VideoPlane& m_plane;
+  const unsigned long m_height;
   FrameReducer m_reducer;  ///< the streaming thread's
   std::atomic<unsigned long> m_frames = 0;
   // Under the plane's m_turn:

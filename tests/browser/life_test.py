@@ -5,6 +5,7 @@ import os
 import re
 import signal
 import socket
+import subprocess
 import time
 
 import television
@@ -86,6 +87,17 @@ class LifeTest(television.Case):
         process.kill()
         process.communicate()
         self.assertNothingRuns(children)
+
+    def test_closing_the_window_and_the_key_to_quit_end_in_order(self):
+        for leave in (lambda: self.closeWindow("Plays at once"), lambda: self.pressOnKeyboard("ctrl+q")):
+            process = self.startPlaying()
+            children = childrenOf(process.pid)
+            leave()
+            run = self.finish(process)
+            self.assertEqual(run.status, 0, run.output)
+            self.assertAllClosed(run)
+            self.assertNothingRuns(children)
+            os.remove(os.path.join(self.folder, "trace.jsonl"))
 
     def test_fifty_navigations_while_playing(self):
         run = self.browse("playing.html", "--wait", "goOn(50)", "--quit-after", "300")

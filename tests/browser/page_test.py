@@ -23,6 +23,18 @@ class DocumentTest(television.Case):
         self.assertEqual(run.logged(), ["played"])
 
 
+    def test_storage_and_cookies_outlive_the_browser_unless_private(self):
+        first = self.browse("keeping.html", "--wait", "done", private=False)
+        self.assertEqual(first.logged(), ["null "])
+        again = self.browse("keeping.html", "--wait", "done", private=False)
+        self.assertEqual(again.logged(), ["green tea=green"])
+        private = self.browse("keeping.html", "--wait", "done")
+        self.assertEqual(private.logged(), ["null "])
+
+    def test_television_fonts_are_stood_in_for(self):
+        self.assertEqual(self.browse("fonts.html", "--wait", "done").logged(), ["fine"])
+
+
 class ElementTest(television.Case):
     def test_elements_are_live_when_they_should_be(self):
         run = self.browse("objects.html", "--wait", "done")
@@ -65,7 +77,6 @@ class OverlayTest(television.Case):
 
     def test_help_key_is_the_browser_s_own(self):
         process = self.start("keys.html", "--wait", "down.length > 0", "--screenshot", "help.png", "--wait", "report()", "--quit-after", "60")
-        self.addCleanup(process.kill)
         deadline = time.monotonic() + 60
         run = None
         while run is None and time.monotonic() < deadline:  # the window may not be there yet
@@ -78,6 +89,30 @@ class OverlayTest(television.Case):
                 continue
         self.assertIsNotNone(run)
         self.assertEqual(set(run.logged()[0].split(",")), {"65 a"})
+
+
+class StepTest(television.Case):
+    def test_script_runs_in_the_page(self):
+        with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:
+            file.write("console.log(document.title)")
+        run = self.browse("several.html", "--wait", "done", "--script", "step.js", "--wait", "first.playState === 2")
+        self.assertEqual(run.logged(), ["Several objects, one above the other"])
+
+    def test_script_that_throws_or_is_not_there(self):
+        with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:
+            file.write("throw new Error('no')")
+        run = self.browse("keys.html", "--script", "step.js", "--wait", "true", status=1)
+        self.assertRegex(run.output, r"avc-browser: step\.js: file:\S*/step\.js:1:\d+: Error: no")
+        run = self.browse("keys.html", "--script", "none.js", "--wait", "true", status=1)
+        self.assertIn("none.js", run.output)
+
+
+class LocaleTest(television.Case):
+    def test_decimal_comma_of_the_desktop_changes_nothing(self):
+        run = self.browse("player.html", "--overlay", "--wait", "done", "--screenshot", "a.png", LC_ALL="de_DE.UTF-8")
+        self.assertEqual(run.logged(), ["played"])
+        self.assertTrue(any('"name":"SEEK"' in line and "5000.00" in line for line in run.trace()))
+        self.assertFalse(any("5000,00" in line for line in run.trace()))
 
 
 class EnvironmentTest(television.Case):

@@ -1,6 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Video appears exactly where the element is, whatever moves it."""
+import os
+import subprocess
+
 import television
 
 
@@ -56,6 +59,46 @@ class SeveralTest(television.Case):
             self.assertBar(picture, 320, 180, 640, 360, bar)
         self.assertCard(picture, 960, 540, 320, 180)
         self.assertAllClosed(run)
+
+
+class FlickerTest(television.Case):
+    # What the screen shows, 25 times a second: the middle of each bar of the video, and a part of the page that stays as it is.
+    FILTER = ("split[a][b];[a]crop=640:80:0:100,scale=6:1:flags=area[video];[b]crop=60:40:1000:600,scale=6:1:flags=area[page];"
+              "[video][page]vstack,format=rgb24")
+    BYTES = 6 * 2 * 3
+
+    def film(self):
+        name = os.path.join(self.folder, "film.rgb")
+        command = ["ffmpeg", "-v", "error", "-f", "x11grab", "-draw_mouse", "0", "-framerate", "25", "-video_size", "1280x720", "-i",
+                   self.screen.name, "-filter_complex", self.FILTER, "-f", "rawvideo", name]
+        return subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, env=self.environment()), name
+
+    def pictures(self, name):
+        with open(name, "rb") as file:
+            film = file.read()
+        for at in range(0, len(film) - self.BYTES + 1, self.BYTES):
+            pixels = [tuple(film[at + i:at + i + 3]) for i in range(0, self.BYTES, 3)]
+            yield pixels[:6], pixels[6:]
+
+    @staticmethod
+    def like(pixel, colour):
+        return max(abs(a - b) for a, b in zip(pixel, colour)) <= 90
+
+    def assertOnceOnly(self, seen, what):
+        """It comes, stays and goes."""
+        self.assertGreater(sum(seen), 10, what)
+        first, last = seen.index(True), len(seen) - 1 - seen[::-1].index(True)
+        self.assertEqual(seen[first:last + 1].count(False), 0, "%s: %s" % (what, "".join(" #"[one] for one in seen)))
+
+    def test_neither_video_nor_page_vanishes_at_start_seek_pause_and_speed(self):
+        camera, name = self.film()
+        self.addCleanup(camera.kill)
+        self.browse("flicker.html", "--wait", "done")
+        camera.communicate(b"q", timeout=television.PATIENCE_S)
+        pictures = list(self.pictures(name))
+        shown = [sum(self.like(pixel, bar) for pixel, bar in zip(video, television.BARS)) >= 4 for video, _ in pictures]
+        self.assertOnceOnly(shown, "video")
+        self.assertOnceOnly([all(self.like(pixel, (0, 128, 0)) for pixel in page) for _, page in pictures], "page")
 
 
 class FrameTest(television.Case):

@@ -10,6 +10,7 @@ browser, and a look at the pictures that it wrote.
 A test file ends with television.main(). It is called with --avc-browser FILE --media DIR and, as a unittest, names of tests.
 """
 import argparse
+import ctypes
 import json
 import os
 import re
@@ -27,6 +28,7 @@ import server as media_server  # noqa: E402  (the folder is only known now)
 
 DEFECT = re.compile(r"CRITICAL \*\*|Sanitizer|runtime error:|assertion .* failed", re.IGNORECASE)
 PATIENCE_S = 60
+UNTIL_TEST_ENDS = ["setpriv", "--pdeathsig", "TERM"]  # also when CTest has lost its patience with the test
 WIDTH, HEIGHT = 1280, 720
 BLACK, WHITE = (0, 0, 0), (255, 255, 255)
 # The sample media's test card: upright bars of these colours, each a sixth of the width; what moves covers little of them.
@@ -48,7 +50,7 @@ class Screen:
 
     def __init__(self, width=WIDTH, height=HEIGHT):
         reader, writer = os.pipe()
-        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", "%dx%dx24" % (width, height), "-nolisten", "tcp", "-noreset"]
+        command = [*UNTIL_TEST_ENDS, "Xvfb", "-displayfd", str(writer), "-screen", "0", "%dx%dx24" % (width, height), "-nolisten", "tcp", "-noreset"]
         self.process = subprocess.Popen(command, pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                         stderr=subprocess.DEVNULL)
         os.close(writer)
@@ -72,6 +74,28 @@ class Screen:
     def close(self):
         self.process.terminate()
         self.process.wait()
+
+
+def sendDeleteWindow(display, window):
+    """A client message WM_DELETE_WINDOW, as ICCCM has it."""
+    xlib = ctypes.CDLL("libX11.so.6")
+    xlib.XOpenDisplay.restype = ctypes.c_void_p
+    xlib.XInternAtom.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_int]
+    xlib.XInternAtom.restype = ctypes.c_ulong
+    xlib.XSendEvent.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_int, ctypes.c_long, ctypes.c_void_p]
+    xlib.XCloseDisplay.argtypes = [ctypes.c_void_p]
+
+    class ClientMessage(ctypes.Structure):
+        _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("sent", ctypes.c_int), ("display", ctypes.c_void_p),
+                    ("window", ctypes.c_ulong), ("message", ctypes.c_ulong), ("format", ctypes.c_int), ("data", ctypes.c_long * 5),
+                    ("rest", ctypes.c_long * 24)]
+
+    connection = xlib.XOpenDisplay(display.encode())
+    protocols, delete = (xlib.XInternAtom(connection, name, 0) for name in (b"WM_PROTOCOLS", b"WM_DELETE_WINDOW"))
+    clientMessage = 33
+    event = ClientMessage(clientMessage, 0, 1, connection, window, protocols, 32, (ctypes.c_long * 5)(delete))
+    xlib.XSendEvent(connection, window, 0, 0, ctypes.byref(event))
+    xlib.XCloseDisplay(connection)  # sends what is waiting
 
 
 class Picture:
@@ -126,6 +150,8 @@ class Case(unittest.TestCase):
         os.symlink(os.path.join(HERE, "pages"), os.path.join(cls.root, "pages"))
         os.symlink(os.path.join(HERE, "..", "..", "examples"), os.path.join(cls.root, "examples"))
         os.symlink(os.path.abspath(options.media), os.path.join(cls.root, "media"))
+        for name in os.listdir(options.media):  # where the example application and the server's live streams look for them
+            os.symlink(os.path.join(os.path.abspath(options.media), name), os.path.join(cls.root, name))
         cls.server = media_server.Server(cls.root).start()
         cls.base = "http://127.0.0.1:%d/" % cls.server.port
 
@@ -146,12 +172,22 @@ class Case(unittest.TestCase):
         variables.update(more)
         return variables
 
-    def start(self, page, *arguments, **environment):
+    def start(self, page, *arguments, private=True, **environment):
         """Starts the browser without waiting for it. A page is the name of a file of pages/, or an address."""
         address = page if ":" in page else self.base + "pages/" + page
-        return subprocess.Popen([options.avc_browser, "--private", *arguments, address], cwd=self.folder, stdin=subprocess.DEVNULL,
+        command = [*UNTIL_TEST_ENDS, options.avc_browser, *(["--private"] if private else []), *arguments, address]
+        process = subprocess.Popen(command, cwd=self.folder, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
                                 env=self.environment(**environment))
+        self.addCleanup(self.endIfRunning, process)
+        return process
+
+    @staticmethod
+    def endIfRunning(process):
+        """What a test that failed leaves behind; the page's process follows by itself."""
+        if process.poll() is None:
+            process.kill()
+            process.communicate()
 
     def finish(self, process):
         """Waits for the end; a browser that does not end is a failure."""
@@ -177,6 +213,12 @@ class Case(unittest.TestCase):
     def pressOnKeyboard(self, key):
         """Presses a key as the screen's keyboard would."""
         subprocess.run(["xdotool", "key", key], env=self.environment(), check=True)
+
+    def closeWindow(self, title):
+        """What a window manager does when the user closes the window."""
+        found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", title], env=self.environment(), check=True,
+                               stdout=subprocess.PIPE, text=True, timeout=PATIENCE_S).stdout.split()
+        sendDeleteWindow(self.screen.name, int(found[0]))
 
     def assertColour(self, picture, point, colour, tolerance=24):
         seen = picture.around(*point)

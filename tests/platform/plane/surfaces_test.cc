@@ -41,6 +41,16 @@ TEST_F(TwoSurfacesTest, LaterOneIsAbove_WhoeverPaints) {
   }
 }
 
+TEST_F(PlaneTest, HigherSurfaceIsAbove_WhicheverCameFirst) {
+  VideoSurface high{m_plane, 7};
+  VideoSurface low{m_plane, 3};
+  high.setRect(kHigh);
+  low.setRect(kLow);
+  high.paint(makeSolid({40, 40}, kRed).get());
+  low.paint(makeSolid({40, 40}, kBlue).get());
+  EXPECT_TRUE(looksLike(m_plane, Image().fill(kLow, kBlue).fill(kHigh, kRed)));
+}
+
 TEST_F(TwoSurfacesTest, LowerOneComesBack_WhenTheHigherIsCleared) {
   m_low.paint(square(kGreen).get());
   m_high.paint(square(kRed).get());
