@@ -223,7 +223,10 @@ gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision,
 
 void Browser::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
   auto& browser = *static_cast<Browser*>(self);
-  if (event == WEBKIT_LOAD_FINISHED && !browser.m_down) browser.m_automation->loaded();
+  if (event == WEBKIT_LOAD_STARTED) browser.m_shown = false;
+  if (event == WEBKIT_LOAD_COMMITTED) browser.m_shown = true;
+  // What could not be loaded is finished, too, before the page that says so is there.
+  if (event == WEBKIT_LOAD_FINISHED && browser.m_shown && !browser.m_down) browser.m_automation->loaded();
 }
 
 gboolean Browser::onLoadFailed(WebKitWebView* view, WebKitLoadEvent, const char* url, GError* error, gpointer self) {

@@ -70,7 +70,8 @@ class Browser {
   int m_status = 0;
   int m_signal = 0;  ///< the signal that ended it, or 0
   bool m_failed = false;
-  bool m_down = false;  ///< the page's process has ended
+  bool m_shown = false;  ///< something of what was loaded last
+  bool m_down = false;   ///< the page's process has ended
   bool m_traceUsed = false;
   guint m_limit = 0;
   guint m_patience = 0;

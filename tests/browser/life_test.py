@@ -148,6 +148,15 @@ class LifeTest(television.Case):
         self.finish(process)
 
 
+class SandboxTest(television.Case):
+    def test_sandbox_lets_our_libraries_in(self):
+        # Not every container lets a program make a sandbox; then the page's process cannot start, and the browser must say so.
+        able = subprocess.run(["bwrap", "--ro-bind", "/", "/", "--unshare-all", "true"], stderr=subprocess.DEVNULL).returncode == 0
+        run = self.finish(self.start("playing.html", "--sandbox", "--wait", "typeof video.play === 'function' && video.playState === 6",
+                                     "--wait", "console.log('live'), true", "--quit-after", "60"))
+        self.assertEqual((run.status, run.logged()), (0, ["live"]) if able else (1, []), run.output)
+
+
 class StatusTest(television.Case):
     def test_uncaught_error_with_source_and_line(self):
         run = self.browse("wrong.html", "--wait", "done", status=1)

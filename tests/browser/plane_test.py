@@ -71,7 +71,7 @@ class FlickerTest(television.Case):
         name = os.path.join(self.folder, "film.rgb")
         command = ["ffmpeg", "-v", "error", "-f", "x11grab", "-draw_mouse", "0", "-framerate", "25", "-video_size", "1280x720", "-i",
                    self.screen.name, "-filter_complex", self.FILTER, "-f", "rawvideo", name]
-        return subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, env=self.environment()), name
+        return subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL), name
 
     def pictures(self, name):
         with open(name, "rb") as file:

@@ -41,6 +41,7 @@ def commandLine():
     parser = argparse.ArgumentParser()
     parser.add_argument("--avc-browser", required=True)
     parser.add_argument("--media", required=True)
+    parser.add_argument("--sanitizers", help="libraries to load before the browser's own, when it was built with sanitizers")
     parser.add_argument("tests", nargs="*")
     return parser.parse_args()
 
@@ -169,6 +170,9 @@ class Case(unittest.TestCase):
         variables = dict(os.environ, DISPLAY=self.screen.name, HOME=self.folder, XDG_RUNTIME_DIR=self.folder)
         for name in ("WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"):
             variables.pop(name, None)
+        if options.sanitizers:
+            # The engine keeps what it made until the end, and has handlers of its own for faults that it provokes.
+            variables.update(LD_PRELOAD=options.sanitizers, ASAN_OPTIONS="detect_leaks=0:handle_segv=0:allow_user_segv_handler=1")
         variables.update(more)
         return variables
 
@@ -177,8 +181,8 @@ class Case(unittest.TestCase):
         address = page if ":" in page else self.base + "pages/" + page
         command = [*UNTIL_TEST_ENDS, options.avc_browser, *(["--private"] if private else []), *arguments, address]
         process = subprocess.Popen(command, cwd=self.folder, stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
-                                env=self.environment(**environment))
+                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                                   env=self.environment(**environment))
         self.addCleanup(self.endIfRunning, process)
         return process
 
@@ -212,12 +216,12 @@ class Case(unittest.TestCase):
 
     def pressOnKeyboard(self, key):
         """Presses a key as the screen's keyboard would."""
-        subprocess.run(["xdotool", "key", key], env=self.environment(), check=True)
+        subprocess.run(["xdotool", "key", key], env=self.environment(LD_PRELOAD=""), check=True)
 
     def closeWindow(self, title):
         """What a window manager does when the user closes the window."""
-        found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", title], env=self.environment(), check=True,
-                               stdout=subprocess.PIPE, text=True, timeout=PATIENCE_S).stdout.split()
+        found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", title], env=self.environment(LD_PRELOAD=""),
+                               check=True, stdout=subprocess.PIPE, text=True, timeout=PATIENCE_S).stdout.split()
         sendDeleteWindow(self.screen.name, int(found[0]))
 
     def assertColour(self, picture, point, colour, tolerance=24):
