@@ -107,7 +107,9 @@ void VideoPlane::publish(unsigned index, const Region& changed) {
   m_memory.ring();
 }
 
-VideoSurface::VideoSurface(VideoPlane& plane, unsigned long height) : m_plane(plane), m_height(height), m_rect(kPlane) { m_plane.attach(*this); }
+VideoSurface::VideoSurface(VideoPlane& plane, unsigned long height) : m_plane(plane), m_height(height), m_rect(kPlane) {
+  m_plane.attach(*this);
+}
 
 VideoSurface::~VideoSurface() {
   clear();
