@@ -15,6 +15,7 @@ PLUGIN_HEADERS = {"plugin/av_control_plugin.h", "plugin/live_plugin.h"}
 HOST_SHELL_SIDE = "platform/pluginhost/shell.h"
 MEDIA_EXTRAS = "platform/mediamgmnt/media_plane.h"
 SOUND_EXTRAS = "platform/mediamgmnt/media_sound.h"
+REPORT_EXTRAS = "platform/mediamgmnt/media_report.h"
 
 RECORDS = {"components", "parental"}
 
@@ -39,7 +40,7 @@ PLATFORM_ROOMS = {
     "platform/shell": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS},
     "platform/script": {HOST_SHELL_SIDE},
     "platform/runner": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS, "platform/script", "platform/shell"},
-    "platform/browser": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS, "platform/script", "platform/shell"},
+    "platform/browser": {HOST_SHELL_SIDE, MEDIA_EXTRAS, SOUND_EXTRAS, REPORT_EXTRAS, "platform/script", "platform/shell"},
 }
 # These need the C++ standard library and POSIX only.
 PLAIN_ROOMS = set(PLUGIN_ROOMS) | {"platform/pluginhost", "platform/shell", "examples/minimal-host"}
