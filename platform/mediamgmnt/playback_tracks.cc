@@ -45,9 +45,12 @@ void Playback::onPresented(ComponentKind kind, const void* stream, const Decoded
   const bool changed = m_components.present(kind, stream, decoded);
   if (changed || m_changesToSay[indexOf(kind)]) sayChanged(kind);
   showWhatIsWished();
-  if (m_components.isSwitchDue()) return noteDueSwitch();
-  m_switchesTried = 0;
   if (!m_pipeline->isAdaptive()) m_loop.cancel(std::exchange(m_switchTimer, 0));
+  if (m_components.isSwitchDue()) {
+    noteDueSwitch();
+    return proceed();
+  }
+  m_switchesTried = 0;
 }
 
 /// Hides at once; shows as soon as the right one is there.
@@ -87,6 +90,8 @@ void Playback::beginSwitch() {
   m_switchDue = false;
   const bool redraw = std::exchange(m_redrawDue, false);
   if (!redraw && !m_components.isSwitchDue()) return;  // has come by itself
+  // GStreamer mixes up selections that overtake each other. What the one before leads to comes here again.
+  if (m_switchTimer != 0) return;
   ++m_switchesTried;
   if (m_pipeline->isBetweenPeriods()) return reopen();
   const std::int64_t selected = g_get_monotonic_time();

@@ -214,6 +214,9 @@ TEST_P(TracksTest, TheLastOfThreeQuickChoicesHolds) {
 
   EXPECT_TRUE(m_listener.hears(GetParam().described));
   EXPECT_TRUE(TestPlayer::eventually([&] { return active("AUDIO") == Records{GetParam().audio[2]}; }));
+  const double place = m_player.number("POSITION");
+  EXPECT_TRUE(TestPlayer::eventually([&] { return m_player.number("POSITION") > place + 600; }));
+  EXPECT_EQ(m_listener.heard().back(), GetParam().described);
 }
 
 TEST_P(TracksTest, UnselectedSoundIsSilentUntilItIsSelectedAgain) {
