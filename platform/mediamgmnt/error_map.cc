@@ -47,7 +47,8 @@ int errorCodeOf(Failure failure) {
     case Failure::FormatNotSupported: return 0;
     case Failure::CannotConnect:
     case Failure::ConnectionLost: return 1;
-    case Failure::Unidentified: return 2;
+    case Failure::Unidentified:
+    case Failure::NoRights: return 2;
     case Failure::InsufficientResources: return 3;
     case Failure::CorruptContent: return 4;
     case Failure::ContentNotAvailable: return 5;

@@ -15,6 +15,7 @@ enum class Failure {
   CorruptContent,
   ContentNotAvailable,
   NotAvailableAtPosition,
+  NoRights,  ///< the page hears of the rights before it hears of the error
 };
 
 /// The code of the A/V Control object's "error" property.

@@ -38,6 +38,7 @@ struct SourceSettings {
 /// Receives what happens to a pipeline, on the control thread.
 class PipelineListener {
  public:
+  virtual void onDescriptorServed() = 0;  ///< the server says that this is no media but a content-access-streaming descriptor
   virtual void onSourceAnswered() = 0;
   virtual void onPrerolled() = 0;       ///< everything selected is ready to be shown; also after each seek
   virtual void onPlayingReached() = 0;  ///< the clock runs

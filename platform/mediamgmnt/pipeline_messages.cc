@@ -2,6 +2,7 @@
 // What the pipeline's elements say, and what it means. The messages are only queued on the thread that posts them.
 #include <cstring>
 
+#include "platform/mediamgmnt/content_choice.h"
 #include "platform/mediamgmnt/pipeline.h"
 
 namespace mediamgmnt {
@@ -42,6 +43,22 @@ bool isTextLike(const char* mediaType) {
   return startsWith(mediaType, "text/") || startsWith(mediaType, "subpicture/") || startsWith(mediaType, "subtitle/") ||
          startsWith(mediaType, "closedcaption/") || startsWith(mediaType, "application/x-teletext") ||
          startsWith(mediaType, "application/x-subtitle") || startsWith(mediaType, "meta/") || startsWith(mediaType, "private/");
+}
+
+/// The names of headers are as the server wrote them.
+gboolean noteContentType(GQuark name, const GValue* value, gpointer out) {
+  if (g_ascii_strcasecmp(g_quark_to_string(name), "content-type") != 0 || !G_VALUE_HOLDS_STRING(value)) return TRUE;
+  *static_cast<std::string*>(out) = g_value_get_string(value);
+  return FALSE;
+}
+
+std::string servedType(const GstStructure& httpHeaders) {
+  const GValue* const headers = gst_structure_get_value(&httpHeaders, "response-headers");
+  std::string type;
+  if (headers != nullptr && GST_VALUE_HOLDS_STRUCTURE(headers)) {
+    gst_structure_foreach(gst_value_get_structure(headers), noteContentType, &type);
+  }
+  return type;
 }
 
 }  // namespace
@@ -88,7 +105,9 @@ void Pipeline::handleElementMessage(GstMessage* message) {
 void Pipeline::handleHttpHeaders(const GstStructure& details) {
   guint status = 0;
   gst_structure_get_uint(&details, "http-status-code", &status);
-  if (status >= 200 && status < 300) reportAnswered();
+  if (status < 200 || status > 299) return;
+  if (!m_answered && isDescriptorType(servedType(details))) return m_listener.onDescriptorServed();
+  reportAnswered();
 }
 
 /// GStreamer would go on with what is left, or with nothing at all and without an error.

@@ -18,8 +18,9 @@ constexpr int kAttempts = 4;
 
 }  // namespace
 
-Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice, Components& components, unsigned long player)
-    : m_loop(loop), m_facts(facts), m_voice(voice), m_components(components), m_surface(player) {
+Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protection, Voice& voice, Components& components,
+                   unsigned long player)
+    : m_loop(loop), m_facts(facts), m_protection(protection), m_voice(voice), m_components(components), m_surface(player) {
   m_settings.player = player;
 }
 
@@ -29,6 +30,8 @@ void Playback::setInput(const std::string& url) {
   stop();
   m_facts.forget();
   m_components.forgetSource();
+  m_protection.forget();
+  m_content.reset();
   m_settings.url = url;
   m_connectedSaid = false;
   m_voice.say(status::kReadyToPlay);
@@ -90,8 +93,15 @@ void Playback::stop() {
   m_over = false;
 }
 
+/// A descriptor is looked into first; what is asked meanwhile is kept as the wish.
 void Playback::open() {
   m_over = false;
+  if (m_resolving) return;
+  if (mustResolve()) return resolve(m_settings.url);
+  openPipeline();
+}
+
+void Playback::openPipeline() {
   m_prerolled = m_timesKnown = m_running = m_announced = m_starved = m_live = m_durationGuessed = false;
   m_rate = 1;
   m_origin = 0;
@@ -109,7 +119,12 @@ void Playback::open() {
     m_components.beginPresentation();
     m_changesToSay = {};
   }
-  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, m_settings);
+  SourceSettings settings = m_settings;
+  if (m_content) {
+    settings.url = m_content->url;
+    settings.declaredType = m_content->mimeType;
+  }
+  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, settings);
   for (const ComponentKind kind : kComponentKinds) m_pipeline->setShown(kind, m_components.isShown(kind));
   if (m_settings.url.empty()) return fail(Failure::ContentNotAvailable);
   if (!m_pipeline->open()) return fail(Failure::InsufficientResources);
@@ -122,6 +137,8 @@ void Playback::closePipeline() {
        {&m_tickTimer, &m_connectTimer, &m_underrunTimer, &m_pauseTimer, &m_spacingTimer, &m_stepTimer, &m_switchTimer}) {
     m_loop.cancel(std::exchange(*timer, 0));
   }
+  m_descriptorOpener.reset();
+  m_resolving = false;
   m_pipeline.reset();
   m_next.reset();
   m_heldSeek.reset();
@@ -269,6 +286,7 @@ void Playback::fail(Failure failure) {
   m_wish = Wish::Nothing;
   forgetAnswers();
   m_facts.freezeAt(static_cast<double>(m_facts.position()));
+  if (failure == Failure::NoRights) m_voice.say(status::kDrmRightsError);
   m_facts.setErrorCode(errorCodeOf(failure));
   m_facts.setSpeed(0);
   m_voice.say(status::kError);

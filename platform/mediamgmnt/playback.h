@@ -9,8 +9,10 @@
 #include <string>
 
 #include "platform/mediamgmnt/components.h"
+#include "platform/mediamgmnt/descriptor_opener.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/playback_facts.h"
+#include "platform/mediamgmnt/protection_facts.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
 #include "platform/mediamgmnt/voice.h"
@@ -25,11 +27,11 @@ namespace mediamgmnt {
 /// The wish (play or pause, speed, place) is kept apart from what the pipeline is doing; proceed() takes the next step towards it
 /// whenever something changed. At most one seek is in flight; the newest of those asked meanwhile follows it.
 ///
-/// Threads: all on the control thread, construction and destruction too. Borrows loop, facts, voice and components. Milliseconds
-/// throughout.
+/// Threads: all on the control thread, construction and destruction too. Borrows all that it is made of. Milliseconds throughout.
 class Playback : private PipelineListener {
  public:
-  Playback(TaskLoop& loop, PlaybackFacts& facts, Voice& voice, Components& components, unsigned long player);
+  Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protection, Voice& voice, Components& components,
+           unsigned long player);
   ~Playback();
 
   void setInput(const std::string& url);
@@ -61,6 +63,7 @@ class Playback : private PipelineListener {
     double rate;
   };
 
+  void onDescriptorServed() override;
   void onSourceAnswered() override;
   void onPrerolled() override;
   void onPlayingReached() override;
@@ -72,6 +75,7 @@ class Playback : private PipelineListener {
 
   // playback.cc: opening, the next step, the end
   void open();
+  void openPipeline();
   void closePipeline();
   void forgetAnswers();
   void proceed();
@@ -83,6 +87,12 @@ class Playback : private PipelineListener {
   bool endsTooEarly() const;
   void fail(Failure failure);
   void tryAgain();
+
+  // playback_protection.cc: descriptors, rights
+  bool mustResolve() const;
+  void resolve(const std::string& url);
+  void onDescriptor(const DescriptorOutcome& outcome);
+  void tellMissingRights(const RightsError& error);
 
   // playback_words.cc: answers
   void answerPlay();
@@ -128,11 +138,15 @@ class Playback : private PipelineListener {
 
   TaskLoop& m_loop;
   PlaybackFacts& m_facts;
+  ProtectionFacts& m_protection;
   Voice& m_voice;
   Components& m_components;
   media::VideoSurface m_surface;
   SourceSettings m_settings;
   int m_plays = 1;
+  std::unique_ptr<DescriptorOpener> m_descriptorOpener;  ///< knows which descriptors the open source came through
+  bool m_resolving = false;                              ///< what is to be opened is not known yet
+  std::optional<ResolvedContent> m_content;              ///< what the source's descriptor says; none for a source that is media
   std::unique_ptr<Pipeline> m_pipeline;
 
   // The wish.

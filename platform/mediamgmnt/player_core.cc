@@ -38,7 +38,7 @@ bool PlayerCore::ensureThreads() {
 }
 
 void PlayerCore::runControlThread() {
-  m_playback = std::make_unique<Playback>(m_loop, m_facts, m_voice, m_components, m_handle);
+  m_playback = std::make_unique<Playback>(m_loop, m_facts, m_protection, m_voice, m_components, m_handle);
   applyWindow();
   m_loop.run();
   m_playback.reset();
@@ -156,7 +156,10 @@ bool PlayerCore::property(std::string_view key, std::string& value) {
     return code.has_value();
   }
   if (key.starts_with(report::kPrefix)) return reportProperty(key, value);
-  return componentProperty(key, value);
+  if (componentProperty(key, value)) return true;
+  const std::optional<std::string> answer = m_protection.answer(key);
+  if (answer) value = *answer;
+  return answer.has_value();
 }
 
 /// A player that was never used has nothing to place yet: its window is in force at once.

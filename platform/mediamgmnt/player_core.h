@@ -12,6 +12,7 @@
 #include "platform/mediamgmnt/dispatcher.h"
 #include "platform/mediamgmnt/playback.h"
 #include "platform/mediamgmnt/playback_facts.h"
+#include "platform/mediamgmnt/protection_facts.h"
 #include "platform/mediamgmnt/stream_report.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/voice.h"
@@ -57,6 +58,7 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   const unsigned long m_handle;
   PlaybackFacts m_facts;
   Components m_components;
+  ProtectionFacts m_protection;
   StreamReportStore m_report;
   Dispatcher m_dispatcher;
   Voice m_voice;

@@ -16,6 +16,7 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/silent.mp4                                                      a picture without sound
     OUTDIR/short/...                                                       all of the above in 4 s
     OUTDIR/broken/...                                                      what must fail; see makeBroken()
+    OUTDIR/rights/...                                                      descriptors, ratings, protection; see make_rights.py
 
 It does nothing when OUTDIR holds what this version of the script makes. Needs ffmpeg with libx264 and libmp3lame.
 """
@@ -28,6 +29,8 @@ import re
 import shutil
 import subprocess
 import sys
+
+import make_rights
 
 LONG_S = 20
 SHORT_S = 4
@@ -316,7 +319,7 @@ def waitAll(futures):
 
 
 # Taken before anything is made: what is made belongs to the script as it was then.
-VERSION = hashlib.sha256(read(os.path.abspath(__file__))).hexdigest() + "\n"
+VERSION = hashlib.sha256(b"".join(read(os.path.abspath(each)) for each in (__file__, make_rights.__file__))).hexdigest() + "\n"
 
 
 def isCurrent(folder):
@@ -337,6 +340,7 @@ def makeMedia(folder):
         os.makedirs(fresh)
         makeSets(fresh)
         makeBroken(fresh)
+        make_rights.makeRights(fresh)
         write(os.path.join(fresh, STAMP), VERSION)
         shutil.rmtree(folder, ignore_errors=True)
         os.rename(fresh, folder)

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -110,6 +111,8 @@ struct BadText {
   std::string text;
   const char* problem;
 };
+
+void PrintTo(const BadText& text, std::ostream* out) { *out << text.name; }
 
 class BadDescriptorTest : public ::testing::TestWithParam<BadText> {};
 

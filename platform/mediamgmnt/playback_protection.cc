@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a playback does with descriptors, rights and ratings.
+#include <utility>
+
+#include "platform/mediamgmnt/content_choice.h"
+#include "platform/mediamgmnt/playback.h"
+
+namespace mediamgmnt {
+
+bool Playback::mustResolve() const { return !m_content && !m_settings.url.empty() && isDescriptorType(m_settings.declaredType); }
+
+/// @p url is a descriptor's, as far as is known.
+void Playback::resolve(const std::string& url) {
+  if (m_descriptorOpener == nullptr) {
+    m_descriptorOpener = std::make_unique<DescriptorOpener>(m_loop, m_settings.userAgent,
+                                                            [this](const DescriptorOutcome& outcome) { onDescriptor(outcome); });
+  }
+  m_resolving = true;
+  m_loop.cancel(std::exchange(m_connectTimer, 0));
+  armConnectWatchdog();
+  m_descriptorOpener->open(url);
+}
+
+void Playback::onDescriptor(const DescriptorOutcome& outcome) {
+  m_loop.cancel(std::exchange(m_connectTimer, 0));
+  m_resolving = false;
+  const ResolvedContent& content = outcome.content;
+  if (outcome.failure == Failure::NoRights) {
+    return tellMissingRights({RightsError::kNoLicence, content.contentId, content.rights.systemId, content.rights.issuerUrl});
+  }
+  if (outcome.failure) return fail(*outcome.failure);
+  m_content = content;
+  openPipeline();
+}
+
+/// What was opened as media turns out to be a descriptor.
+void Playback::onDescriptorServed() {
+  const std::string url = m_content ? m_content->url : m_settings.url;
+  m_content.reset();
+  m_pipeline.reset();
+  m_loop.cancel(std::exchange(m_connectTimer, 0));
+  m_loop.cancel(std::exchange(m_tickTimer, 0));
+  if (m_next) m_startPosition = m_next->target;
+  resolve(url);
+}
+
+void Playback::tellMissingRights(const RightsError& error) {
+  m_protection.setRightsError(error);
+  fail(Failure::NoRights);
+}
+
+}  // namespace mediamgmnt

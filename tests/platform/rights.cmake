@@ -1,0 +1,46 @@
+# SPDX-License-Identifier: Apache-2.0
+# Descriptors, ratings and rights, as a page meets them.
+set(cas_type "application/vnd.oipf.ContentAccessStreaming+xml")
+
+# Descriptors that play: name, type that the page declares, length.
+foreach(action play seek end)
+  avc_add_case(descriptor.mp4.${action} playback
+    "{\"path\": \"rights/mp4.cas\", \"type\": \"${cas_type}\", \"action\": \"${action}\", \"duration\": 4000}")
+endforeach()
+foreach(name dash no-namespace third nested nested-unsaid)
+  avc_add_case(descriptor.${name} playback
+    "{\"path\": \"rights/${name}.cas\", \"type\": \"${cas_type}\", \"action\": \"play\", \"duration\": 4000}")
+endforeach()
+# What the server says is enough, and what leads there may be a redirection.
+avc_add_case(descriptor.served playback
+  "{\"path\": \"rights/mp4.cas\", \"type\": \"video/mp4\", \"action\": \"play\", \"duration\": 4000}")
+avc_add_case(descriptor.redirected playback
+  "{\"path\": \"redirect/rights/mp4.cas\", \"type\": \"${cas_type}\", \"action\": \"play\", \"duration\": 4000}")
+avc_add_case(descriptor.agent user_agent
+  "{\"path\": \"rights/nested.cas\", \"type\": \"${cas_type}\", \"duration\": 4000, \"agent\": \"Sample/1.0 (television)\"}"
+  --agent "Sample/1.0 (television)" --asked-for "rights/.*cas" 2)
+# A document type that is only named is not fetched, and does not matter.
+avc_add_case(descriptor.outside-type playback
+  "{\"path\": \"rights/outside-type.cas\", \"type\": \"${cas_type}\", \"action\": \"play\", \"duration\": 4000}"
+  --never-asked-for "secret")
+
+# Descriptors that do not: name and the value of "error".
+set(bad_descriptors
+  "loop|4" "loop-a|4" "loop-unsaid|4" "unplayable|4" "local-file|4" "no-url|4" "cut|4" "page|4" "binary|4" "empty|4" "large|4" "huge|4"
+  "bomb|4" "outside|4" "outside-parameter|4" "gone|5" "none|5" "foreign-rights|2")
+foreach(descriptor ${bad_descriptors})
+  string(REPLACE "|" ";" fields ${descriptor})
+  list(GET fields 0 name)
+  list(GET fields 1 code)
+  avc_add_case(descriptor.bad.${name} error
+    "{\"path\": \"rights/${name}.cas\", \"type\": \"${cas_type}\", \"code\": ${code}, \"patience\": 45000}"
+    --never-asked-for "secret" --timeout 90)
+endforeach()
+foreach(fault "hang|1" "drop|1" "status/403|5" "status/500|1" "close|1" "stall|1")
+  string(REPLACE "|" ";" fields ${fault})
+  list(GET fields 0 name)
+  list(GET fields 1 code)
+  string(REPLACE "/" "_" test ${name})
+  avc_add_case(descriptor.fault.${test} error
+    "{\"path\": \"fault/${name}/rights/mp4.cas\", \"type\": \"${cas_type}\", \"code\": ${code}, \"patience\": 45000}" --timeout 90)
+endforeach()
