@@ -9,9 +9,11 @@
 
 #include "host/mediamgmnt.h"
 #include "platform/mediamgmnt/audio_tap.h"
+#include "platform/mediamgmnt/country_codes.h"
 #include "platform/mediamgmnt/library_start.h"
 #include "platform/mediamgmnt/media_plane.h"
 #include "platform/mediamgmnt/media_sound.h"
+#include "platform/mediamgmnt/parental_limit.h"
 #include "platform/mediamgmnt/player_core.h"
 #include "platform/mediamgmnt/player_registry.h"
 #include "platform/mediamgmnt/preferences.h"
@@ -139,6 +141,18 @@ int mediaPreferLanguages(int componentType, const char* languages) {
   if (languages == nullptr || (!audio && !subtitle)) return 0;
   try {
     mediamgmnt::Preferences::instance().setLanguages(audio ? ComponentKind::Audio : ComponentKind::Subtitle, languages);
+    return 1;
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+int mediaSetParentalLimit(int age, const char* country) {
+  const std::string region = mediamgmnt::twoLetterCountry(textOf(country));
+  if (!region.empty() && region.size() != 2) return 0;
+  try {
+    mediamgmnt::ParentalLimitStore::instance().set({age < 0 ? std::nullopt : std::optional<int>(age), region});
+    for (const std::shared_ptr<PlayerCore>& player : PlayerRegistry::instance().all()) player->judgeRatings();
     return 1;
   } catch (const std::exception&) {
     return 0;

@@ -38,6 +38,10 @@ MEDIAMGMNT_API int mediaPlaneSnapshot(unsigned char* pixels, unsigned int size);
 MEDIAMGMNT_API int mediaPlaneExport(MediaPlaneExport* out);
 /// Number of video frames drawn on the plane since the process started, all players together.
 MEDIAMGMNT_API unsigned long mediaPlaneFrames();
+/// Sets the viewer's parental limit, for all players, present and future: content for an age above @p age is blocked. A negative
+/// age ends the limit. @p country is two letters, or empty or null for none: the country whose ratings count.
+/// @return 0, and nothing changes, for another country text.
+MEDIAMGMNT_API int mediaSetParentalLimit(int age, const char* country);
 /// Waits until no thread of a closed player is left, at most @p timeoutMs. @return 0 when some are. For tests and orderly ends.
 MEDIAMGMNT_API int mediaLibraryWaitIdle(int timeoutMs);
 }

@@ -18,6 +18,7 @@
 #include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/error_map.h"
 #include "platform/mediamgmnt/stream_reader.h"
+#include "platform/mediamgmnt/rating.h"
 #include "platform/mediamgmnt/stream_report.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
@@ -48,6 +49,8 @@ class PipelineListener {
   virtual void onTracksChanged() = 0;  ///< the components have been offered what is known now
   /// The first picture or sound of another stream has come to its output.
   virtual void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) = 0;
+  /// On a streaming thread, before what is rated is handed on.
+  virtual void onRatings(RatingSource source, std::vector<Rating> ratings) = 0;
 
  protected:
   ~PipelineListener() = default;
@@ -157,6 +160,7 @@ class Pipeline {
   void endTypeFinding();
   void holdEarlyEnd(GstElement* input);
   static GstPadProbeReturn onInputEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  void watchEventInformation(GstElement* tsDemux);
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberDownload(GstElement* downloadBuffer);
   void limitStore(bool bounded);

@@ -84,6 +84,7 @@ GstPadProbeReturn Pipeline::onSourceEvent(GstPad*, GstPadProbeInfo* info, gpoint
 void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpointer self) {
   auto* const pipeline = static_cast<Pipeline*>(self);
   const std::string factory = factoryName(element);
+  if (factory == "tsdemux") pipeline->watchEventInformation(element);
   if (factory == "typefind" && startsWith(GST_OBJECT_NAME(parent), "urisourcebin")) {
     pipeline->watchTypeFinding(element);
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {

@@ -20,7 +20,17 @@ constexpr int kAttempts = 4;
 
 Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protection, Voice& voice, Components& components,
                    unsigned long player)
-    : m_loop(loop), m_facts(facts), m_protection(protection), m_voice(voice), m_components(components), m_surface(player) {
+    : m_loop(loop),
+      m_facts(facts),
+      m_protection(protection),
+      m_voice(voice),
+      m_components(components),
+      m_surface(player),
+      m_guard(m_surface, protection, [this, alive = std::weak_ptr<bool>(m_alive)] {
+        m_loop.post([this, alive] {
+          if (!alive.expired()) tellRatings();
+        });
+      }) {
   m_settings.player = player;
 }
 
@@ -30,6 +40,7 @@ void Playback::setInput(const std::string& url) {
   stop();
   m_facts.forget();
   m_components.forgetSource();
+  m_guard.forget();
   m_protection.forget();
   m_content.reset();
   m_settings.url = url;
@@ -43,6 +54,7 @@ void Playback::setMaxVideoSize(int width, int height) {
 }
 
 void Playback::play(double rate) {
+  if (m_guard.isBlocked()) return pause();
   if (m_pauseDue) answerPause();
   m_wish = Wish::Play;
   m_wantedRate = rate;

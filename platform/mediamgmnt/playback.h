@@ -10,6 +10,7 @@
 
 #include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/descriptor_opener.h"
+#include "platform/mediamgmnt/parental_guard.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/playback_facts.h"
 #include "platform/mediamgmnt/protection_facts.h"
@@ -41,7 +42,9 @@ class Playback : private PipelineListener {
   void setMaxVideoSize(int width, int height);
   /// How often the source is presented in a row; kEndless for ever.
   void setPlays(int plays) { m_plays = plays; }
-  void setRect(media::Rect rect) { m_surface.setRect(rect); }
+  void setRect(media::Rect rect) { m_guard.setRect(rect); }
+  /// The viewer's limit is another one.
+  void judgeRatings();
   /// Of the open source; empty without one.
   StreamReport report() const { return m_pipeline == nullptr ? StreamReport{} : m_pipeline->report(); }
 
@@ -72,6 +75,7 @@ class Playback : private PipelineListener {
   void onFailure(Failure failure) override;
   void onTracksChanged() override;
   void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) override;
+  void onRatings(RatingSource source, std::vector<Rating> ratings) override;
 
   // playback.cc: opening, the next step, the end
   void open();
@@ -88,11 +92,14 @@ class Playback : private PipelineListener {
   void fail(Failure failure);
   void tryAgain();
 
-  // playback_protection.cc: descriptors, rights
+  // playback_protection.cc: descriptors, rights, ratings
   bool mustResolve() const;
   void resolve(const std::string& url);
   void onDescriptor(const DescriptorOutcome& outcome);
   void tellMissingRights(const RightsError& error);
+  void tellRatings();
+  void sayRatings();
+  void pauseWhatIsBlocked();
 
   // playback_words.cc: answers
   void answerPlay();
@@ -142,6 +149,8 @@ class Playback : private PipelineListener {
   Voice& m_voice;
   Components& m_components;
   media::VideoSurface m_surface;
+  const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< what other threads post holds it weakly
+  ParentalGuard m_guard;
   SourceSettings m_settings;
   int m_plays = 1;
   std::unique_ptr<DescriptorOpener> m_descriptorOpener;  ///< knows which descriptors the open source came through

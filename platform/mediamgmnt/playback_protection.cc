@@ -4,8 +4,18 @@
 
 #include "platform/mediamgmnt/content_choice.h"
 #include "platform/mediamgmnt/playback.h"
+#include "platform/mediamgmnt/rating_schemes.h"
 
 namespace mediamgmnt {
+namespace {
+
+std::vector<Rating> ratingsOf(const ResolvedContent& content) {
+  std::vector<Rating> ratings;
+  for (const DescriptorRating& each : content.ratings) ratings.push_back(readRating(each.scheme, each.value, each.region));
+  return ratings;
+}
+
+}  // namespace
 
 bool Playback::mustResolve() const { return !m_content && !m_settings.url.empty() && isDescriptorType(m_settings.declaredType); }
 
@@ -30,7 +40,11 @@ void Playback::onDescriptor(const DescriptorOutcome& outcome) {
   }
   if (outcome.failure) return fail(*outcome.failure);
   m_content = content;
+  m_guard.setContent(content.contentId, content.rights.systemId);
+  m_guard.setRatings(RatingSource::Descriptor, ratingsOf(content));
+  sayRatings();
   openPipeline();
+  pauseWhatIsBlocked();
 }
 
 /// What was opened as media turns out to be a descriptor.
@@ -47,6 +61,28 @@ void Playback::onDescriptorServed() {
 void Playback::tellMissingRights(const RightsError& error) {
   m_protection.setRightsError(error);
   fail(Failure::NoRights);
+}
+
+void Playback::onRatings(RatingSource source, std::vector<Rating> ratings) { m_guard.setRatings(source, std::move(ratings)); }
+
+void Playback::judgeRatings() {
+  m_guard.judge();
+  tellRatings();
+}
+
+void Playback::tellRatings() {
+  sayRatings();
+  pauseWhatIsBlocked();
+}
+
+void Playback::sayRatings() {
+  const char* const word = m_guard.takeWord();
+  if (word != nullptr) m_voice.say(word);
+}
+
+/// What must not be shown is not played either: the page finds it paused, and may play on once it is told that nothing blocks.
+void Playback::pauseWhatIsBlocked() {
+  if (m_guard.isBlocked() && m_wish == Wish::Play) pause();
 }
 
 }  // namespace mediamgmnt

@@ -107,6 +107,13 @@ bool PlayerCore::setWindow(std::string_view argument) {
   return true;
 }
 
+/// A player that was never used has no ratings, and no threads for their sake.
+void PlayerCore::judgeRatings() {
+  std::lock_guard lock(m_mutex);
+  if (!m_started || m_closed) return;
+  m_loop.post([this] { m_playback->judgeRatings(); });
+}
+
 void PlayerCore::applyWindow() {
   std::optional<media::Rect> rect;
   std::string text;

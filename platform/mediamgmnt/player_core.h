@@ -35,6 +35,9 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   bool setProperty(std::string_view key, std::string_view value);
   bool property(std::string_view key, std::string& value);
 
+  /// The viewer's parental limit is another one.
+  void judgeRatings();
+
   Dispatcher& dispatcher() { return m_dispatcher; }
   const PlaybackFacts& facts() const { return m_facts; }
 

@@ -26,6 +26,13 @@ std::shared_ptr<PlayerCore> PlayerRegistry::find(unsigned long handle) const {
   return found != m_players.end() ? found->second : nullptr;
 }
 
+std::vector<std::shared_ptr<PlayerCore>> PlayerRegistry::all() const {
+  std::lock_guard lock(m_mutex);
+  std::vector<std::shared_ptr<PlayerCore>> players;
+  for (const auto& [handle, player] : m_players) players.push_back(player);
+  return players;
+}
+
 std::shared_ptr<PlayerCore> PlayerRegistry::remove(unsigned long handle) {
   std::lock_guard lock(m_mutex);
   const auto found = m_players.find(handle);

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace mediamgmnt {
 
@@ -20,6 +21,7 @@ class PlayerRegistry {
   unsigned long add();
   /// @return null for a handle that is not open.
   std::shared_ptr<PlayerCore> find(unsigned long handle) const;
+  std::vector<std::shared_ptr<PlayerCore>> all() const;
   /// Takes the player out; find() does not know it any more.
   std::shared_ptr<PlayerCore> remove(unsigned long handle);
 

@@ -27,8 +27,6 @@ struct ParentalState {
   bool blocked = false;
   std::string contentId;
   std::string systemId;
-
-  bool operator==(const ParentalState&) const = default;
 };
 
 /// Threads: any, for all functions.

@@ -64,7 +64,7 @@ int runWith(const Options& options, const std::vector<Script>& scripts) {
   const auto recorder = options.recordingFile.empty() ? nullptr : shell::SoundRecorder::start(*media, options.recordingFile, error);
   if (!error.empty()) return fail(error);
   const auto trace = options.traceFile.empty() ? nullptr : shell::Trace::open(options.traceFile, error);
-  if (!error.empty()) return fail(error);
+  if (!error.empty() || !options.protection.apply(*media, error)) return fail(error);
   const auto plugin = loadPlugin(options, error);
   if (plugin == nullptr) return fail(error);
   const std::string url = options.documentUrl.empty() ? fileUrl(options.scripts.front()) : options.documentUrl;

@@ -53,7 +53,7 @@ class Parser {
     const std::string name = argument.substr(0, equals);
     if (readFlag(name, equals != std::string::npos)) return;
     std::string* const text = textOf(name);
-    const bool other = name == "--timeout" || name == "--snapshot";
+    const bool other = name == "--timeout" || name == "--snapshot" || shell::ProtectionOptions::isName(name);
     if (text == nullptr && !other) {
       m_error = "unknown option " + name;
       return;
@@ -95,7 +95,9 @@ class Parser {
   }
 
   void readSpecial(const std::string& name, const std::string& value) {
-    if (name == "--timeout") {
+    if (shell::ProtectionOptions::isName(name)) {
+      if (!m_out.protection.read(name, value, m_error)) return;
+    } else if (name == "--timeout") {
       const bool good = parseSeconds(value, m_out.timeoutSeconds) && m_out.timeoutSeconds > 0;
       if (!good) m_error = "--timeout needs a number of seconds above 0, not \"" + value + "\"";
     } else if (!parseSnapshot(value, m_out)) {
@@ -116,7 +118,7 @@ bool parseOptions(int argc, const char* const* argv, Options& out, std::string& 
 }
 
 std::string helpText() {
-  return R"(Usage: avc-run [OPTION]... SCRIPT.js... [-- ARGUMENT...]
+  return std::string(R"(Usage: avc-run [OPTION]... SCRIPT.js... [-- ARGUMENT...]
 
 Runs JavaScript against live A/V Control objects, without a window. The scripts run in the order given, in one global
 scope, inside a small page: document.createElement("object"), a type that is supported, and the element plays.
@@ -129,15 +131,16 @@ scope, inside a small page: document.createElement("object"), a type that is sup
   --trace FILE                write all that crosses the host and the media library, one JSON object a line
   --record-audio FILE.wav     record what is heard, in real time, instead of playing it
   --languages LIST            preferred languages of sound and subtitles, most preferred first: deu,eng
-  --quiet, -q                 print only warnings and errors of the script, not console.log, info and debug
+)") + std::string(shell::ProtectionOptions::helpText()) +
+         R"(  --quiet, -q                 print only warnings and errors of the script, not console.log, info and debug
   --media-library PATH        play with this media library (default: libmediamgmnt.so in ../lib beside this program)
   --plugin PATH               load this plugin (default: libavcontrol.so in ../lib beside this program)
   --help, -h                  print this text
   --version, -V               print the version
   --                          what follows is for the scripts: the global `arguments`
 
-Scripts also have exit(status), readFile(path), console, timers and promises. The run ends by itself when no timer, no
-queued event and no object that is connecting, buffering, playing or paused is left.
+Scripts also have exit(status), readFile(path), setParentalLimit(age), console, timers and promises. The run ends by
+itself when no timer, no queued event and no object that is connecting, buffering, playing or paused is left.
 
 Exit status: the script's exit(status); 0 at the natural end; 1 after an uncaught error or an unhandled rejection;
 2 for a wrong command line, a script that cannot be read or a library that cannot be loaded; 3 for the time-out;

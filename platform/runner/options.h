@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/shell/protection_options.h"
+
 namespace runner {
 
 inline constexpr int kExitUncaught = 1;
@@ -23,6 +25,7 @@ struct Options {
   std::string languages;
   double snapshotSeconds = -1;  ///< negative: at the end
   double timeoutSeconds = 0;    ///< 0: none
+  shell::ProtectionOptions protection;
   bool quiet = false;
   bool help = false;
   bool version = false;

@@ -76,6 +76,12 @@ JSValueRef reportError(JSGlobalContextRef context, const PageHost& host, Argumen
   return JSValueMakeUndefined(context);
 }
 
+// The viewer's wish, as if from the television's own menu.
+JSValueRef setParentalLimit(JSGlobalContextRef context, const PageHost& host, Arguments arguments, JSValueRef*) {
+  const double age = std::fmin(std::fmax(numberOf(context, arguments[0]), -1), 1000);
+  return JSValueMakeBoolean(context, host.setParentalLimit(static_cast<int>(age)));
+}
+
 JSValueRef resolveUrl(JSGlobalContextRef context, const PageHost&, Arguments arguments, JSValueRef*) {
   const std::string reference = script::toUtf8(context, arguments[0]);
   const std::string base = script::toUtf8(context, arguments[1]);
@@ -103,8 +109,15 @@ JSObjectRef makePageHost(JSGlobalContextRef context, const PageHost& host) {
     const char* name;
     HostFunction function;
     std::size_t arguments;
-  } functions[] = {{"print", print, 2},  {"setTimer", setTimer, 3}, {"clearTimer", clearTimer, 1},   {"now", now, 0},
-                   {"exit", exitRun, 1}, {"readFile", readFile, 1}, {"reportError", reportError, 1}, {"resolveUrl", resolveUrl, 2}};
+  } functions[] = {{"print", print, 2},
+                   {"setTimer", setTimer, 3},
+                   {"clearTimer", clearTimer, 1},
+                   {"now", now, 0},
+                   {"exit", exitRun, 1},
+                   {"readFile", readFile, 1},
+                   {"reportError", reportError, 1},
+                   {"resolveUrl", resolveUrl, 2},
+                   {"setParentalLimit", setParentalLimit, 1}};
   JSObjectRef api = JSObjectMake(context, nullptr, nullptr);
   for (const auto& row : functions) {
     const auto run = [context, &host, function = row.function](Arguments arguments, JSValueRef* exception) {

@@ -19,6 +19,7 @@ struct PageHost {
   Timers* timers = nullptr;
   std::function<void(int status)> exit;
   std::function<void(JSValueRef error)> reportError;
+  std::function<bool(int age)> setParentalLimit;
 };
 
 /// @p host must outlive every call of the returned object's functions. What they do is written at the top of runner_page.js.

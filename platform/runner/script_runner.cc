@@ -74,6 +74,7 @@ void ScriptRunner::makePage(const std::string& documentUrl) {
   m_host.quiet = m_options.quiet;
   m_host.timers = &*m_timers;
   m_host.exit = [this](int status) { exitWith(status); };
+  m_host.setParentalLimit = [this](int age) { return m_media.setParentalLimit(age, m_options.protection.parentalCountry()); };
   m_host.reportError = [this](JSValueRef error) { reportUncaught(error, "uncaught"); };
   const auto compile = [this](const char* source) {
     JSValueRef exception = nullptr;

@@ -53,6 +53,8 @@ void readOptional(SymbolReader& reader, MediaFunctions& out) {
   reader.optional("mediaPlaneSnapshot", out.planeSnapshot);
   reader.optional("mediaPlaneExport", out.planeExport);
   reader.optional("mediaPlaneFrames", out.planeFrames);
+  reader.optional("mediaSetParentalLimit", out.setParentalLimit);
+  reader.optional("mediaAddClearKey", out.addClearKey);
   reader.optional("mediaLibraryWaitIdle", out.waitIdle);
   reader.optional("mediaTapSound", out.tapSound);
   reader.optional("mediaPreferLanguages", out.preferLanguages);
@@ -100,6 +102,14 @@ bool MediaLibrary::exportPlane(MediaPlaneExport& out) const {
 }
 
 unsigned long MediaLibrary::planeFrames() const { return s_table.planeFrames == nullptr ? 0 : s_table.planeFrames(); }
+
+bool MediaLibrary::setParentalLimit(int age, const std::string& country) const {
+  return s_table.setParentalLimit != nullptr && s_table.setParentalLimit(age, country.c_str()) != 0;
+}
+
+bool MediaLibrary::addClearKey(const std::string& keyId, const std::string& key) const {
+  return s_table.addClearKey != nullptr && s_table.addClearKey(keyId.c_str(), key.c_str()) != 0;
+}
 
 bool MediaLibrary::waitIdle(int timeoutMs) const { return s_table.waitIdle == nullptr || s_table.waitIdle(timeoutMs) != 0; }
 

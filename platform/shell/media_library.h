@@ -31,6 +31,11 @@ class AVCSHELL_API MediaLibrary {
   bool snapshot(unsigned char* pixels, unsigned int size) const;
   bool exportPlane(MediaPlaneExport& out) const;
   unsigned long planeFrames() const;
+  /// Content for an age above @p age is blocked from now on; a negative age ends that. @p country may be empty. @return false when
+  /// the library has no such limit.
+  bool setParentalLimit(int age, const std::string& country) const;
+  /// Both are 32 hexadecimal digits. @return false when the library takes no keys.
+  bool addClearKey(const std::string& keyId, const std::string& key) const;
   /// @return false when threads of closed players are left after @p timeoutMs. True at once where the library cannot tell.
   bool waitIdle(int timeoutMs) const;
   /// See mediaTapSound(). @return false where the library lets nobody listen.

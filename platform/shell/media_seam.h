@@ -26,6 +26,8 @@ struct MediaFunctions {
   int (*planeSnapshot)(unsigned char*, unsigned int);
   int (*planeExport)(MediaPlaneExport*);
   unsigned long (*planeFrames)();
+  int (*setParentalLimit)(int, const char*);
+  int (*addClearKey)(const char*, const char*);
   int (*waitIdle)(int);
   void (*tapSound)(MediaSoundTap, void*);
   int (*preferLanguages)(int, const char*);

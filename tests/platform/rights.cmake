@@ -44,3 +44,28 @@ foreach(fault "hang|1" "drop|1" "status/403|5" "status/500|1" "close|1" "stall|1
   avc_add_case(descriptor.fault.${test} error
     "{\"path\": \"fault/${name}/rights/mp4.cas\", \"type\": \"${cas_type}\", \"code\": ${code}, \"patience\": 45000}" --timeout 90)
 endforeach()
+
+# Ratings: name, path, type, the rest of the configuration, options of avc-run.
+set(ts "video/mp2t")
+function(avc_add_rated_case name path type config)
+  avc_add_case(rated.${name} rated "{\"path\": \"rights/${path}\", \"type\": \"${type}\"${config}}" ${ARGN})
+endfunction()
+set(ids "\"content\": \"cid:7\", \"system\": \"urn:dvb:casystemid:19219\"")
+avc_add_rated_case(descriptor.blocked rated-16.cas ${cas_type} ", \"limit\": 12, \"ratings\": [\"16 13 DE\"], \"blocked\": true, ${ids}")
+avc_add_rated_case(descriptor.scheme rated-fsk.cas ${cas_type} ", \"limit\": 12, \"ratings\": [\"FSK16 3 DE\"], \"blocked\": true, ${ids}")
+avc_add_rated_case(descriptor.shown rated-16.cas ${cas_type} ", \"limit\": 16, \"ratings\": [\"16 13 DE\"], ${ids}")
+avc_add_rated_case(descriptor.no_limit rated-16.cas ${cas_type} ", \"ratings\": [\"16 13 DE\"], ${ids}")
+avc_add_rated_case(descriptor.strictest rated-by-country.cas ${cas_type}
+  ", \"limit\": 12, \"ratings\": [\"6 3 DE\", \"18 5 GB\"], \"blocked\": true, ${ids}")
+avc_add_rated_case(descriptor.country rated-by-country.cas ${cas_type} ", \"limit\": 12, \"ratings\": [\"6 3 DE\", \"18 5 GB\"], ${ids}"
+  "--option=--parental-country=de")
+avc_add_rated_case(descriptor.unknown rated-strangely.cas ${cas_type} ", \"limit\": 0, \"ratings\": [\"frightful 0 \"], \"error\": true, ${ids}")
+avc_add_rated_case(descriptor.partly rated-partly.cas ${cas_type} ", \"limit\": 12, \"ratings\": [\"frightful 0 \", \"12 9 \"], ${ids}")
+avc_add_rated_case(descriptor.unrated mp4.cas ${cas_type} ", \"limit\": 0")
+avc_add_rated_case(ts.blocked rated-16.ts ${ts} ", \"limit\": 12, \"ratings\": [\"16 13 DE\"], \"blocked\": true")
+avc_add_rated_case(ts.shown rated-16.ts ${ts} ", \"limit\": 16, \"ratings\": [\"16 13 DE\"]")
+avc_add_rated_case(ts.country rated-by-country.ts ${ts} ", \"limit\": 12, \"ratings\": [\"6 3 DE\", \"18 15 GB\"]"
+  "--option=--parental-country=DE")
+avc_add_rated_case(ts.strictest rated-by-country.ts ${ts} ", \"limit\": 12, \"ratings\": [\"6 3 DE\", \"18 15 GB\"], \"blocked\": true")
+avc_add_rated_case(ts.unknown rated-strangely.ts ${ts} ", \"limit\": 0, \"ratings\": [\"66 66 DE\"], \"error\": true")
+avc_add_rated_case(ts.unrated unrated.ts ${ts} ", \"limit\": 0")

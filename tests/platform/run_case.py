@@ -3,7 +3,7 @@
 """Runs one platform test: serves the sample media, runs a case script in avc-run, and judges the outcome.
 
     run_case.py --avc-run FILE --media DIR --case FILE [--config JSON] [--locale NAME] [--agent TEXT] [--asked-for REGEX COUNT]
-                [--never-asked-for REGEX] [--trace-has REGEX]…
+                [--never-asked-for REGEX] [--trace-has REGEX]… [--option OPTION]…
 
 The case passes when avc-run ends with status 0, prints nothing that looks like a defect, and what it is asked to look for is there:
 --agent: every request for media carried this user agent; --asked-for: so many different addresses were; --never-asked-for: none was;
@@ -43,6 +43,7 @@ def parseArguments():
     parser.add_argument("--trace-has", action="append", default=[], help="a regular expression that a line of the trace must match")
     parser.add_argument("--heard", help="the tones that must be heard, in their order")
     parser.add_argument("--languages", help="the viewer's languages, most preferred first")
+    parser.add_argument("--option", action="append", default=[], help="an option for avc-run")
     parser.add_argument("--timeout", type=int, default=60, help="seconds")
     return parser.parse_args()
 
@@ -60,7 +61,7 @@ def runScripts(options, base, folder):
     with open(config, "w", encoding="utf-8") as file:
         file.write("const CONFIG = %s;\n" % json.dumps(dict(json.loads(options.config), base=base)))
     trace = os.path.join(folder, "trace.jsonl")
-    command = [options.avc_run, "--document-url", base, "--timeout", str(options.timeout), "--trace", trace]
+    command = [options.avc_run, "--document-url", base, "--timeout", str(options.timeout), "--trace", trace, *options.option]
     if options.heard:
         command += ["--record-audio", recordingIn(folder)]
     if options.languages:

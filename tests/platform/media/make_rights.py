@@ -4,8 +4,11 @@
 Part of make_media.py. What is made, under OUTDIR/rights/:
 
     *.cas        descriptors; what each is about is said in DESCRIPTORS. huge.cas is 100 MB that take no space on disc
+    *.ts         transport streams with ratings in their event information; see STREAMS
 """
 import os
+
+import make_rated
 
 NAMESPACE = "urn:oipf:iptv:ContentAccessStreamingDescriptor:2008-1"
 WIDEVINE = "urn:dvb:casystemid:19156"
@@ -68,6 +71,33 @@ DESCRIPTORS = {
 }
 
 
+def ratedDescriptor(*ratings):
+    """ratings: (scheme, region, value)."""
+    lines = ['  <ParentalRating Scheme="%s"%s>%s</ParentalRating>\n' % (scheme, ' Region="%s"' % region if region else "", value)
+             for scheme, region, value in ratings]
+    return descriptor(FILM, rights(PLAYREADY, "cid:7", "http://issuer.example/"), *lines)
+
+
+DESCRIPTORS.update({
+    "rated-16": ratedDescriptor(("dvb-si", "DE", "16")),
+    "rated-fsk": ratedDescriptor(("urn:oipf:GermanyFSKCS", "DE", "FSK16")),
+    # In Germany from 6 years on, in Britain from 18.
+    "rated-by-country": ratedDescriptor(("dvb-si", "DE", "6"), ("bbfc", "GB", "18")),
+    "rated-strangely": ratedDescriptor(("urn:example:nobody", "", "frightful")),
+    "rated-partly": ratedDescriptor(("urn:example:nobody", "", "frightful"), ("dvb-si", "", "12")),
+    "rated-4": ratedDescriptor(("dvb-si", "", "4")),
+})
+
+# (part of the stream, ratings); codes are the age less 3.
+STREAMS = {
+    "rated-16": [(0, [("DEU", 13)])],
+    "rated-later": [(0, [("DEU", 3)]), (0.5, [("DEU", 15)])],
+    "rated-by-country": [(0, [("DEU", 3), ("GBR", 15)])],
+    "rated-strangely": [(0, [("DEU", 0x42)])],
+    "unrated": [(0, [])],
+}
+
+
 def write(path, content):
     with open(path, "wb") as file:
         file.write(content if isinstance(content, bytes) else content.encode())
@@ -83,4 +113,8 @@ def makeRights(root):
     os.makedirs(folder)
     for name, text in DESCRIPTORS.items():
         write(os.path.join(folder, name + ".cas"), text)
+    with open(os.path.join(root, "short", "two.ts"), "rb") as file:
+        stream = file.read()
+    for name, events in STREAMS.items():
+        write(os.path.join(folder, name + ".ts"), make_rated.rated(stream, events))
     makeHuge(os.path.join(folder, "huge.cas"))

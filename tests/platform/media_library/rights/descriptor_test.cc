@@ -45,7 +45,7 @@ TEST_F(DescriptorTest, PlaysAgainAfterAStop) {
   playDescriptor("mp4");
   m_player.wordsUntil("PLAY_SPEED_CHANGED");
   m_player.command("STOP");
-  m_player.wordsUntil("STOPPED");
+  m_player.wordsUntil("PLAY_POSITION_CHANGED");
   m_player.forget();
 
   m_player.command("PLAY", "1.00");
