@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// The options about parental limits and keys.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/unit/shell/avc_run.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr char kId[] = "00112233445566778899aabbccddeeff";
+constexpr char kSecret[] = "0123456789abcdef0123456789abcdef";
+
+void expectRefused(const Outcome& outcome, const std::string& words) {
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr(words));
+  EXPECT_THAT(outcome.err, Not(HasSubstr(kSecret)));
+}
+
+TEST(ProtectionOptions, AreInTheHelp) {
+  const Outcome help = runAvc({"--help"});
+  for (const char* option : {"--parental-limit AGE", "--parental-country CC", "--clearkey KID:KEY", "--clearkey-file FILE"}) {
+    EXPECT_THAT(help.out, HasSubstr(option));
+  }
+}
+
+TEST(ProtectionOptions, AgesAndCountriesThatAreNoneAreRefused) {
+  for (const char* age : {"old", "-1", "12.5", "100", "12 "}) {
+    expectRefused(runAvc({std::string("--parental-limit=") + age, "x.js"}), "--parental-limit needs an age");
+  }
+  for (const char* country : {"Germany", "D", "D1"}) {
+    expectRefused(runAvc({std::string("--parental-country=") + country, "x.js"}), "--parental-country needs two letters");
+  }
+  expectRefused(runAvc({"--parental-limit"}), "option --parental-limit needs a value");
+}
+
+TEST(ProtectionOptions, KeysThatAreNoneAreRefused_AndNotShown) {
+  const std::string secret = kSecret;
+  for (const std::string& key :
+       {secret, ":" + secret, std::string(kId) + ":" + secret + "0", "12:" + secret, std::string(kId) + ":xyz"}) {
+    expectRefused(runAvc({"--clearkey", key, "x.js"}), "--clearkey needs KID:KEY");
+  }
+}
+
+TEST(ProtectionOptions, KeyFilesThatCannotBeReadAreRefused) {
+  const ScratchFolder folder;
+  expectRefused(runAvc({"--clearkey-file", folder.path("none"), "x.js"}), "cannot read");
+  const std::string file =
+      folder.write("keys", "# two keys\n" + std::string(kId) + ":" + kSecret + "\n\nnonsense:" + kSecret + "\n");
+  expectRefused(runAvc({"--clearkey-file", file, "x.js"}), "line 4 of " + file);
+}
+
+/// The scripted media library has neither.
+TEST(ProtectionOptions, ALibraryWithoutThemIsRefused) {
+  expectRefused(runText("", {"--parental-limit", "12"}), "the media library takes no parental limit");
+  expectRefused(runText("", {"--parental-country", "de"}), "the media library takes no parental limit");
+  expectRefused(runText("", {"--clearkey", std::string(kId) + ":" + kSecret}), "the media library takes no keys");
+  const Outcome script = runText("console.log(setParentalLimit(12), setParentalLimit(null))");
+  EXPECT_EQ(script.out, "false false\n");
+}
+
+}  // namespace
