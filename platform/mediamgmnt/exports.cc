@@ -9,6 +9,7 @@
 
 #include "host/mediamgmnt.h"
 #include "platform/mediamgmnt/audio_tap.h"
+#include "platform/mediamgmnt/clear_keys.h"
 #include "platform/mediamgmnt/country_codes.h"
 #include "platform/mediamgmnt/library_start.h"
 #include "platform/mediamgmnt/media_plane.h"
@@ -153,6 +154,18 @@ int mediaSetParentalLimit(int age, const char* country) {
   try {
     mediamgmnt::ParentalLimitStore::instance().set({age < 0 ? std::nullopt : std::optional<int>(age), region});
     for (const std::shared_ptr<PlayerCore>& player : PlayerRegistry::instance().all()) player->judgeRatings();
+    return 1;
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+int mediaAddClearKey(const char* keyId, const char* key) {
+  const auto id = mediamgmnt::parseHexKey(textOf(keyId));
+  const auto bytes = mediamgmnt::parseHexKey(textOf(key));
+  if (!id || !bytes) return 0;
+  try {
+    mediamgmnt::ClearKeyStore::instance().add(*id, *bytes);
     return 1;
   } catch (const std::exception&) {
     return 0;

@@ -9,6 +9,7 @@
 #include <future>
 #include <mutex>
 
+#include "platform/mediamgmnt/clear_key_decryptor.h"
 #include "platform/mediamgmnt/foreign_elements.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 #include "platform/mediamgmnt/ttml_passthrough.h"
@@ -45,7 +46,8 @@ void loadElement(const char* name) {
 }
 
 void startLibrary() {
-  const bool started = gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough();
+  const bool started =
+      gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough() && registerClearKeyDecryptor();
   if (started) gst_mpegts_initialize();
   if (started) keepForeignElementsOut();
   libraryStart().started.set_value(started);

@@ -42,6 +42,10 @@ MEDIAMGMNT_API unsigned long mediaPlaneFrames();
 /// age ends the limit. @p country is two letters, or empty or null for none: the country whose ratings count.
 /// @return 0, and nothing changes, for another country text.
 MEDIAMGMNT_API int mediaSetParentalLimit(int age, const char* country);
+/// Gives a key for content that is protected with clear keys, for all players, present and future. Both texts are 32 hexadecimal
+/// digits.
+/// @return 0 for other texts.
+MEDIAMGMNT_API int mediaAddClearKey(const char* keyId, const char* key);
 /// Waits until no thread of a closed player is left, at most @p timeoutMs. @return 0 when some are. For tests and orderly ends.
 MEDIAMGMNT_API int mediaLibraryWaitIdle(int timeoutMs);
 }

@@ -19,6 +19,7 @@ Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurfa
 
 Pipeline::~Pipeline() {
   if (m_pipeline == nullptr) return;
+  m_keys->end();
   endTypeFinding();
   m_endsPass = true;
   {

@@ -16,9 +16,13 @@
 #include <vector>
 
 #include "platform/mediamgmnt/components.h"
+#include "platform/mediamgmnt/content_rights.h"
 #include "platform/mediamgmnt/error_map.h"
-#include "platform/mediamgmnt/stream_reader.h"
+#include "platform/mediamgmnt/http_fetch.h"
+#include "platform/mediamgmnt/key_session.h"
+#include "platform/mediamgmnt/protection_facts.h"
 #include "platform/mediamgmnt/rating.h"
+#include "platform/mediamgmnt/stream_reader.h"
 #include "platform/mediamgmnt/stream_report.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
@@ -49,6 +53,7 @@ class PipelineListener {
   virtual void onTracksChanged() = 0;  ///< the components have been offered what is known now
   /// The first picture or sound of another stream has come to its output.
   virtual void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) = 0;
+  virtual void onRightsMissing(const RightsError& error) = 0;  ///< nothing can be played without them
   /// On a streaming thread, before what is rated is handed on.
   virtual void onRatings(RatingSource source, std::vector<Rating> ratings) = 0;
 
@@ -160,7 +165,6 @@ class Pipeline {
   void endTypeFinding();
   void holdEarlyEnd(GstElement* input);
   static GstPadProbeReturn onInputEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
-  void watchEventInformation(GstElement* tsDemux);
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberDownload(GstElement* downloadBuffer);
   void limitStore(bool bounded);
@@ -193,6 +197,14 @@ class Pipeline {
   void reportPresented(Arrival& arrival, GstPad* pad);
   void tellPresented();
   void forgetCollections();
+
+  // pipeline_protection.cc
+  void watchEventInformation(GstElement* tsDemux);
+  std::shared_ptr<KeySession> makeKeySession();
+  void askForLicences(const DashManifest& manifest);
+  void fetchLicence(const LicenceOffer& offer);
+  void answerContext(GstMessage* message);
+  RightsError rightsError(KeyFault fault, const KeyId& id) const;
 
   void handle(GstMessage* message);
   void handleElementMessage(GstMessage* message);
@@ -252,7 +264,12 @@ class Pipeline {
   GstElement* m_download = nullptr;       // guarded by m_padMutex; a reference
   GstElement* m_adaptiveDemux = nullptr;  // guarded by m_padMutex; a reference
 
+  const std::shared_ptr<KeySession> m_keys = makeKeySession();
+  mutable std::mutex m_rightsMutex;
+  RightsParty m_rightsParty;  // guarded by m_rightsMutex
+
   // Control thread only.
+  std::vector<std::unique_ptr<HttpFetch>> m_licenceFetches;
   int m_selected = 0;  ///< audio and video streams that the selection names
   bool m_answered = false;
   bool m_prerollReported = false;

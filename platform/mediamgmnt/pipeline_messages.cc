@@ -67,6 +67,7 @@ GstBusSyncReply Pipeline::onBusMessage(GstBus*, GstMessage* message, gpointer se
   auto* const pipeline = static_cast<Pipeline*>(self);
   if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STREAM_COLLECTION) pipeline->takeCollection(message);
   if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ELEMENT) pipeline->takeSection(message);
+  if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_NEED_CONTEXT) pipeline->answerContext(message);
   if (isHandled(message, pipeline->m_pipeline)) {
     std::shared_ptr<GstMessage> kept(gst_message_ref(message), gst_message_unref);
     pipeline->m_loop.post([pipeline, alive = std::weak_ptr<bool>(pipeline->m_alive), kept] {

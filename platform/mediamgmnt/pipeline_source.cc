@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/mediamgmnt/clear_key_decryptor.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/source_sniffer.h"
 
@@ -85,6 +86,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
   auto* const pipeline = static_cast<Pipeline*>(self);
   const std::string factory = factoryName(element);
   if (factory == "tsdemux") pipeline->watchEventInformation(element);
+  if (factory == kDecryptorName) giveKeys(element, pipeline->m_keys);
   if (factory == "typefind" && startsWith(GST_OBJECT_NAME(parent), "urisourcebin")) {
     pipeline->watchTypeFinding(element);
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {

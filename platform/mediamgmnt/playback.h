@@ -75,6 +75,7 @@ class Playback : private PipelineListener {
   void onFailure(Failure failure) override;
   void onTracksChanged() override;
   void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) override;
+  void onRightsMissing(const RightsError& error) override;
   void onRatings(RatingSource source, std::vector<Rating> ratings) override;
 
   // playback.cc: opening, the next step, the end

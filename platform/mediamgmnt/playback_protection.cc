@@ -58,6 +58,15 @@ void Playback::onDescriptorServed() {
   resolve(url);
 }
 
+/// A descriptor knows its content by the name that the portal gave it; only where it says nothing the stream is asked.
+void Playback::onRightsMissing(const RightsError& error) {
+  RightsError told = error;
+  if (m_content && !m_content->contentId.empty()) told.contentId = m_content->contentId;
+  if (m_content && !m_content->rights.systemId.empty()) told.systemId = m_content->rights.systemId;
+  if (m_content && !m_content->rights.issuerUrl.empty()) told.issuerUrl = m_content->rights.issuerUrl;
+  tellMissingRights(told);
+}
+
 void Playback::tellMissingRights(const RightsError& error) {
   m_protection.setRightsError(error);
   fail(Failure::NoRights);

@@ -30,6 +30,7 @@ import shutil
 import subprocess
 import sys
 
+import make_protected
 import make_rated
 import make_rights
 
@@ -320,7 +321,7 @@ def waitAll(futures):
 
 
 # Taken before anything is made: what is made belongs to the script as it was then.
-VERSION = hashlib.sha256(b"".join(read(os.path.abspath(each)) for each in (__file__, make_rated.__file__, make_rights.__file__))).hexdigest() + "\n"
+VERSION = hashlib.sha256(b"".join(read(os.path.abspath(each)) for each in (__file__, make_protected.__file__, make_rated.__file__, make_rights.__file__))).hexdigest() + "\n"
 
 
 def isCurrent(folder):

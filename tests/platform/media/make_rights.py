@@ -5,9 +5,15 @@ Part of make_media.py. What is made, under OUTDIR/rights/:
 
     *.cas        descriptors; what each is about is said in DESCRIPTORS. huge.cas is 100 MB that take no space on disc
     *.ts         transport streams with ratings in their event information; see STREAMS
+    cenc/ cbcs/  DASH, encrypted by those schemes with the first key of KEYS; manifests that differ in what they say of the rights
+    rotation/    two periods, each with a key of its own
+    keys.json    KEYS, for the licence addresses of the server; keys.txt, for the shell
 """
+import json
 import os
+import re
 
+import make_protected
 import make_rated
 
 NAMESPACE = "urn:oipf:iptv:ContentAccessStreamingDescriptor:2008-1"
@@ -103,6 +109,97 @@ def write(path, content):
         file.write(content if isinstance(content, bytes) else content.encode())
 
 
+# Key id and key, of samples only.
+KEYS = [("00112233445566778899aabbccddee01", "a0a1a2a3a4a5a6a7a8a9aaabacadae01"),
+        ("00112233445566778899aabbccddee02", "a0a1a2a3a4a5a6a7a8a9aaabacadae02")]
+WIDEVINE_UUID = "edef8ba9-79d6-4ace-a3c8-27dcd51d21ed"
+PLAYREADY_UUID = "9a04f079-9840-4286-ab92-e65be0885f95"
+DASH_CLEARKEY_UUID = "e2719d58-a985-b3c9-781a-b030af78d30e"
+
+
+def common(kid, scheme):
+    return ('<ContentProtection schemeIdUri="urn:mpeg:dash:mp4protection:2011" value="%s" xmlns:cenc="urn:mpeg:cenc:2013" '
+            'cenc:default_KID="%s"/>' % (scheme, make_protected.uuid(kid)))
+
+
+def system(name, licence="", pssh=""):
+    inner = '<dashif:Laurl xmlns:dashif="https://dashif.org/CPS">%s</dashif:Laurl>' % licence if licence else ""
+    inner += '<cenc:pssh xmlns:cenc="urn:mpeg:cenc:2013">%s</cenc:pssh>' % pssh if pssh else ""
+    return '<ContentProtection schemeIdUri="urn:uuid:%s">%s</ContentProtection>' % (name, inner)
+
+
+def foreignSystems(kid):
+    return "".join(system(name, "http://issuer.example/" + title, make_protected.psshText(kid, name))
+                   for name, title in ((WIDEVINE_UUID, "first"), (PLAYREADY_UUID, "second")))
+
+
+def withProtection(manifest, *elements):
+    return re.sub(r"(<AdaptationSet [^>]*>\n)", lambda match: match.group(1) + "\t\t\t" + "".join(elements) + "\n", manifest)
+
+
+def readText(*path):
+    with open(os.path.join(*path), encoding="utf-8") as file:
+        return file.read()
+
+
+def encryptTracks(source, target, scheme, kid, key):
+    """All files of a DASH presentation but its manifest."""
+    os.makedirs(target)
+    protections = {}
+    for name in sorted(os.listdir(source)):
+        match = re.fullmatch(r"(init|seg)-(\d+)(-\d+)?\.m4s", name)
+        if not match:
+            continue
+        kind, track = match.group(1, 2)
+        with open(os.path.join(source, name), "rb") as file:
+            data = file.read()
+        if kind == "init":  # sorted before the segments
+            protections[track] = make_protected.protectionOf(data, scheme.encode(), kid, key)
+        protection = protections[track]
+        if protection is not None:
+            data = protection.initialization(data) if kind == "init" else protection.segment(data)
+        write(os.path.join(target, name), data)
+
+
+def makeProtected(source, folder, scheme):
+    kid, key = KEYS[0]
+    encryptTracks(source, folder, scheme, kid, key)
+    manifest = readText(source, "av.mpd")
+    variants = {"av": [], "foreign": [foreignSystems(kid)]}
+    for answer in ("good", "wrong", "none", "junk", "huge", "refused", "silent"):
+        variants["licence-" + answer] = [foreignSystems(kid), system(DASH_CLEARKEY_UUID, "../../licence/" + answer)]
+    for name, elements in variants.items():
+        write(os.path.join(folder, name + ".mpd"), withProtection(manifest, common(kid, scheme), *elements))
+    # Its whole video track in one file that says whose the rights are.
+    with open(os.path.join(source, "init-0.m4s"), "rb") as file:
+        film = make_protected.Protection(scheme.encode(), kid, key, True).initialization(file.read(), [make_protected.CLEARKEY_SYSTEM])
+    for name in sorted(os.listdir(folder)):
+        if name.startswith("seg-0-"):
+            with open(os.path.join(folder, name), "rb") as file:
+                film += file.read()
+    write(os.path.join(folder, "film.mp4"), film)
+
+
+def makeRotation(source, folder):
+    """The first two seconds with one key, the rest with the other."""
+    manifest = readText(source, "av.mpd")
+    head, period, tail = re.fullmatch(r"(.*?)(\t<Period .*</Period>\n)(.*)", manifest, re.DOTALL).groups()
+    periods = ""
+    for index, (kid, key) in enumerate(KEYS):
+        encryptTracks(source, os.path.join(folder, str(index)), "cenc", kid, key)
+        # A whole number of segments; sound and picture begin a period together nearly enough.
+        part = period.replace('id="0" start="PT0.0S"', 'id="p%d" start="PT%d.0S" duration="PT2.0S"' % (index, 2 * index), 1)
+        part = part.replace('initialization="', 'initialization="%d/' % index).replace('media="', 'media="%d/' % index)
+        part = part.replace('startNumber="1"', 'startNumber="%d" presentationTimeOffset="%d"' % (1 + 2 * index, 2000000 * index))
+        periods += withProtection(part, common(kid, "cenc"))
+    write(os.path.join(folder, "av.mpd"), head + periods + tail)
+
+
+def makeKeys(folder):
+    write(os.path.join(folder, "keys.json"), json.dumps(dict(KEYS)))
+    write(os.path.join(folder, "keys.txt"), "# sample keys\n" + "".join("%s:%s\n" % each for each in KEYS))
+
+
 def makeHuge(path):
     write(path, b"<Contents><ContentItem><Title>")
     os.truncate(path, HUGE_BYTES)
@@ -118,3 +215,8 @@ def makeRights(root):
     for name, events in STREAMS.items():
         write(os.path.join(folder, name + ".ts"), make_rated.rated(stream, events))
     makeHuge(os.path.join(folder, "huge.cas"))
+    dash = os.path.join(root, "short", "dash")
+    for scheme in ("cenc", "cbcs"):
+        makeProtected(dash, os.path.join(folder, scheme), scheme)
+    makeRotation(dash, os.path.join(folder, "rotation"))
+    makeKeys(folder)

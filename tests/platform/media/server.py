@@ -18,9 +18,12 @@ standard input does, so it never outlives who started it.
     /live/dash/live.mpd        live DASH: a moving window over the on-demand segments, repeated without end
     /live/hls/live.m3u8        live HLS: the same, the last three segments only
     /live/hls/window.m3u8      live HLS with a window of ten segments
+    /licence/KIND              POST: a ClearKey licence for the sample keys. good, or wrong (other keys), none (no keys), junk, huge,
+                               refused, silent
     /requests                  what was asked for so far, one JSON object a line: method, path, range, agent
 """
 import argparse
+import base64
 import email.utils
 import json
 import os
@@ -44,14 +47,16 @@ TYPES = {
 REASONS = {200: "OK", 206: "Partial Content", 302: "Found", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
            405: "Method Not Allowed", 410: "Gone", 416: "Range Not Satisfiable", 500: "Internal Server Error", 503: "Service Unavailable"}
 CHUNK = 65536
+LARGEST_BODY = 65536
 
 
 class Request:
-    def __init__(self, method, target, headers, keep_alive):
+    def __init__(self, method, target, headers, keep_alive, body):
         self.method = method
         self.path = urllib.parse.unquote(urllib.parse.urlsplit(target).path)
         self.headers = headers
         self.keep_alive = keep_alive
+        self.body = body
 
 
 class BadRequest(Exception):
@@ -106,9 +111,12 @@ class Handler(socketserver.StreamRequestHandler):
             name, _, value = line.decode("latin-1").partition(":")
             headers[name.strip().lower()] = value.strip()
         keep_alive = parts[2] == "HTTP/1.1" and headers.get("connection", "").lower() != "close"
-        return Request(parts[0], parts[1], headers, keep_alive)
+        body = self.rfile.read(min(LARGEST_BODY, int(headers.get("content-length", 0)))) if parts[0] == "POST" else b""
+        return Request(parts[0], parts[1], headers, keep_alive, body)
 
     def answer(self, request):
+        if request.method == "POST" and request.path.startswith("/licence/"):
+            return self.sendLicence(request, request.path[len("/licence/"):])
         if request.method not in ("GET", "HEAD"):
             return self.sendStatus(request, 405)
         for prefix, action in ROUTES:
@@ -154,6 +162,21 @@ class Handler(socketserver.StreamRequestHandler):
         self.request.send(head, socket.MSG_MORE)
         end = last + 1 if limit is None else max(first, min(last + 1, limit(size)))
         return open(name, "rb"), first, end - first
+
+    def sendLicence(self, request, kind):
+        """ClearKey licences for the sample keys, and answers that are none."""
+        if kind == "refused":
+            return self.sendStatus(request, 403)
+        if kind == "silent":
+            return self.faultHang(request, "")
+        with open(os.path.join(self.server.root, "rights", "keys.json"), encoding="utf-8") as file:
+            known = {bytes.fromhex(kid): bytes.fromhex(key) for kid, key in json.load(file).items()}
+        text = lambda data: base64.urlsafe_b64encode(data).rstrip(b"=").decode()
+        asked = [base64.urlsafe_b64decode(kid + "=" * (-len(kid) % 4)) for kid in json.loads(request.body)["kids"]]
+        keys = [{"kty": "oct", "kid": text(kid), "k": text(known[kid] if kind == "good" else bytes(16))} for kid in asked if kid in known]
+        answer = json.dumps({"keys": [] if kind == "none" else keys, "type": "temporary"})
+        answer = {"junk": "{\"keys\": [", "huge": answer[:-1] + " " * 100000 + "}"}.get(kind, answer)
+        self.sendBytes(request, answer.encode(), "application/json")
 
     def sendFile(self, request, path):
         body = self.openBody(request, path)
