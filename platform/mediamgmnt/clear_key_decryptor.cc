@@ -2,12 +2,14 @@
 #include "platform/mediamgmnt/clear_key_decryptor.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/mediamgmnt/key_trial.h"
 #include "platform/mediamgmnt/rights_systems.h"
 #include "platform/mediamgmnt/sample_cipher.h"
 
@@ -25,7 +27,21 @@ struct Decryptor {
   CipherScheme scheme = CipherScheme::Cenc;  ///< of the streaming thread, like all below
   std::optional<KeyId> keyId;
   ContentKey key{};
+  GstCaps* clearCaps = nullptr;        ///< a reference
+  std::unique_ptr<KeyTrial> trial;     ///< while it is not known whether the key fits
+  std::vector<GstBuffer*> held;        ///< decrypted, kept back until then: nobody sees what a wrong key makes; references
   std::atomic<bool> cancelled{false};  ///< flushing, or going down
+
+  ~Decryptor() {
+    drop();
+    gst_caps_replace(&clearCaps, nullptr);
+  }
+
+  void drop() {
+    for (GstBuffer* const buffer : held) gst_buffer_unref(buffer);
+    held.clear();
+    trial.reset();
+  }
 };
 
 std::vector<std::uint8_t> bytesOf(const GstStructure& info, const char* field) {
@@ -91,7 +107,22 @@ bool takeKey(Decryptor& state, const KeyId& id) {
   }
   state.keyId = id;
   state.key = *key;
+  if (!state.keys->isProven(id) && state.clearCaps != nullptr) state.trial = KeyTrial::begin(state.clearCaps);
   return true;
+}
+
+/// @return false when the key does not fit, which has been reported then.
+bool passesTrial(Decryptor& state, GstBuffer* buffer) {
+  const bool canBeTried = !state.held.empty() || !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
+  GstMapInfo map;
+  if (state.trial == nullptr || !canBeTried || !gst_buffer_map(buffer, &map, GST_MAP_READ)) return true;
+  const KeyTrial::Verdict verdict = state.trial->take(map.data, map.size);
+  gst_buffer_unmap(buffer, &map);
+  if (verdict == KeyTrial::Verdict::Undecided) return true;
+  state.trial.reset();
+  if (verdict == KeyTrial::Verdict::Fits) state.keys->noteFits(*state.keyId);
+  if (verdict == KeyTrial::Verdict::Wrong) state.keys->report(KeyFault::Wrong, *state.keyId);
+  return verdict == KeyTrial::Verdict::Fits;
 }
 
 bool decryptBuffer(Decryptor& state, GstBuffer* buffer, const SampleProtection& protection) {
@@ -162,6 +193,19 @@ GstStaticPadTemplate sourceTemplate = GST_STATIC_PAD_TEMPLATE(
 
 AvcClearKey* self(gpointer object) { return static_cast<AvcClearKey*>(object); }
 
+/// What was kept back goes on.
+GstFlowReturn release(AvcClearKey* element) {
+  GstFlowReturn result = GST_FLOW_OK;
+  for (GstBuffer* const buffer : std::exchange(element->state->held, {})) {
+    if (result == GST_FLOW_OK) {
+      result = gst_pad_push(element->source, buffer);
+    } else {
+      gst_buffer_unref(buffer);
+    }
+  }
+  return result;
+}
+
 GstFlowReturn refuse(GstBuffer* buffer, const Decryptor& state) {
   gst_buffer_unref(buffer);
   return state.cancelled ? GST_FLOW_FLUSHING : GST_FLOW_ERROR;
@@ -176,8 +220,9 @@ GstFlowReturn decryptAndPush(GstPad*, GstObject* parent, GstBuffer* buffer) {
   if (!id || !takeKey(state, *id)) return refuse(buffer, state);
   const SampleProtection protection = protectionOf(*meta->info, state.scheme);
   buffer = gst_buffer_make_writable(buffer);
-  if (!decryptBuffer(state, buffer, protection)) return refuse(buffer, state);
-  return gst_pad_push(self(parent)->source, buffer);
+  if (!decryptBuffer(state, buffer, protection) || !passesTrial(state, buffer)) return refuse(buffer, state);
+  state.held.push_back(buffer);
+  return state.trial != nullptr ? GST_FLOW_OK : release(self(parent));
 }
 
 gboolean passCaps(AvcClearKey* element, GstEvent* event) {
@@ -186,6 +231,7 @@ gboolean passCaps(AvcClearKey* element, GstEvent* event) {
   GstCaps* const caps = mediamgmnt::clearCaps(encrypted);
   element->state->scheme = mediamgmnt::schemeOf(encrypted);
   gst_event_unref(event);
+  gst_caps_replace(&element->state->clearCaps, caps);
   if (caps == nullptr) return FALSE;
   const gboolean accepted = gst_pad_push_event(element->source, gst_event_new_caps(caps));
   gst_caps_unref(caps);
@@ -197,12 +243,20 @@ void cancel(Decryptor& state) {
   if (state.keys != nullptr) state.keys->wake();
 }
 
+/// No data flow meanwhile. The key is asked for again, and tried again if it was not proven.
+void restart(Decryptor& state) {
+  state.drop();
+  state.keyId.reset();
+  state.cancelled = false;
+}
+
 gboolean handleEvent(GstPad* pad, GstObject* parent, GstEvent* event) {
   AvcClearKey* const element = self(parent);
+  if (GST_EVENT_IS_SERIALIZED(event) && GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_STOP) release(element);
   switch (GST_EVENT_TYPE(event)) {
     case GST_EVENT_CAPS: return passCaps(element, event);
     case GST_EVENT_FLUSH_START: cancel(*element->state); break;
-    case GST_EVENT_FLUSH_STOP: element->state->cancelled = false; break;
+    case GST_EVENT_FLUSH_STOP: restart(*element->state); break;
     default: break;
   }
   return gst_pad_event_default(pad, parent, event);
@@ -210,7 +264,7 @@ gboolean handleEvent(GstPad* pad, GstObject* parent, GstEvent* event) {
 
 GstStateChangeReturn changeState(GstElement* element, GstStateChange transition) {
   Decryptor& state = *self(element)->state;
-  if (transition == GST_STATE_CHANGE_READY_TO_PAUSED) state.cancelled = false;
+  if (transition == GST_STATE_CHANGE_READY_TO_PAUSED) restart(state);
   if (transition == GST_STATE_CHANGE_PAUSED_TO_READY) cancel(state);
   return GST_ELEMENT_CLASS(avc_clear_key_parent_class)->change_state(element, transition);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/mediamgmnt/key_session.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -45,7 +46,26 @@ std::optional<ContentKey> KeySession::findLocked(const KeyId& id) const {
 std::optional<ContentKey> KeySession::find(const KeyId& id, const std::atomic<bool>& cancelled) {
   std::unique_lock lock(m_mutex);
   m_changed.wait_for(lock, kLongestWait, [&] { return m_ended || cancelled || m_expected <= 0 || findLocked(id); });
-  return findLocked(id);
+  const std::optional<ContentKey> key = findLocked(id);
+  if (key) m_used.try_emplace(id, false);
+  return key;
+}
+
+void KeySession::noteFits(const KeyId& id) {
+  std::lock_guard lock(m_mutex);
+  m_used[id] = true;
+}
+
+bool KeySession::isProven(const KeyId& id) {
+  std::lock_guard lock(m_mutex);
+  const auto found = m_used.find(id);
+  return found != m_used.end() && found->second;
+}
+
+std::optional<KeyId> KeySession::unproven() {
+  std::lock_guard lock(m_mutex);
+  const auto found = std::find_if(m_used.begin(), m_used.end(), [](const auto& each) { return !each.second; });
+  return found != m_used.end() ? std::optional<KeyId>(found->first) : std::nullopt;
 }
 
 void KeySession::report(KeyFault fault, const KeyId& id) {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 
@@ -36,13 +37,20 @@ class KeySession {
 
   void report(KeyFault fault, const KeyId& id);
 
+  /// The key has decrypted something that could be read.
+  void noteFits(const KeyId& id);
+  bool isProven(const KeyId& id);
+  /// A key that was handed out and has not been proven. Nothing when there is none.
+  std::optional<KeyId> unproven();
+
  private:
   std::optional<ContentKey> findLocked(const KeyId& id) const;
 
   const Report m_report;
   std::mutex m_mutex;
   std::condition_variable m_changed;
-  KeyMap m_keys;  // guarded by m_mutex, like all below
+  KeyMap m_keys;                 // guarded by m_mutex, like all below
+  std::map<KeyId, bool> m_used;  ///< whether it is proven
   int m_expected = 0;
   bool m_ended = false;
   bool m_reported = false;

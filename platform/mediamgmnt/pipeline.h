@@ -111,6 +111,8 @@ class Pipeline {
   void makeRoomForTheEnd();
 
   bool isPrerolled() const;
+  /// What to tell when nothing comes of a source whose keys were there but may be wrong; nothing for any other source.
+  std::optional<RightsError> doubtfulRights() const;
   bool hasAudioOrVideo() const { return m_linked > 0; }
   /// The container says how long the medium is; transport streams and plain audio only have guesses.
   bool declaresDuration() const { return m_declaresDuration; }

@@ -127,6 +127,11 @@ void Pipeline::answerContext(GstMessage* message) {
   gst_context_unref(context);
 }
 
+std::optional<RightsError> Pipeline::doubtfulRights() const {
+  const std::optional<KeyId> id = m_keys->unproven();
+  return id ? std::optional<RightsError>(rightsError(KeyFault::Wrong, *id)) : std::nullopt;
+}
+
 RightsError Pipeline::rightsError(KeyFault fault, const KeyId& id) const {
   std::lock_guard lock(m_rightsMutex);
   const int state = fault == KeyFault::Missing ? RightsError::kNoLicence : RightsError::kInvalidLicence;

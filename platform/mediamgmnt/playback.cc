@@ -294,6 +294,7 @@ void Playback::tryAgain() {
 }
 
 void Playback::fail(Failure failure) {
+  if (failure != Failure::NoRights && blamesKeys()) return;
   m_over = true;
   m_wish = Wish::Nothing;
   forgetAnswers();

@@ -99,6 +99,7 @@ class Playback : private PipelineListener {
   void onDescriptor(const DescriptorOutcome& outcome);
   void tellMissingRights(const RightsError& error);
   void tellRatings();
+  bool blamesKeys();
   void sayRatings();
   void pauseWhatIsBlocked();
 

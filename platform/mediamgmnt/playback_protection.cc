@@ -67,6 +67,15 @@ void Playback::onRightsMissing(const RightsError& error) {
   tellMissingRights(told);
 }
 
+/// What a wrong key makes of a coding that cannot be tried looks like any other failure, or like nothing at all.
+/// @return true when the failure has been told as one of the rights.
+bool Playback::blamesKeys() {
+  if (m_pipeline == nullptr || m_timesKnown) return false;
+  const std::optional<RightsError> error = m_pipeline->doubtfulRights();
+  if (error) onRightsMissing(*error);
+  return error.has_value();
+}
+
 void Playback::tellMissingRights(const RightsError& error) {
   m_protection.setRightsError(error);
   fail(Failure::NoRights);
