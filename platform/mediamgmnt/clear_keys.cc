@@ -43,9 +43,10 @@ ClearKeyStore& ClearKeyStore::instance() {
   return *store;
 }
 
-void ClearKeyStore::add(const KeyId& id, const ContentKey& key) {
+void ClearKeyStore::set(const KeyId& id, const std::optional<ContentKey>& key) {
   std::lock_guard lock(m_mutex);
-  m_keys[id] = key;
+  m_keys.erase(id);
+  if (key) m_keys.emplace(id, *key);
 }
 
 std::optional<ContentKey> ClearKeyStore::find(const KeyId& id) const {

@@ -32,8 +32,8 @@ class ClearKeyStore {
   /// Never destroyed: streaming threads may outlive main().
   static ClearKeyStore& instance();
 
-  /// A later key for the same id takes the place of the earlier one.
-  void add(const KeyId& id, const ContentKey& key);
+  /// In the place of an earlier key for the same id; nothing takes that away.
+  void set(const KeyId& id, const std::optional<ContentKey>& key);
   std::optional<ContentKey> find(const KeyId& id) const;
 
  private:

@@ -163,9 +163,9 @@ int mediaSetParentalLimit(int age, const char* country) {
 int mediaAddClearKey(const char* keyId, const char* key) {
   const auto id = mediamgmnt::parseHexKey(textOf(keyId));
   const auto bytes = mediamgmnt::parseHexKey(textOf(key));
-  if (!id || !bytes) return 0;
+  if (!id || (!bytes && !textOf(key).empty())) return 0;
   try {
-    mediamgmnt::ClearKeyStore::instance().add(*id, *bytes);
+    mediamgmnt::ClearKeyStore::instance().set(*id, bytes);
     return 1;
   } catch (const std::exception&) {
     return 0;

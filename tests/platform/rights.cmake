@@ -69,3 +69,43 @@ avc_add_rated_case(ts.country rated-by-country.ts ${ts} ", \"limit\": 12, \"rati
 avc_add_rated_case(ts.strictest rated-by-country.ts ${ts} ", \"limit\": 12, \"ratings\": [\"6 3 DE\", \"18 15 GB\"], \"blocked\": true")
 avc_add_rated_case(ts.unknown rated-strangely.ts ${ts} ", \"limit\": 0, \"ratings\": [\"66 66 DE\"], \"error\": true")
 avc_add_rated_case(ts.unrated unrated.ts ${ts} ", \"limit\": 0")
+
+# Protected content: name, path, type, the rest of the configuration, options of run_case.py.
+set(key_file "--option=--clearkey-file=${AVC_SAMPLE_MEDIA}/rights/keys.txt")
+set(dash "application/dash+xml")
+set(sample_key_id "00112233445566778899aabbccddee01")
+set(kid "00112233-4455-6677-8899-aabbccddee01")
+set(no_key_said --never-says "[ab]0a1a2a3a4a5a6a7")
+function(avc_add_protected_case name path type config)
+  avc_add_case(protected.${name} protected "{\"path\": \"rights/${path}\", \"type\": \"${type}\"${config}}" ${no_key_said} ${ARGN})
+endfunction()
+foreach(scheme cenc cbcs)
+  avc_add_protected_case(${scheme}.plays ${scheme}/av.mpd ${dash} "" ${key_file})
+  avc_add_protected_case(${scheme}.plays_one_key ${scheme}/av.mpd ${dash} ""
+    "--option=--clearkey=${sample_key_id}:a0a1a2a3a4a5a6a7a8a9aaabacadae01")
+  avc_add_protected_case(${scheme}.plays_beside_foreign_systems ${scheme}/foreign.mpd ${dash} "" ${key_file})
+  avc_add_protected_case(${scheme}.licence ${scheme}/licence-good.mpd ${dash} "" --asked-for "^/licence/good" 1)
+  avc_add_protected_case(${scheme}.no_key ${scheme}/av.mpd ${dash} ", \"state\": 0, \"content\": \"${kid}\", \"system\": \"\", \"issuer\": \"\"")
+  avc_add_protected_case(${scheme}.wrong_key ${scheme}/av.mpd ${dash}
+    ", \"state\": 1, \"content\": \"${kid}\", \"system\": \"\", \"issuer\": \"\""
+    "--option=--clearkey=${sample_key_id}:b0a1a2a3a4a5a6a7a8a9aaabacadae01")
+  avc_add_protected_case(${scheme}.file_no_key ${scheme}/film.mp4 "video/mp4"
+    ", \"state\": 0, \"content\": \"${kid}\", \"system\": \"urn:uuid:1077efec-c0b2-4d02-ace3-3c1e52e2fb4b\", \"issuer\": \"\"")
+  avc_add_protected_case(${scheme}.file_wrong_key ${scheme}/film.mp4 "video/mp4"
+    ", \"state\": 1, \"content\": \"${kid}\", \"system\": \"urn:uuid:1077efec-c0b2-4d02-ace3-3c1e52e2fb4b\", \"issuer\": \"\""
+    "--option=--clearkey=${sample_key_id}:b0a1a2a3a4a5a6a7a8a9aaabacadae01")
+endforeach()
+avc_add_protected_case(foreign cenc/foreign.mpd ${dash} ", \"state\": 0, \"content\": \"${kid}\", \"issuer\": \"http://issuer.example/first\", \
+\"system\": \"urn:uuid:edef8ba9-79d6-4ace-a3c8-27dcd51d21ed\"")
+foreach(answer "none|0" "junk|0" "huge|0" "refused|0" "silent|0" "wrong|1")
+  string(REPLACE "|" ";" fields ${answer})
+  list(GET fields 0 name)
+  list(GET fields 1 state)
+  avc_add_protected_case(licence_${name} cenc/licence-${name}.mpd ${dash} ", \"state\": ${state}, \"content\": \"${kid}\", \
+\"system\": \"urn:uuid:e2719d58-a985-b3c9-781a-b030af78d30e\", \"issuer\": \"BASElicence/${name}\"" --timeout 90)
+endforeach()
+avc_add_protected_case(rotation rotation/av.mpd ${dash} "" ${key_file})
+# What the portal's descriptor says of the content goes before what the stream says.
+avc_add_protected_case(descriptor.plays clearkey.cas ${cas_type} "" ${key_file})
+avc_add_protected_case(descriptor.no_key clearkey.cas ${cas_type} ", \"state\": 0, \"content\": \"cid:9\", \
+\"system\": \"urn:uuid:1077efec-c0b2-4d02-ace3-3c1e52e2fb4b\", \"issuer\": \"http://issuer.example/rights?id=9\"")

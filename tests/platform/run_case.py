@@ -3,7 +3,7 @@
 """Runs one platform test: serves the sample media, runs a case script in avc-run, and judges the outcome.
 
     run_case.py --avc-run FILE --media DIR --case FILE [--config JSON] [--locale NAME] [--agent TEXT] [--asked-for REGEX COUNT]
-                [--never-asked-for REGEX] [--trace-has REGEX]… [--option OPTION]…
+                [--never-asked-for REGEX] [--trace-has REGEX]… [--option OPTION]… [--never-says REGEX]
 
 The case passes when avc-run ends with status 0, prints nothing that looks like a defect, and what it is asked to look for is there:
 --agent: every request for media carried this user agent; --asked-for: so many different addresses were; --never-asked-for: none was;
@@ -44,6 +44,7 @@ def parseArguments():
     parser.add_argument("--heard", help="the tones that must be heard, in their order")
     parser.add_argument("--languages", help="the viewer's languages, most preferred first")
     parser.add_argument("--option", action="append", default=[], help="an option for avc-run")
+    parser.add_argument("--never-says", metavar="REGEX", help="neither the output nor the trace says this")
     parser.add_argument("--timeout", type=int, default=60, help="seconds")
     return parser.parse_args()
 
@@ -111,7 +112,7 @@ def wrongAgent(server, wanted):
     return "a request carried another user agent: %s" % wrong[0] if wrong else None
 
 
-def judge(options, server, trace):
+def judge(options, server, output, trace):
     if options.agent:
         problem = wrongAgent(server, options.agent)
         if problem:
@@ -122,6 +123,8 @@ def judge(options, server, trace):
             return problem
     if options.never_asked_for and not askedForTooFew(server, options.never_asked_for, 1):
         return "a path like %s was asked for" % options.never_asked_for
+    if options.never_says and re.search(options.never_says, "\n".join([output, *trace]), re.IGNORECASE):
+        return "the output or the trace says %s" % options.never_says
     for expression in options.trace_has:
         if not any(re.search(expression, line) for line in trace):
             return "no line of the trace matches %s" % expression
@@ -136,7 +139,7 @@ def main():
             problem, output, trace = runScripts(options, "http://127.0.0.1:%d/" % server.port, folder)
             if problem is None and options.heard:
                 problem = wronglyHeard(folder, options.heard)
-        problem = problem or judge(options, server, trace)
+        problem = problem or judge(options, server, output, trace)
     finally:
         server.stop()
     sys.stdout.write(output)

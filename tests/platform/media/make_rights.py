@@ -94,6 +94,10 @@ DESCRIPTORS.update({
     "rated-4": ratedDescriptor(("dvb-si", "", "4")),
 })
 
+CLEARKEY = "urn:uuid:1077efec-c0b2-4d02-ace3-3c1e52e2fb4b"
+DESCRIPTORS["clearkey"] = descriptor(url("cenc/av.mpd", "application/dash+xml", CLEARKEY),
+                                     rights(CLEARKEY, "cid:9", "http://issuer.example/rights?id=9"))
+
 # (part of the stream, ratings); codes are the age less 3.
 STREAMS = {
     "rated-16": [(0, [("DEU", 13)])],
@@ -161,6 +165,11 @@ def encryptTracks(source, target, scheme, kid, key):
         write(os.path.join(target, name), data)
 
 
+def withOneSize(manifest):
+    """So that every player takes the same pictures."""
+    return re.sub(r'\t*<Representation id="1" .*?</Representation>\n', "", manifest, count=1, flags=re.DOTALL)
+
+
 def makeProtected(source, folder, scheme):
     kid, key = KEYS[0]
     encryptTracks(source, folder, scheme, kid, key)
@@ -170,6 +179,7 @@ def makeProtected(source, folder, scheme):
         variants["licence-" + answer] = [foreignSystems(kid), system(DASH_CLEARKEY_UUID, "../../licence/" + answer)]
     for name, elements in variants.items():
         write(os.path.join(folder, name + ".mpd"), withProtection(manifest, common(kid, scheme), *elements))
+    write(os.path.join(folder, "one-size.mpd"), withProtection(withOneSize(manifest), common(kid, scheme)))
     # Its whole video track in one file that says whose the rights are.
     with open(os.path.join(source, "init-0.m4s"), "rb") as file:
         film = make_protected.Protection(scheme.encode(), kid, key, True).initialization(file.read(), [make_protected.CLEARKEY_SYSTEM])
@@ -193,6 +203,8 @@ def makeRotation(source, folder):
         part = part.replace('startNumber="1"', 'startNumber="%d" presentationTimeOffset="%d"' % (1 + 2 * index, 2000000 * index))
         periods += withProtection(part, common(kid, "cenc"))
     write(os.path.join(folder, "av.mpd"), head + periods + tail)
+    one = withOneSize(withOneSize(head + periods + tail))
+    write(os.path.join(folder, "one-size.mpd"), one)
 
 
 def makeKeys(folder):
@@ -218,5 +230,6 @@ def makeRights(root):
     dash = os.path.join(root, "short", "dash")
     for scheme in ("cenc", "cbcs"):
         makeProtected(dash, os.path.join(folder, scheme), scheme)
+    write(os.path.join(dash, "one-size.mpd"), withOneSize(readText(dash, "av.mpd")))
     makeRotation(dash, os.path.join(folder, "rotation"))
     makeKeys(folder)

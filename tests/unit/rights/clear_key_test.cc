@@ -121,12 +121,15 @@ class KeySessionTest : public ::testing::Test {
 TEST_F(KeySessionTest, HasNoKeyAtFirst_AndDoesNotWaitForOne) { EXPECT_FALSE(session.find(id(1), cancelled)); }
 
 TEST_F(KeySessionTest, FindsTheShellsKeys_BeforeALicences) {
-  ClearKeyStore::instance().add(id(0x71), id(1));
+  ClearKeyStore::instance().set(id(0x71), id(7));
+  ClearKeyStore::instance().set(id(0x71), id(1));
   session.expectLicence();
   session.licenceCame({{id(0x71), id(2)}, {id(0x72), id(3)}});
 
   EXPECT_EQ(session.find(id(0x71), cancelled), id(1));
   EXPECT_EQ(session.find(id(0x72), cancelled), id(3));
+  ClearKeyStore::instance().set(id(0x71), std::nullopt);
+  EXPECT_EQ(session.find(id(0x71), cancelled), id(2));
 }
 
 TEST_F(KeySessionTest, WaitsForALicence) {
