@@ -93,6 +93,7 @@ void readDescriptors(const xmlNode* node, DashAdaptationSet& set) {
   set.roles = descriptors(node, "Role");
   set.accessibility = descriptors(node, "Accessibility");
   set.audioChannels = descriptors(node, "AudioChannelConfiguration");
+  set.ratings = descriptors(node, "Rating");
   set.supplementalProperties = descriptors(node, "SupplementalProperty");
   set.essentialProperties = descriptors(node, "EssentialProperty");
   set.labels = labelsOf(node);

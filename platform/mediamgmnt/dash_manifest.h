@@ -55,6 +55,7 @@ struct DashAdaptationSet {
   std::vector<DashDescriptor> roles;
   std::vector<DashDescriptor> accessibility;
   std::vector<DashDescriptor> audioChannels;
+  std::vector<DashDescriptor> ratings;
   std::vector<DashDescriptor> supplementalProperties;
   std::vector<DashDescriptor> essentialProperties;
   std::vector<DashLabel> labels;

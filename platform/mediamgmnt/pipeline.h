@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/mediamgmnt/components.h"
+#include "platform/mediamgmnt/content_ratings.h"
 #include "platform/mediamgmnt/content_rights.h"
 #include "platform/mediamgmnt/error_map.h"
 #include "platform/mediamgmnt/http_fetch.h"
@@ -203,6 +204,9 @@ class Pipeline {
   // pipeline_protection.cc
   void watchEventInformation(GstElement* tsDemux);
   std::shared_ptr<KeySession> makeKeySession();
+  void takeRatings(const DashManifest& manifest);
+  void tellRatingsOf(GstSample* sample);
+  void tellRatingsAt(std::int64_t positionNs);
   void askForLicences(const DashManifest& manifest);
   void fetchLicence(const LicenceOffer& offer);
   void answerContext(GstMessage* message);
@@ -268,7 +272,9 @@ class Pipeline {
 
   const std::shared_ptr<KeySession> m_keys = makeKeySession();
   mutable std::mutex m_rightsMutex;
-  RightsParty m_rightsParty;  // guarded by m_rightsMutex
+  RightsParty m_rightsParty;            // guarded by m_rightsMutex, like all below
+  std::vector<RatedSpan> m_ratedSpans;  ///< empty for a source without ratings
+  const RatedSpan* m_toldSpan = nullptr;
 
   // Control thread only.
   std::vector<std::unique_ptr<HttpFetch>> m_licenceFetches;

@@ -115,6 +115,7 @@ void Pipeline::discard(GstPad* pad) {
 }
 
 void Pipeline::paint(GstSample* sample) {
+  tellRatingsOf(sample);
   std::lock_guard lock(m_showMutex);
   if (m_shown[indexOf(Kind::Video)]) m_surface.paint(sample);
 }

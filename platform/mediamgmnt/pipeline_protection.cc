@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include "platform/mediamgmnt/clear_key_decryptor.h"
 #include "platform/mediamgmnt/content_choice.h"
@@ -58,6 +59,39 @@ void Pipeline::watchEventInformation(GstElement* tsDemux) {
       [this](std::vector<Rating> ratings) { m_listener.onRatings(RatingSource::Broadcast, std::move(ratings)); });
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, feedReader, reader, deleteReader);
   gst_object_unref(pad);
+}
+
+/// On the streaming thread, before anything of the presentation is fetched.
+void Pipeline::takeRatings(const DashManifest& manifest) {
+  std::vector<RatedSpan> spans = ratedSpans(manifest);
+  const bool rated = std::any_of(spans.begin(), spans.end(), [](const RatedSpan& each) { return !each.ratings.empty(); });
+  {
+    std::lock_guard lock(m_rightsMutex);
+    m_ratedSpans = rated ? std::move(spans) : std::vector<RatedSpan>();
+    m_toldSpan = nullptr;
+  }
+  tellRatingsAt(0);
+}
+
+/// Before the picture is drawn: periods may be fetched long before they are shown.
+void Pipeline::tellRatingsOf(GstSample* sample) {
+  GstBuffer* const buffer = gst_sample_get_buffer(sample);
+  const GstSegment* const segment = gst_sample_get_segment(sample);
+  if (buffer == nullptr || segment == nullptr || !GST_BUFFER_PTS_IS_VALID(buffer)) return;
+  const guint64 position = gst_segment_to_stream_time(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
+  if (GST_CLOCK_TIME_IS_VALID(position)) tellRatingsAt(static_cast<std::int64_t>(position));
+}
+
+void Pipeline::tellRatingsAt(std::int64_t positionNs) {
+  std::vector<Rating> ratings;
+  {
+    std::lock_guard lock(m_rightsMutex);
+    if (m_ratedSpans.empty()) return;
+    const RatedSpan* const span = &spanAt(m_ratedSpans, positionNs);
+    if (std::exchange(m_toldSpan, span) == span) return;
+    ratings = span->ratings;
+  }
+  m_listener.onRatings(RatingSource::Manifest, std::move(ratings));
 }
 
 std::shared_ptr<KeySession> Pipeline::makeKeySession() {

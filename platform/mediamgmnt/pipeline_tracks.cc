@@ -218,7 +218,9 @@ void Pipeline::readManifest() {
   const std::string text = std::exchange(m_manifestText, {});
   m_facts.hls = readHlsPlaylist(text);
   if (!m_facts.hls) m_facts.dash = readDashManifest(text);
-  if (m_facts.dash) askForLicences(*m_facts.dash);
+  if (!m_facts.dash) return;
+  takeRatings(*m_facts.dash);
+  askForLicences(*m_facts.dash);
 }
 
 void Pipeline::takeSection(GstMessage* message) {

@@ -104,8 +104,14 @@ foreach(answer "none|0" "junk|0" "huge|0" "refused|0" "silent|0" "wrong|1")
   avc_add_protected_case(licence_${name} cenc/licence-${name}.mpd ${dash} ", \"state\": ${state}, \"content\": \"${kid}\", \
 \"system\": \"urn:uuid:e2719d58-a985-b3c9-781a-b030af78d30e\", \"issuer\": \"BASElicence/${name}\"" --timeout 90)
 endforeach()
-avc_add_protected_case(rotation rotation/av.mpd ${dash} "" ${key_file})
+avc_add_protected_case(rotation rotation/av.mpd ${dash} ", \"straight\": true" ${key_file})
 # What the portal's descriptor says of the content goes before what the stream says.
 avc_add_protected_case(descriptor.plays clearkey.cas ${cas_type} "" ${key_file})
 avc_add_protected_case(descriptor.no_key clearkey.cas ${cas_type} ", \"state\": 0, \"content\": \"cid:9\", \
 \"system\": \"urn:uuid:1077efec-c0b2-4d02-ace3-3c1e52e2fb4b\", \"issuer\": \"http://issuer.example/rights?id=9\"")
+
+avc_add_rated_case(dash.blocked rated-16.mpd ${dash} ", \"limit\": 12, \"ratings\": [\"FSK16 3 \"], \"blocked\": true")
+avc_add_rated_case(dash.shown rated-16.mpd ${dash} ", \"limit\": 16, \"ratings\": [\"FSK16 3 \"]")
+avc_add_rated_case(dash.element rated-element.mpd ${dash} ", \"limit\": 12, \"ratings\": [\"16 13 \"], \"blocked\": true")
+avc_add_rated_case(dash.unknown rated-strangely.mpd ${dash} ", \"limit\": 0, \"ratings\": [\"frightful 0 \"], \"error\": true")
+avc_add_rated_case(dash.unrated ../short/dash/av.mpd ${dash} ", \"limit\": 0")

@@ -4,6 +4,7 @@
 Part of make_media.py. What is made, under OUTDIR/rights/:
 
     *.cas        descriptors; what each is about is said in DESCRIPTORS. huge.cas is 100 MB that take no space on disc
+    *.mpd        DASH with ratings; see RATED_MANIFESTS
     *.ts         transport streams with ratings in their event information; see STREAMS
     cenc/ cbcs/  DASH, encrypted by those schemes with the first key of KEYS; manifests that differ in what they say of the rights
     rotation/    two periods, each with a key of its own
@@ -197,14 +198,40 @@ def makeRotation(source, folder):
     periods = ""
     for index, (kid, key) in enumerate(KEYS):
         encryptTracks(source, os.path.join(folder, str(index)), "cenc", kid, key)
-        # A whole number of segments; sound and picture begin a period together nearly enough.
-        part = period.replace('id="0" start="PT0.0S"', 'id="p%d" start="PT%d.0S" duration="PT2.0S"' % (index, 2 * index), 1)
-        part = part.replace('initialization="', 'initialization="%d/' % index).replace('media="', 'media="%d/' % index)
-        part = part.replace('startNumber="1"', 'startNumber="%d" presentationTimeOffset="%d"' % (1 + 2 * index, 2000000 * index))
+        part = inPeriods(period, index).replace('initialization="', 'initialization="%d/' % index).replace('media="', 'media="%d/' % index)
         periods += withProtection(part, common(kid, "cenc"))
     write(os.path.join(folder, "av.mpd"), head + periods + tail)
     one = withOneSize(withOneSize(head + periods + tail))
     write(os.path.join(folder, "one-size.mpd"), one)
+
+
+RATING = '<%s schemeIdUri="%s" value="%s"/>'
+PROPERTY_16 = RATING % ("SupplementalProperty", "urn:oipf:GermanyFSKCS", "FSK16")
+# Manifests over the clear segments: inside each of its periods.
+RATED_MANIFESTS = {
+    "rated-16": [PROPERTY_16],
+    "rated-element": [RATING % ("Rating", "dvb-si", "16")],
+    "rated-later": [RATING % ("SupplementalProperty", "dvb-si", "6"), RATING % ("SupplementalProperty", "dvb-si", "18")],
+    "rated-strangely": [RATING % ("SupplementalProperty", "urn:example:parental-rating", "frightful")],
+}
+
+
+def makeRatedManifests(source, folder):
+    manifest = readText(source, "av.mpd").replace('initialization="', 'initialization="../short/dash/').replace(
+        'media="', 'media="../short/dash/')
+    head, period, tail = re.fullmatch(r"(.*?)(\t<Period .*</Period>\n)(.*)", manifest, re.DOTALL).groups()
+    for name, ratings in RATED_MANIFESTS.items():
+        periods = ""
+        for index, rating in enumerate(ratings):
+            part = inPeriods(period, index) if len(ratings) > 1 else period
+            periods += re.sub(r"(<AdaptationSet [^>]*>\n)" if "<Rating" in rating else r"(<Period [^>]*>\n)", r"\1%s\n" % rating, part)
+        write(os.path.join(folder, name + ".mpd"), head + periods + tail)
+
+
+def inPeriods(period, index):
+    """Two seconds of it. A whole number of segments; sound and picture begin a period together nearly enough."""
+    part = period.replace('id="0" start="PT0.0S"', 'id="p%d" start="PT%d.0S" duration="PT2.0S"' % (index, 2 * index), 1)
+    return part.replace('startNumber="1"', 'startNumber="%d" presentationTimeOffset="%d"' % (1 + 2 * index, 2000000 * index))
 
 
 def makeKeys(folder):
@@ -231,5 +258,6 @@ def makeRights(root):
     for scheme in ("cenc", "cbcs"):
         makeProtected(dash, os.path.join(folder, scheme), scheme)
     write(os.path.join(dash, "one-size.mpd"), withOneSize(readText(dash, "av.mpd")))
+    makeRatedManifests(dash, folder)
     makeRotation(dash, os.path.join(folder, "rotation"))
     makeKeys(folder)

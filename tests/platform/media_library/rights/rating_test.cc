@@ -91,6 +91,21 @@ TEST_F(RatingTest, CoversWhatPlays_WhenTheProgrammeChanges) {
   EXPECT_TRUE(isBlack(plane()));
 }
 
+TEST_F(RatingTest, CoversThePictureAtOnce_WhenAnotherPeriodBegins) {
+  ASSERT_NE(mediaSetParentalLimit(12, ""), 0);
+  play("rights/rated-later.mpd");
+  m_player.wordsUntil("PLAYING");
+  EXPECT_EQ(m_player.get("PARENTAL_RATING.ITEM.0"), "6|dvb-si|3|0||");
+
+  m_player.wordsUntil("PAUSED");
+
+  EXPECT_EQ(count(m_player.words(), "ON_PARENTAL_RATING_CHANGE"), 2);
+  EXPECT_EQ(m_player.get("PARENTAL_RATING.ITEM.0"), "18|dvb-si|15|0||");
+  EXPECT_GE(m_player.number("POSITION"), 1900) << "not when it was fetched, long before";
+  EXPECT_LE(m_player.number("POSITION"), 2600);
+  EXPECT_TRUE(isBlack(plane()));
+}
+
 TEST_F(RatingTest, CoversWhatPlays_WhenTheLimitIsLowered) {
   m_player.start(SampleServer::instance().url("rights/rated-16.ts"));
   m_player.forget();
