@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Plays a URL for some seconds of wall time; its processor time is taken from outside.
-// Usage: play_seconds URL SECONDS [X|Y|WIDTH|HEIGHT|], by default with the picture at its own size on the plane.
+// Usage: play_seconds URL SECONDS [X|Y|WIDTH|HEIGHT| [KEY_ID KEY]], by default with the picture at its own size on the plane.
 #include <unistd.h>
 
 #include <cstdio>
@@ -10,7 +10,11 @@
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fprintf(stderr, "play_seconds: usage: play_seconds URL SECONDS [X|Y|WIDTH|HEIGHT|]\n");
+    std::fprintf(stderr, "play_seconds: usage: play_seconds URL SECONDS [X|Y|WIDTH|HEIGHT| [KEY_ID KEY]]\n");
+    return 2;
+  }
+  if (argc > 5 && mediaAddClearKey(argv[4], argv[5]) == 0) {
+    std::fprintf(stderr, "play_seconds: the key must be two times 32 hexadecimal digits\n");
     return 2;
   }
   const unsigned long handle = openPlayer(1);

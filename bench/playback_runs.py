@@ -13,6 +13,8 @@ import subprocess
 import sys
 import time
 
+SAMPLE_KEY = "00112233445566778899aabbccddee01:a0a1a2a3a4a5a6a7a8a9aaabacadae01"
+OWN_SIZE = "320|180|640|360|"
 SILENT = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
 
 
@@ -105,6 +107,15 @@ def main():
     baseline = used["gst-launch-1.0, decoding only"]
     for side, value in used.items():
         print(f"processor time of 10 s of play, MP4 640x360: {side} {value:.2f} s ({value / baseline:.2f} of decoding only)")
+
+    # Both from segments of one size, so that both sides show the same pictures.
+    keys = SAMPLE_KEY.split(":")
+    sides = {"clear": ([plane_seconds, f"{base}/short/dash/one-size.mpd", "4", OWN_SIZE],)}
+    for scheme in ("cenc", "cbcs"):
+        sides[scheme] = ([plane_seconds, f"{base}/rights/{scheme}/one-size.mpd", "4", OWN_SIZE, *keys],)
+    used = in_turns(sides, processor_seconds_of, max(5, runs))
+    for side, value in used.items():
+        print(f"processor time of 4 s of play, DASH 640x360, {side}: {value:.3f} s ({value / used['clear']:.3f} of clear)")
 
 
 if __name__ == "__main__":
