@@ -73,13 +73,19 @@ std::optional<KeyId> keyIdOf(const GstStructure& info) {
   return id;
 }
 
+std::size_t bigEndian(const std::uint8_t* bytes, std::size_t count) {
+  std::size_t value = 0;
+  for (std::size_t i = 0; i < count; ++i) value = value << 8U | bytes[i];
+  return value;
+}
+
 std::vector<Subsample> subsamplesOf(const GstStructure& info) {
   const std::vector<std::uint8_t> table = bytesOf(info, "subsamples");
   const std::size_t count = std::min<std::size_t>(numberOf(info, "subsample_count"), table.size() / kSubsampleEntry);
   std::vector<Subsample> parts(count);
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint8_t* const entry = table.data() + i * kSubsampleEntry;
-    parts[i] = {GST_READ_UINT16_BE(entry), GST_READ_UINT32_BE(entry + 2)};
+    parts[i] = {bigEndian(entry, 2), bigEndian(entry + 2, 4)};
   }
   return parts;
 }
