@@ -30,6 +30,7 @@ struct Decryptor {
   GstCaps* clearCaps = nullptr;        ///< a reference
   std::unique_ptr<KeyTrial> trial;     ///< while it is not known whether the key fits
   std::vector<GstBuffer*> held;        ///< decrypted, kept back until then: nobody sees what a wrong key makes; references
+  bool condemned = false;              ///< the key does not fit: nothing more goes on, whatever a demuxer still has to push
   std::atomic<bool> cancelled{false};  ///< flushing, or going down
 
   ~Decryptor() {
@@ -119,16 +120,19 @@ bool takeKey(Decryptor& state, const KeyId& id) {
 
 /// @return false when the key does not fit, which has been reported then.
 bool passesTrial(Decryptor& state, GstBuffer* buffer) {
-  const bool canBeTried = !state.held.empty() || !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
+  if (state.condemned) return false;
+  const bool isDelta = GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
+  const bool canBeTried = state.trial != nullptr && (state.trial->hasBegun() || !isDelta);
   GstMapInfo map;
-  if (state.trial == nullptr || !canBeTried || !gst_buffer_map(buffer, &map, GST_MAP_READ)) return true;
+  if (!canBeTried || !gst_buffer_map(buffer, &map, GST_MAP_READ)) return true;
   const KeyTrial::Verdict verdict = state.trial->take(map.data, map.size);
   gst_buffer_unmap(buffer, &map);
   if (verdict == KeyTrial::Verdict::Undecided) return true;
   state.trial.reset();
   if (verdict == KeyTrial::Verdict::Fits) state.keys->noteFits(*state.keyId);
-  if (verdict == KeyTrial::Verdict::Wrong) state.keys->report(KeyFault::Wrong, *state.keyId);
-  return verdict == KeyTrial::Verdict::Fits;
+  state.condemned = verdict == KeyTrial::Verdict::Wrong;
+  if (state.condemned) state.keys->report(KeyFault::Wrong, *state.keyId);
+  return !state.condemned;
 }
 
 bool decryptBuffer(Decryptor& state, GstBuffer* buffer, const SampleProtection& protection) {
@@ -217,11 +221,18 @@ GstFlowReturn refuse(GstBuffer* buffer, const Decryptor& state) {
   return state.cancelled ? GST_FLOW_FLUSHING : GST_FLOW_ERROR;
 }
 
+/// In its place among those that are kept back.
+GstFlowReturn passClear(AvcClearKey* element, GstBuffer* buffer) {
+  if (element->state->held.empty()) return gst_pad_push(element->source, buffer);
+  element->state->held.push_back(buffer);
+  return GST_FLOW_OK;
+}
+
 GstFlowReturn decryptAndPush(GstPad*, GstObject* parent, GstBuffer* buffer) {
   using namespace mediamgmnt;
   Decryptor& state = *self(parent)->state;
   const auto* const meta = gst_buffer_get_protection_meta(buffer);
-  if (meta == nullptr || !isEncrypted(*meta->info)) return gst_pad_push(self(parent)->source, buffer);
+  if (meta == nullptr || !isEncrypted(*meta->info)) return passClear(self(parent), buffer);
   const std::optional<KeyId> id = keyIdOf(*meta->info);
   if (!id || !takeKey(state, *id)) return refuse(buffer, state);
   const SampleProtection protection = protectionOf(*meta->info, state.scheme);
@@ -253,6 +264,7 @@ void cancel(Decryptor& state) {
 void restart(Decryptor& state) {
   state.drop();
   state.keyId.reset();
+  state.condemned = false;
   state.cancelled = false;
 }
 

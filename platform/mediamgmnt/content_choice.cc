@@ -48,8 +48,13 @@ std::string bareType(std::string_view mimeType) {
 
 bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
+bool isDownload(const DescriptorUrl& url) {
+  const std::string type = lowerCase(url.transferType);
+  return type == "playable_download" || type == "full_download";
+}
+
 bool isPlayable(const DescriptorUrl& url) {
-  if (!url.transferType.empty() && lowerCase(url.transferType) == "playable_download") return false;
+  if (isDownload(url)) return false;
   const std::string type = bareType(url.mimeType);
   return !url.url.empty() &&
          (type.empty() || std::find(kPlayableTypes.begin(), kPlayableTypes.end(), type) != kPlayableTypes.end());

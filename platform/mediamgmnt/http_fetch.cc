@@ -3,10 +3,12 @@
 
 #include <libsoup/soup.h>
 
+#include <array>
 #include <mutex>
 #include <utility>
 #include <vector>
 
+#include "platform/mediamgmnt/library_start.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 
 namespace mediamgmnt {
@@ -61,6 +63,18 @@ class ThreadContext {
 
 }  // namespace
 
+void prepareFetching() {
+  const ThreadContext context;
+  const std::array types = {
+      SOUP_TYPE_MESSAGE,      G_TYPE_SOCKET,       G_TYPE_SOCKET_CLIENT,       G_TYPE_SOCKET_CONNECTION, G_TYPE_TCP_CONNECTION,
+      G_TYPE_NETWORK_ADDRESS, G_TYPE_INET_ADDRESS, G_TYPE_INET_SOCKET_ADDRESS, G_TYPE_CANCELLABLE,       G_TYPE_TASK};
+  for (const GType type : types) g_type_class_unref(g_type_class_ref(type));
+  g_tls_backend_get_default();
+  g_proxy_resolver_get_default();
+  g_object_unref(g_resolver_get_default());
+  g_object_unref(soup_session_new());
+}
+
 /// Shared by the owner and the transfer's thread; whoever ends last frees it.
 class HttpFetch::Transfer {
  public:
@@ -76,7 +90,8 @@ class HttpFetch::Transfer {
   }
 
   void run(const std::shared_ptr<Transfer>& self) {
-    FetchReply reply = fetch();
+    FetchReply reply =
+        waitForLibraryStart() ? fetch() : failed(Failure::InsufficientResources, "the media library has not started");
     std::lock_guard lock(m_mutex);
     if (m_loop == nullptr) return;
     m_loop->post([self, reply = std::move(reply)] {

@@ -12,6 +12,11 @@
 
 namespace mediamgmnt {
 
+/// Registers the HTTP library's types and sets up their classes. GLib locks itself up when two threads do that at once, one setting
+/// up a class that needs a type which the other is registering: so it is done before there are others. Thread: the one that starts
+/// the library.
+void prepareFetching();
+
 struct FetchRequest {
   std::string url;
   std::string userAgent;  ///< empty: the HTTP library's own
@@ -26,7 +31,8 @@ struct FetchReply {
   std::string body;
 };
 
-/// One transfer, on a thread of its own that ends with it, made with GNOME's HTTP library as the media's requests are.
+/// One transfer, on a thread of its own that ends with it, made with GNOME's HTTP library as the media's requests are. It begins
+/// once the library has started.
 ///
 /// Threads: construction and destruction on the thread of the loop, on which @p done is called once, never after destruction.
 /// Destruction cancels and does not wait.

@@ -177,7 +177,7 @@ std::unique_ptr<KeyTrial> KeyTrial::begin(const GstCaps* caps) {
 }
 
 KeyTrial::Verdict KeyTrial::take(const std::uint8_t* sample, std::size_t size) {
-  const bool isFirst = m_good + m_bad == 0;
+  const bool isFirst = !hasBegun();
   const bool isGood = m_decoder->decodes(sample, size);
   ++(isGood ? m_good : m_bad);
   m_bytes += size;

@@ -24,6 +24,8 @@ class KeyTrial {
   KeyTrial& operator=(const KeyTrial&) = delete;
   ~KeyTrial();
 
+  /// Whether a sample has been taken.
+  bool hasBegun() const { return m_good + m_bad > 0; }
   /// Samples in order, from one on that can be decoded by itself.
   Verdict take(const std::uint8_t* sample, std::size_t size);
 

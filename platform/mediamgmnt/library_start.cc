@@ -11,6 +11,7 @@
 
 #include "platform/mediamgmnt/clear_key_decryptor.h"
 #include "platform/mediamgmnt/foreign_elements.h"
+#include "platform/mediamgmnt/http_fetch.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 #include "platform/mediamgmnt/ttml_passthrough.h"
 
@@ -48,8 +49,11 @@ void loadElement(const char* name) {
 void startLibrary() {
   const bool started =
       gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough() && registerClearKeyDecryptor();
-  if (started) gst_mpegts_initialize();
-  if (started) keepForeignElementsOut();
+  if (started) {
+    gst_mpegts_initialize();
+    keepForeignElementsOut();
+    prepareFetching();
+  }
   libraryStart().started.set_value(started);
   if (!started) return;
   for (const char* const name : kElementsToLoad) {

@@ -203,6 +203,27 @@ class RunnerTest(unittest.TestCase):
         for word in ("connecting", "buffering", "playing", "paused", "speed 2", "speed -2", "finished", "stopped"):
             self.assertIn(word, result.stdout)
 
+    def runRated(self, path, *arguments):
+        return self.run_("--timeout", "30", "--parental-limit", "12", os.path.join(OPTIONS.examples, "rated", "rated.js"), "--",
+                         self.base + path, *arguments)
+
+    def test_rated_content_is_unlocked_and_plays(self):
+        result = self.runRated("rights/rated-16.cas", "application/vnd.oipf.ContentAccessStreaming+xml", "16")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        rated = [line for line in result.stdout.splitlines() if not line.startswith("playState")]
+        self.assertEqual(rated, ["rated 16 (dvb-si, DE) - blocked", "unlocked up to 16", "rated 16 (dvb-si, DE) - allowed"])
+        self.assertEqual(result.stdout.splitlines()[-1], "playState 5")
+
+    def test_rated_content_stays_blocked(self):
+        result = self.runRated("rights/rated-16.cas")
+        self.assertEqual(result.returncode, 1)
+        self.assertNotIn("playState 1", result.stdout)
+
+    def test_content_without_rights_names_them(self):
+        result = self.runRated("rights/foreign-rights.cas")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("no rights to cid:7 of urn:dvb:casystemid:19219 http://issuer.example/rights?id=7", result.stdout)
+
 
 if __name__ == "__main__":
     unittest.main(argv=[sys.argv[0], *UNITTEST_ARGUMENTS])

@@ -159,6 +159,25 @@ TEST_F(PlayerRightsTest, ReadsARating) {
   hlpDestroyAVParentalRating(rating);
 }
 
+/// What is longer was cut by the library, so its last field is not closed any more.
+TEST_F(PlayerRightsTest, ReadsARatingAsLongAsItsBuffer) {
+  const std::string rest = "|dvb-si|13|3|DE|";
+  const std::string name(4095 - rest.size(), 'n');
+  library().setProperty("PARENTAL_RATING.ITEM.0", name + rest);
+  AVParentalRating* rating = nullptr;
+
+  ASSERT_TRUE(player->getParentalRatingItem(0, rating));
+
+  ASSERT_NE(rating, nullptr);
+  EXPECT_EQ(rating->name, name);
+  EXPECT_STREQ(rating->region, "DE");
+  hlpDestroyAVParentalRating(rating);
+
+  library().setProperty("PARENTAL_RATING.ITEM.0", name + "n" + rest);
+  EXPECT_TRUE(player->getParentalRatingItem(0, rating));
+  EXPECT_EQ(rating, nullptr);
+}
+
 TEST_F(PlayerRightsTest, TakesANegativeRatingIndex) {
   library().setProperty("PARENTAL_RATING.ITEM.-1", "16|dvb-si|13|3|DE|");
   AVParentalRating* rating = nullptr;

@@ -166,6 +166,18 @@ TEST_F(ParentalRatingObjectTest, ReplacesItsRecord) {
   EXPECT_THAT(values(), ElementsAre("string:18", "string:oipf", "int:18", "int:0", "string:AT"));
 }
 
+/// Its rows are plain values: script may write to them, and the next record shows again.
+TEST_F(ParentalRatingObjectTest, ShowsItsRecord_AfterScriptWroteToTheRows) {
+  show(kRating);
+  EXPECT_TRUE(pluginhost::writeProperty(*object, "name", fixture::text("mine")));
+  EXPECT_TRUE(pluginhost::writeProperty(*object, "value", fixture::integer(99)));
+  EXPECT_THAT(values(), ElementsAre("string:mine", "string:dvb-si", "int:99", "int:3", "string:DE"));
+
+  show("18|oipf|18|0|AT|");
+
+  EXPECT_THAT(values(), ElementsAre("string:18", "string:oipf", "int:18", "int:0", "string:AT"));
+}
+
 TEST_F(ParentalRatingObjectTest, TakesTheSameRecordTwice) {
   std::string text = kRating;
   AVParentalRating* const rating = hlpCreateAVParentalRating(text.data());

@@ -197,9 +197,10 @@ TEST_F(ContentChoiceTest, TriesOneWithoutAType) { EXPECT_EQ(choose(withItem(url(
 
 TEST_F(ContentChoiceTest, SkipsEmptyAddressesAndDownloads) {
   const auto choice =
-      choose(withItem(url("", " ") + url("TransferType='playable_download'", "http://h/1") + url("", "http://h/2")));
+      choose(withItem(url("", " ") + url("TransferType='playable_download'", "http://h/1") +
+                      url("TransferType='Full_Download'", "http://h/2") + url("TransferType='Streaming'", "http://h/3")));
 
-  EXPECT_EQ(choice.url->url, "http://h/2");
+  EXPECT_EQ(choice.url->url, "http://h/3");
 }
 
 TEST_F(ContentChoiceTest, LooksIntoLaterItems) {

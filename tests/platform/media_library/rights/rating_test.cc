@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "listener.h"
 #include "platform/mediamgmnt/media_plane.h"
 #include "sample_server.h"
 #include "test_player.h"
 
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 namespace {
 
@@ -76,6 +78,28 @@ TEST_F(RatingTest, ShowsNothingOfWhatIsBlocked) {
   m_player.command("PLAY", "1.00");
   m_player.wordsUntil("PLAYING");
   EXPECT_TRUE(TestPlayer::eventually([] { return !isBlack(plane()); }));
+}
+
+TEST_F(RatingTest, IsSilent_WhileBlocked) {
+  const Listener listener;
+  ASSERT_NE(mediaSetParentalLimit(12, ""), 0);
+  play("rights/rated-16.ts");
+  m_player.wordsUntil("PLAY_SPEED_CHANGED");
+  m_player.forget();
+  m_player.command("SEEK", "500.00");
+  m_player.command("PLAY", "1.00");
+  m_player.wordsUntil("PLAY_SPEED_CHANGED");
+  m_player.wordsUntil("PLAY_POSITION_CHANGED");
+  EXPECT_THAT(listener.heard(), IsEmpty());
+
+  ASSERT_NE(mediaSetParentalLimit(16, ""), 0);
+  m_player.command("PLAY", "1.00");
+  EXPECT_TRUE(listener.hears(kEnglish));
+  m_player.forget();
+  ASSERT_NE(mediaSetParentalLimit(12, ""), 0);
+  m_player.wordsUntil("PAUSED");
+
+  EXPECT_THAT(listener.heard(), ElementsAre(kEnglish));
 }
 
 TEST_F(RatingTest, CoversWhatPlays_WhenTheProgrammeChanges) {
