@@ -30,7 +30,7 @@ struct Decryptor {
   GstCaps* clearCaps = nullptr;        ///< a reference
   std::unique_ptr<KeyTrial> trial;     ///< while it is not known whether the key fits
   std::vector<GstBuffer*> held;        ///< decrypted, kept back until then: nobody sees what a wrong key makes; references
-  bool condemned = false;              ///< the key does not fit: nothing more goes on, whatever a demuxer still has to push
+  bool condemned = false;              ///< there is no key, or it does not fit, and that is told: nothing more goes on
   std::atomic<bool> cancelled{false};  ///< flushing, or going down
 
   ~Decryptor() {
@@ -103,13 +103,18 @@ SampleProtection protectionOf(const GstStructure& info, CipherScheme scheme) {
   return protection;
 }
 
+void condemn(Decryptor& state, KeyFault fault, const KeyId& id) {
+  state.condemned = true;
+  state.keys->report(fault, id);
+}
+
 /// @return false when there is no key; that has been reported then, unless nobody wants to know.
 bool takeKey(Decryptor& state, const KeyId& id) {
+  if (state.condemned || state.keys == nullptr) return false;
   if (state.keyId == id) return true;
-  if (state.keys == nullptr) return false;
   const std::optional<ContentKey> key = state.keys->find(id, state.cancelled);
   if (!key) {
-    if (!state.cancelled) state.keys->report(KeyFault::Missing, id);
+    if (!state.cancelled) condemn(state, KeyFault::Missing, id);
     return false;
   }
   state.keyId = id;
@@ -120,7 +125,6 @@ bool takeKey(Decryptor& state, const KeyId& id) {
 
 /// @return false when the key does not fit, which has been reported then.
 bool passesTrial(Decryptor& state, GstBuffer* buffer) {
-  if (state.condemned) return false;
   const bool isDelta = GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
   const bool canBeTried = state.trial != nullptr && (state.trial->hasBegun() || !isDelta);
   GstMapInfo map;
@@ -130,8 +134,7 @@ bool passesTrial(Decryptor& state, GstBuffer* buffer) {
   if (verdict == KeyTrial::Verdict::Undecided) return true;
   state.trial.reset();
   if (verdict == KeyTrial::Verdict::Fits) state.keys->noteFits(*state.keyId);
-  state.condemned = verdict == KeyTrial::Verdict::Wrong;
-  if (state.condemned) state.keys->report(KeyFault::Wrong, *state.keyId);
+  if (verdict == KeyTrial::Verdict::Wrong) condemn(state, KeyFault::Wrong, *state.keyId);
   return !state.condemned;
 }
 
@@ -216,9 +219,12 @@ GstFlowReturn release(AvcClearKey* element) {
   return result;
 }
 
+/// What is condemned is dropped without an error: the source is about to be closed for it, and decodebin3 of GStreamer 1.22 now and
+/// then crashes when it is closed right after the flow of a stream that it was still setting up has failed.
 GstFlowReturn refuse(GstBuffer* buffer, const Decryptor& state) {
   gst_buffer_unref(buffer);
-  return state.cancelled ? GST_FLOW_FLUSHING : GST_FLOW_ERROR;
+  if (state.cancelled) return GST_FLOW_FLUSHING;
+  return state.condemned ? GST_FLOW_OK : GST_FLOW_ERROR;
 }
 
 /// In its place among those that are kept back.
