@@ -26,6 +26,7 @@ Pipeline::~Pipeline() {
     std::lock_guard lock(m_steeringMutex);
     m_closing = true;
   }
+  letFetchingBegin();
   gst_element_set_state(m_pipeline, GST_STATE_NULL);
   GstBus* const bus = gst_element_get_bus(m_pipeline);
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);

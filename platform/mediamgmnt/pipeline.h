@@ -191,6 +191,8 @@ class Pipeline {
   void watchManifest(GstElement* adaptiveDemux);
   void noteTrackOfPeriod(const char* name);
   void readManifest();
+  void noteAdaptiveDemux(GstElement* demuxer);
+  void letFetchingBegin();
   void takeCollection(GstMessage* message);
   void takeSection(GstMessage* message);
   void keepCollectionLocked(GstStreamCollection* collection);
@@ -242,6 +244,8 @@ class Pipeline {
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};
   std::atomic<std::int64_t> m_lastFetchUs{0};
+  std::atomic<std::int64_t> m_demuxerMadeUs{0};
+  std::atomic<bool> m_ending{false};
   std::atomic<guint32> m_flushOfSeek{GST_SEQNUM_INVALID};
   /// Held while something is sought or selected: the demuxer waits for both in each other's places.
   std::mutex m_steeringMutex;

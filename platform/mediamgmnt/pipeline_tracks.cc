@@ -15,6 +15,8 @@ namespace {
 constexpr std::size_t kLargestManifest = 32U << 20U;
 constexpr int kTakeUpNaps = 12;
 constexpr gulong kTakeUpNapUs = 1000;
+constexpr int kBeginNaps = 30;
+constexpr std::int64_t kRecentDemuxerUs = 1'000'000;
 
 bool isAdaptiveDemux(GstObject* object) {
   if (object == nullptr || !GST_IS_ELEMENT(object)) return false;
@@ -183,6 +185,20 @@ void Pipeline::tellPresented() {
     presented = std::exchange(m_presented, {});
   }
   for (const Presented& each : presented) m_listener.onPresented(each.kind, each.stream, each.decoded);
+}
+
+/// The adaptive demuxers of GStreamer 1.22 start a thread that fetches, and wait for its end for ever when they are told to stop
+/// before it has begun. So either they are not started any more, or that thread gets time to begin: in naps, which last longer on a
+/// busy machine, as its start does.
+void Pipeline::noteAdaptiveDemux(GstElement* demuxer) {
+  m_demuxerMadeUs = g_get_monotonic_time();
+  if (m_ending) gst_element_set_locked_state(demuxer, TRUE);
+}
+
+void Pipeline::letFetchingBegin() {
+  m_ending = true;
+  const bool isRecent = m_demuxerMadeUs != 0 && g_get_monotonic_time() - m_demuxerMadeUs < kRecentDemuxerUs;
+  for (int nap = 0; isRecent && m_lastFetchUs == 0 && nap < kBeginNaps; ++nap) g_usleep(kTakeUpNapUs);
 }
 
 /// GStreamer drops most of what a manifest says about its tracks.
