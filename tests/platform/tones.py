@@ -14,7 +14,7 @@ import wave
 TONES = (220, 440, 880)
 BLOCK_S = 0.01
 SHORT_S = 0.05  # a shorter stretch of sound is the seam between two
-QUIET_S = 0.1  # a shorter silence is one, too
+QUIET_S = 0.3  # a shorter silence is one, too, or a busy machine was late
 QUIET = 100
 
 
