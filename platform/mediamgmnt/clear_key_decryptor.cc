@@ -103,8 +103,11 @@ SampleProtection protectionOf(const GstStructure& info, CipherScheme scheme) {
   return protection;
 }
 
+/// What is kept back goes nowhere: let through with the next event, it reaches outputs that are not set up, which GStreamer 1.22
+/// crashes over.
 void condemn(Decryptor& state, KeyFault fault, const KeyId& id) {
   state.condemned = true;
+  state.drop();
   state.keys->report(fault, id);
 }
 
@@ -219,8 +222,8 @@ GstFlowReturn release(AvcClearKey* element) {
   return result;
 }
 
-/// What is condemned is dropped without an error: the source is about to be closed for it, and decodebin3 of GStreamer 1.22 now and
-/// then crashes when it is closed right after the flow of a stream that it was still setting up has failed.
+/// What is condemned is dropped without an error: the source is about to be closed for it, and a flow that fails besides would only
+/// race with that.
 GstFlowReturn refuse(GstBuffer* buffer, const Decryptor& state) {
   gst_buffer_unref(buffer);
   if (state.cancelled) return GST_FLOW_FLUSHING;
@@ -276,7 +279,8 @@ void restart(Decryptor& state) {
 
 gboolean handleEvent(GstPad* pad, GstObject* parent, GstEvent* event) {
   AvcClearKey* const element = self(parent);
-  if (GST_EVENT_IS_SERIALIZED(event) && GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_STOP) release(element);
+  const bool isInOrder = GST_EVENT_IS_SERIALIZED(event) && GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_STOP;
+  if (isInOrder && !element->state->cancelled) release(element);
   switch (GST_EVENT_TYPE(event)) {
     case GST_EVENT_CAPS: return passCaps(element, event);
     case GST_EVENT_FLUSH_START: cancel(*element->state); break;
