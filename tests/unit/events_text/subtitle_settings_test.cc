@@ -49,6 +49,12 @@ TEST_F(SubtitleSettingsTest, AreForwarded_WithAnEmptyText) {
   EXPECT_THAT(drainEvents(), ElementsAre("onSubtitleSettingsChanged(int:1, string:)"));
 }
 
+TEST_F(SubtitleSettingsTest, TextMayLackItsLastByte) {
+  deliver(settings(1, std::string(63, 't') + "u", 63));
+
+  EXPECT_THAT(drainEvents(), ElementsAre("onSubtitleSettingsChanged(int:1, string:" + std::string(63, 't') + ")"));
+}
+
 TEST_F(SubtitleSettingsTest, TextIsNeverReadPastTheRecord) {
   const std::string whole(64, 't');
 

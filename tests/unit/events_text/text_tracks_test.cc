@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -106,6 +107,24 @@ TEST_F(TextTrackTest, ForwardsANullTextAsNull) {
   EXPECT_THAT(events(plugin), ElementsAre("onSubtitleFontFamily(string:(null), string:font)"));
 }
 
+/// The host reads no text of a negative length.
+TEST_F(TextTrackTest, ForwardsANegativeLengthAsNoText) {
+  _TextTrackText data{"<tt/>", -1};
+
+  EXPECT_EQ(deliver(TTML_SUBTITLE, &data), "received command TTML_SUBTITLE");
+
+  EXPECT_THAT(events(plugin), ElementsAre("onInBandSubtitleData(string:)"));
+}
+
+TEST_F(TextTrackTest, ForwardsALargeDocument) {
+  const std::string document = "<tt>" + std::string(1 << 20, 'x') + "</tt>";
+  _TextTrackText data{document.data(), static_cast<int>(document.size())};
+
+  deliver(TTML_SUBTITLE, &data);
+
+  EXPECT_EQ(drainEvents(), std::vector<std::string>{"onInBandSubtitleData(string:" + document + ")"});
+}
+
 TEST_F(TextTrackTest, ForwardsSignals) {
   EXPECT_EQ(deliver(TTML_SUBTITLE_SHOW), "received command TTML_SUBTITLE_SHOW");
   EXPECT_EQ(deliver(TTML_SUBTITLE_HIDE), "received command TTML_SUBTITLE_HIDE");
@@ -148,6 +167,35 @@ TEST_F(TextTrackTest, RaisesNothing_AfterTheElementIsGone) {
 
   EXPECT_EQ(GetCapturedStderr(), "");
   EXPECT_THAT(log().entries(), IsEmpty());
+}
+
+/// Material, settings and status words come on threads of their own while the object goes: nothing waits, nothing is touched later.
+TEST_F(TextTrackTest, MayComeOnSeveralThreads_WhileTheElementGoes) {
+  constexpr int kRounds = 20;
+  for (int round = 0; round < kRounds; ++round) {
+    TestPlugin short_lived = makePlugin();
+    const unsigned long handle = short_lived.handle;
+    std::atomic<bool> gone{false};
+    std::atomic<int> begun{0};
+    const auto repeat = [&](const auto& call) {
+      ++begun;
+      while (!gone) call();
+    };
+    std::string text = "<tt/>";
+    _TextTrackText document{text.data(), static_cast<int>(text.size())};
+    CaptureStderr();
+    std::thread tracks([&] { repeat([&] { library().invokeTextTrack(handle, TTML_SUBTITLE, &document); }); });
+    std::thread settings([&] { repeat([&] { library().invokeSettings(handle, {1, "eng", 3}); }); });
+    std::thread words([&] { repeat([&] { library().invoke(handle, "PLAYING"); }); });
+    while (begun < 3) std::this_thread::yield();
+    destroy(short_lived);
+    gone = true;
+    tracks.join();
+    settings.join();
+    words.join();
+    const std::string traced = GetCapturedStderr();
+    EXPECT_EQ(traced.size() % std::string("received command TTML_SUBTITLE").size(), 0U) << "no trace is torn";
+  }
 }
 
 TEST_F(TextTrackTest, ReachesTheElementOfItsHandle) {
