@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/mediamgmnt/subtitle_fonts.h"
+
 namespace mediamgmnt {
 
 /// The numbers are the component types of the commands.
@@ -29,8 +31,10 @@ struct Component {
   bool hearingImpaired = false;
   int channels = 0;
   double aspectRatio = 0;
-  bool isMain = false;     ///< the source marks it as the one to begin with
-  std::string generation;  ///< of the list that it is in: "" in a source's first
+  SubtitleFonts fonts;       ///< offered for its documents
+  std::string documentBase;  ///< what addresses in its documents are relative to
+  bool isMain = false;       ///< the source marks it as the one to begin with
+  std::string generation;    ///< of the list that it is in: "" in a source's first
 };
 
 using ComponentList = std::vector<Component>;

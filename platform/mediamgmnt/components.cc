@@ -331,6 +331,11 @@ bool Components::isSwitchDue() const {
   });
 }
 
+std::optional<Component> Components::presentedTrack(ComponentKind kind) const {
+  std::lock_guard lock(m_mutex);
+  return of(kind).presented;
+}
+
 const void* Components::presented(ComponentKind kind) const {
   std::lock_guard lock(m_mutex);
   return of(kind).presented ? of(kind).presented->stream : nullptr;

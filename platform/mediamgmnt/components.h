@@ -84,6 +84,7 @@ class Components {
   /// Something of the present list is presented, and something else of it is to be.
   bool isSwitchDue() const;
   const void* presented(ComponentKind kind) const;
+  std::optional<Component> presentedTrack(ComponentKind kind) const;
 
  private:
   enum class Wanted { Initial, Default, Nothing, Track, Index };

@@ -15,6 +15,7 @@ constexpr std::size_t kLargestManifest = 32U << 20U;
 
 constexpr std::string_view kRoleScheme = "urn:mpeg:dash:role:2011";
 constexpr std::string_view kAudioPurposeScheme = "urn:tva:metadata:cs:AudioPurposeCS:2007";
+constexpr std::string_view kFontScheme = "urn:dvb:dash:fontdownload:2014";
 constexpr std::string_view kVisuallyImpaired = "1";
 constexpr std::string_view kHardOfHearing = "2";
 
@@ -74,6 +75,18 @@ std::vector<DashLabel> labelsOf(const xmlNode* node) {
   return found;
 }
 
+std::vector<DashFont> fontsOf(const xmlNode* node) {
+  std::vector<DashFont> found;
+  for (const char* const name : {"EssentialProperty", "SupplementalProperty"}) {
+    forEachChild(node, name, [&](const xmlNode* each) {
+      if (attribute(each, "schemeIdUri") != kFontScheme) return;
+      const DashFont font{attribute(each, "fontFamily"), attribute(each, "url")};
+      if (!font.family.empty() && !font.url.empty()) found.push_back(font);
+    });
+  }
+  return found;
+}
+
 DashRepresentation readRepresentation(const xmlNode* node) {
   DashRepresentation representation;
   representation.id = attribute(node, "id");
@@ -97,6 +110,7 @@ void readDescriptors(const xmlNode* node, DashAdaptationSet& set) {
   set.supplementalProperties = descriptors(node, "SupplementalProperty");
   set.essentialProperties = descriptors(node, "EssentialProperty");
   set.labels = labelsOf(node);
+  set.fonts = fontsOf(node);
   set.protections = protectionsOf(node);
 }
 

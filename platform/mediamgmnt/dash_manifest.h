@@ -25,6 +25,12 @@ struct DashProtection {
   std::string pssh;        ///< base64, as written
 };
 
+/// A font that the text's receiver may fetch.
+struct DashFont {
+  std::string family;
+  std::string url;  ///< as written, not resolved
+};
+
 struct DashLabel {
   std::string language;
   std::string text;
@@ -59,6 +65,7 @@ struct DashAdaptationSet {
   std::vector<DashDescriptor> supplementalProperties;
   std::vector<DashDescriptor> essentialProperties;
   std::vector<DashLabel> labels;
+  std::vector<DashFont> fonts;
   std::vector<DashProtection> protections;
   std::vector<DashRepresentation> representations;
 

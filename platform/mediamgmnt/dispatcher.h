@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The one way out of the library: status words of one player, delivered one after another on a thread of their own.
+// The one way out of the library: what one player says, delivered one thing after another on a thread of its own.
 #pragma once
 
 #include <atomic>
@@ -7,13 +7,26 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
+#include <string>
+#include <variant>
 
 #include "host/mediamgmnt.h"
 
 namespace mediamgmnt {
 
-/// Delivers words in the order in which they were queued, never with a lock held.
+/// A text that may be large, or still be delivered while its owner goes on.
+using SharedText = std::shared_ptr<const std::string>;
+
+/// A notification of the text-track callback, with as many texts as its type has.
+struct TextTrackNotice {
+  _TextTrackEventType type;
+  SharedText first;
+  SharedText second;
+};
+
+/// Delivers words, text tracks and settings in the order in which they were queued, never with a lock held.
 ///
 /// Threads: run() on the dispatcher thread, all else any.
 /// Teardown: after close() has returned no new callback starts; one that runs is not waited for.
@@ -29,9 +42,12 @@ class Dispatcher {
   void setMessageCallback(MediaMessageCallback callback);
   void setTextTrackCallback(MediaTextTrackCallback callback);
   void setSettingsCallback(MediaSubtitleSettingsCallback callback);
+  bool hasSettingsCallback() const { return m_settings != nullptr; }
 
   /// @p word is one of the constants of status::, it is not copied.
   void enqueue(const char* word);
+  void enqueue(TextTrackNotice notice);
+  void enqueue(const _SubtitleSettingsParams& settings);
 
   /// Runs @p alarm on the dispatcher thread at @p when, between two words.
   void enqueueAlarm(Clock::time_point when, Alarm alarm);
@@ -45,8 +61,13 @@ class Dispatcher {
     Alarm alarm;
   };
 
-  bool takeNext(const char*& word, Alarm& alarm);
+  using Delivery = std::variant<const char*, TextTrackNotice, _SubtitleSettingsParams>;
+
+  void push(Delivery delivery);
+  bool takeNext(Delivery& next, Alarm& alarm);
   void deliver(const char* word) const;
+  void deliver(const TextTrackNotice& notice) const;
+  void deliver(const _SubtitleSettingsParams& settings) const;
 
   const unsigned long m_handle;
   std::atomic<MediaMessageCallback> m_message{nullptr};
@@ -54,7 +75,7 @@ class Dispatcher {
   std::atomic<MediaSubtitleSettingsCallback> m_settings{nullptr};
   std::mutex m_mutex;
   std::condition_variable m_wake;
-  std::deque<const char*> m_words;  // guarded by m_mutex
+  std::deque<Delivery> m_queue;     // guarded by m_mutex
   std::deque<TimedAlarm> m_alarms;  // guarded by m_mutex; all have the same delay, so the first is the next
   bool m_closed = false;            // guarded by m_mutex
 };

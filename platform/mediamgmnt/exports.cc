@@ -15,9 +15,11 @@
 #include "platform/mediamgmnt/media_plane.h"
 #include "platform/mediamgmnt/media_sound.h"
 #include "platform/mediamgmnt/parental_limit.h"
+#include "platform/mediamgmnt/media_subtitles.h"
 #include "platform/mediamgmnt/player_core.h"
 #include "platform/mediamgmnt/player_registry.h"
 #include "platform/mediamgmnt/preferences.h"
+#include "platform/mediamgmnt/subtitle_settings.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 
 namespace {
@@ -111,7 +113,7 @@ int registerTextTrackCallback(unsigned long handle, MediaTextTrackCallback callb
 
 int registerSubtitleSettingsChangedCallback(unsigned long handle, MediaSubtitleSettingsCallback callback) {
   return withPlayer(handle, [=](PlayerCore& player) {
-    player.dispatcher().setSettingsCallback(callback);
+    mediamgmnt::SubtitleSettings::instance().follow(player, callback);
     return true;
   });
 }
@@ -142,6 +144,16 @@ int mediaPreferLanguages(int componentType, const char* languages) {
   if (languages == nullptr || (!audio && !subtitle)) return 0;
   try {
     mediamgmnt::Preferences::instance().setLanguages(audio ? ComponentKind::Audio : ComponentKind::Subtitle, languages);
+    return 1;
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+int mediaChangeSubtitleSettings(const _SubtitleSettingsParams* settings) {
+  if (settings == nullptr) return 0;
+  try {
+    mediamgmnt::SubtitleSettings::instance().change(*settings);
     return 1;
   } catch (const std::exception&) {
     return 0;

@@ -14,6 +14,7 @@
 #include "platform/mediamgmnt/http_fetch.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 #include "platform/mediamgmnt/ttml_passthrough.h"
+#include "platform/mediamgmnt/webvtt_element.h"
 
 namespace mediamgmnt {
 namespace {
@@ -48,7 +49,8 @@ void loadElement(const char* name) {
 
 void startLibrary() {
   const bool started =
-      gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough() && registerClearKeyDecryptor();
+      gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough() && registerWebVttElement() &&
+                       registerClearKeyDecryptor();
   if (started) {
     gst_mpegts_initialize();
     keepForeignElementsOut();

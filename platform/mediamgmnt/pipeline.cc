@@ -14,8 +14,15 @@ std::int64_t known(gboolean answered, gint64 value) { return answered && value >
 }  // namespace
 
 Pipeline::Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, Components& components,
-                   SourceSettings settings)
-    : m_loop(loop), m_listener(listener), m_surface(surface), m_components(components), m_settings(std::move(settings)) {}
+                   SubtitleFeed& subtitles, SourceSettings settings)
+    : m_loop(loop),
+      m_listener(listener),
+      m_surface(surface),
+      m_components(components),
+      m_subtitles(subtitles),
+      m_settings(std::move(settings)) {
+  m_facts.url = m_settings.url;
+}
 
 Pipeline::~Pipeline() {
   if (m_pipeline == nullptr) return;
@@ -27,6 +34,7 @@ Pipeline::~Pipeline() {
     m_closing = true;
   }
   letFetchingBegin();
+  if (m_textHeld) gst_element_set_locked_state(m_outputs[indexOf(Kind::Subtitle)].sink, FALSE);
   gst_element_set_state(m_pipeline, GST_STATE_NULL);
   GstBus* const bus = gst_element_get_bus(m_pipeline);
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
@@ -66,6 +74,7 @@ bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   m_prerollReported = false;
   limitStore(true);
+  holdText();
   {
     std::lock_guard lock(m_trackMutex);
     m_soughtSeconds = static_cast<double>(target) / 1e9;

@@ -25,6 +25,7 @@
 #include "platform/mediamgmnt/rating.h"
 #include "platform/mediamgmnt/stream_reader.h"
 #include "platform/mediamgmnt/stream_report.h"
+#include "platform/mediamgmnt/subtitle_feed.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
 
@@ -65,15 +66,15 @@ class PipelineListener {
 /// uridecodebin3 with one video, one audio and one text output.
 ///
 /// Threads: all functions on the control thread, which is also where the listener is called. GStreamer's streaming threads come in
-/// through the static functions; they touch only the atomics, the surface, the components and what the two mutexes guard.
-/// Ownership: borrows loop, listener, surface and components; all outlive it. Destruction stops the pipeline and waits for its
-/// streaming threads; the listener hears nothing afterwards.
+/// through the static functions; they touch only the atomics, the surface, the components, the subtitles and what the two mutexes
+/// guard. Ownership: borrows loop, listener, surface, components and subtitles; all outlive it. Destruction stops the pipeline and
+/// waits for its streaming threads; the listener hears nothing afterwards.
 class Pipeline {
  public:
   static constexpr std::int64_t kUnknown = -1;
 
   Pipeline(TaskLoop& loop, PipelineListener& listener, media::VideoSurface& surface, Components& components,
-           SourceSettings settings);
+           SubtitleFeed& subtitles, SourceSettings settings);
   ~Pipeline();
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
@@ -153,6 +154,7 @@ class Pipeline {
   static GstPadProbeReturn onSourceEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn onPreroll(GstAppSink* sink, gpointer self);
   static GstFlowReturn onSample(GstAppSink* sink, gpointer self);
+  static GstFlowReturn onTextPreroll(GstAppSink* sink, gpointer self);
   static GstFlowReturn onTextSample(GstAppSink* sink, gpointer self);
   static GstBusSyncReply onBusMessage(GstBus* bus, GstMessage* message, gpointer self);
 
@@ -162,6 +164,9 @@ class Pipeline {
   void paint(GstSample* sample);
   GstElement* makeVideoSink();
   GstElement* makeTextSink();
+  void feedText(GstSample* sample);
+  void holdText();
+  void releaseText();
   void discard(GstPad* pad);
   void watchTypeFinding(GstElement* typefind);
   static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
@@ -228,6 +233,7 @@ class Pipeline {
   PipelineListener& m_listener;
   media::VideoSurface& m_surface;
   Components& m_components;
+  SubtitleFeed& m_subtitles;
   const SourceSettings m_settings;
   const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< queued messages hold it weakly
 
@@ -286,6 +292,7 @@ class Pipeline {
   bool m_answered = false;
   bool m_prerollReported = false;
   bool m_storeBounded = true;
+  bool m_textHeld = false;
 };
 
 }  // namespace mediamgmnt

@@ -146,6 +146,7 @@ void Pipeline::handleStateChange(GstMessage* message) {
   GstState pending = GST_STATE_NULL;
   gst_message_parse_state_changed(message, nullptr, &reached, &pending);
   if (reached != GST_STATE_PLAYING || pending != GST_STATE_VOID_PENDING) return;
+  releaseText();
   reportPreroll();  // a seek while playing may have been between two states when its end was told
   m_listener.onPlayingReached();
 }

@@ -93,17 +93,6 @@ GstElement* Pipeline::makeVideoSink() {
   return sink;
 }
 
-GstElement* Pipeline::makeTextSink() {
-  GstElement* const sink = gst_element_factory_make("appsink", nullptr);
-  if (sink == nullptr) return nullptr;
-  // Text comes rarely: nothing may wait for the first one.
-  g_object_set(sink, "async", FALSE, "max-buffers", 8, "drop", TRUE, "enable-last-sample", FALSE, nullptr);
-  GstAppSinkCallbacks callbacks{};
-  callbacks.new_sample = &Pipeline::onTextSample;
-  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
-  return sink;
-}
-
 /// An output without a receiver would stop its whole source.
 void Pipeline::discard(GstPad* pad) {
   GstElement* const sink = gst_element_factory_make("fakesink", nullptr);
@@ -133,13 +122,6 @@ GstFlowReturn Pipeline::onSample(GstAppSink* sink, gpointer self) {
   if (sample == nullptr) return GST_FLOW_OK;
   static_cast<Pipeline*>(self)->paint(sample);
   gst_sample_unref(sample);
-  return GST_FLOW_OK;
-}
-
-/// Text tracks have no receiver: their samples are taken so that the stream flows on.
-GstFlowReturn Pipeline::onTextSample(GstAppSink* sink, gpointer) {
-  GstSample* const sample = gst_app_sink_pull_sample(sink);
-  if (sample != nullptr) gst_sample_unref(sample);
   return GST_FLOW_OK;
 }
 

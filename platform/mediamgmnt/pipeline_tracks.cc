@@ -143,7 +143,8 @@ void Pipeline::watchOutput(Kind kind, GstElement* queue) {
   arrival.pipeline = this;
   arrival.kind = kind;
   GstPad* const pad = gst_element_get_static_pad(queue, "src");
-  const auto what = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_BUFFER);
+  const auto what = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH |
+                                                 GST_PAD_PROBE_TYPE_BUFFER);
   gst_pad_add_probe(pad, what, &Pipeline::onOutputData, &arrival, nullptr);
   gst_object_unref(pad);
 }
@@ -155,6 +156,10 @@ GstPadProbeReturn Pipeline::onOutputData(GstPad* pad, GstPadProbeInfo* info, gpo
     return GST_PAD_PROBE_OK;
   }
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
+  const bool isText = arrival.kind == Kind::Subtitle;
+  // A sink that rests would take a gap for what it shows, and the document behind it would wait.
+  if (isText && GST_EVENT_TYPE(event) == GST_EVENT_GAP) return GST_PAD_PROBE_DROP;
+  if (isText && GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_STOP) arrival.pipeline->m_subtitles.flushed();
   if (GST_EVENT_TYPE(event) != GST_EVENT_STREAM_START) return GST_PAD_PROBE_OK;
   GstStream* stream = nullptr;
   gst_event_parse_stream(event, &stream);
@@ -162,7 +167,7 @@ GstPadProbeReturn Pipeline::onOutputData(GstPad* pad, GstPadProbeInfo* info, gpo
   arrival.next = stream;
   gst_object_unref(stream);  // the collection that it is of is kept
   // Subtitles come rarely: they count as shown before the first one is due.
-  if (arrival.kind == Kind::Subtitle) arrival.pipeline->reportPresented(arrival, pad);
+  if (isText) arrival.pipeline->reportPresented(arrival, pad);
   return GST_PAD_PROBE_OK;
 }
 

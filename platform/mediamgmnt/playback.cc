@@ -25,6 +25,7 @@ Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protec
       m_protection(protection),
       m_voice(voice),
       m_components(components),
+      m_subtitles(voice),
       m_surface(player),
       m_guard(m_surface, protection, [this, alive = std::weak_ptr<bool>(m_alive)] {
         m_loop.post([this, alive] {
@@ -136,7 +137,7 @@ void Playback::openPipeline() {
     settings.url = m_content->url;
     settings.declaredType = m_content->mimeType;
   }
-  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, settings);
+  m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, m_subtitles, settings);
   for (const ComponentKind kind : kComponentKinds) m_pipeline->setShown(kind, m_components.isShown(kind));
   if (m_settings.url.empty()) return fail(Failure::ContentNotAvailable);
   if (!m_pipeline->open()) return fail(Failure::InsufficientResources);
@@ -155,6 +156,11 @@ void Playback::closePipeline() {
   m_next.reset();
   m_heldSeek.reset();
   m_inFlight.reset();
+  if (m_reopening) {
+    m_subtitles.interrupt();
+  } else {
+    m_subtitles.end();
+  }
   m_components.endPresentation();
   m_prerolled = m_running = m_announced = m_stepping = m_starved = m_switchDue = m_switchBySeek = m_redrawDue = m_keepRunning =
       false;
@@ -248,6 +254,7 @@ void Playback::onEnd() {
   if (playsAgain()) {
     ++m_seeksDue;
     m_next = Place{0, m_rate};
+    m_subtitles.expectSeek();
     return proceed();
   }
   finish();

@@ -14,6 +14,7 @@
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/playback_facts.h"
 #include "platform/mediamgmnt/protection_facts.h"
+#include "platform/mediamgmnt/subtitle_feed.h"
 #include "platform/mediamgmnt/task_loop.h"
 #include "platform/mediamgmnt/video_plane.h"
 #include "platform/mediamgmnt/voice.h"
@@ -125,6 +126,7 @@ class Playback : private PipelineListener {
   // playback_tracks.cc: which tracks are presented
   void showWhatIsWished();
   void show(ComponentKind kind, bool shown);
+  void showSubtitles();
   void sayChanged(ComponentKind kind);
   void noteDueSwitch();
   void beginSwitch();
@@ -150,6 +152,7 @@ class Playback : private PipelineListener {
   ProtectionFacts& m_protection;
   Voice& m_voice;
   Components& m_components;
+  SubtitleFeed m_subtitles;
   media::VideoSurface m_surface;
   const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< what other threads post holds it weakly
   ParentalGuard m_guard;

@@ -42,6 +42,7 @@ void Playback::seek(double target) {
     m_playingDue = true;
   }
   m_next = Place{place, m_wish == Wish::Play ? m_wantedRate : 1};
+  m_subtitles.expectSeek();
   proceed();
 }
 
@@ -67,7 +68,9 @@ void Playback::beginReposition() {
   if (!runsOn) halt();
   if (place.rate < 0 && !m_pipeline->playsBackwards()) return beginStepping(place);
   m_prerolled = false;
-  if (!m_pipeline->seek(place.rate, toPipeline(place.target), flagsFor(place.rate))) return repositionRefused(place);
+  const bool taken = m_pipeline->seek(place.rate, toPipeline(place.target), flagsFor(place.rate));
+  m_subtitles.seekDone();
+  if (!taken) return repositionRefused(place);
   m_rate = place.rate;
   m_inFlight = place.target;
   if (!runsOn) m_facts.freezeAt(place.target);
@@ -136,6 +139,7 @@ void Playback::rewoundToStart() {
   m_wish = Wish::Pause;
   m_wantedRate = 1;
   m_next = Place{0, 1};
+  m_subtitles.expectSeek();
   m_facts.freezeAt(0);
   ++m_seeksDue;  // the page is paused from here on and reads the position that it was told last
   answerPause();

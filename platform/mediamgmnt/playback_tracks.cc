@@ -44,6 +44,9 @@ void Playback::onTracksChanged() {
 void Playback::onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) {
   const bool changed = m_components.present(kind, stream, decoded);
   if (changed || m_changesToSay[indexOf(kind)]) sayChanged(kind);
+  if (kind == ComponentKind::Subtitle) {
+    if (const std::optional<Component> track = m_components.presentedTrack(kind)) m_subtitles.present(*track);
+  }
   showWhatIsWished();
   if (!m_pipeline->isAdaptive()) m_loop.cancel(std::exchange(m_switchTimer, 0));
   if (m_components.isSwitchDue()) {
@@ -63,6 +66,17 @@ void Playback::showWhatIsWished() {
     } else if (wished.stream != nullptr && m_components.presented(kind) == wished.stream) {
       show(kind, true);
     }
+  }
+  showSubtitles();
+}
+
+/// The page hears of them when they are hidden, and when the right ones are there; while another track is fetched they stay shown.
+void Playback::showSubtitles() {
+  const ComponentChoice choice = m_components.choice();
+  const ComponentChoice::OfKind& wished = choice[ComponentKind::Subtitle];
+  if (!wished.shown) return m_subtitles.show(false, Pipeline::kUnknown);
+  if (wished.stream != nullptr && m_components.presented(ComponentKind::Subtitle) == wished.stream) {
+    m_subtitles.show(true, m_pipeline->position());
   }
 }
 
@@ -132,10 +146,10 @@ void Playback::reopen() {
     const void* const presented = m_components.presented(kind);
     m_changesToSay[indexOf(kind)] = choice[kind].shown && presented != choice[kind].stream;
   }
+  m_reopening = true;
   closePipeline();
   m_startPosition = place.target;
   m_wantedRate = place.rate;
-  m_reopening = true;
   open();
   m_reopening = false;
   if (announced) m_bufferReadyDue = false;

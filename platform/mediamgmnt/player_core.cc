@@ -31,10 +31,21 @@ bool PlayerCore::ensureThreads() {
   std::lock_guard lock(m_mutex);
   if (m_closed) return false;
   if (std::exchange(m_started, true)) return true;
-  const auto self = shared_from_this();
-  startListedThread(m_handle, [self] { self->m_dispatcher.run(); });
-  startListedThread(m_handle, [self] { self->runControlThread(); });
+  ensureDispatcherLocked();
+  startListedThread(m_handle, [self = shared_from_this()] { self->runControlThread(); });
   return true;
+}
+
+void PlayerCore::ensureDispatcherLocked() {
+  if (std::exchange(m_dispatching, true)) return;
+  startListedThread(m_handle, [self = shared_from_this()] { self->m_dispatcher.run(); });
+}
+
+void PlayerCore::tell(const _SubtitleSettingsParams& settings) {
+  std::lock_guard lock(m_mutex);
+  if (m_closed) return;
+  ensureDispatcherLocked();
+  m_dispatcher.enqueue(settings);
 }
 
 void PlayerCore::runControlThread() {

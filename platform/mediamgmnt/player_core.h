@@ -22,8 +22,8 @@ namespace mediamgmnt {
 /// A player from openPlayer to closePlayer.
 ///
 /// Threads: all public functions any. The control thread (Playback and its pipeline) and the dispatcher thread (callbacks) start
-/// with the first command that needs them, so an idle player costs nothing; each holds a shared pointer to the player. close()
-/// joins neither: a callback may be waiting for a lock that the closing thread holds.
+/// with the first command that needs them (the latter also with the viewer's settings), so an idle player costs nothing; each holds
+/// a shared pointer to the player. close() joins neither: a callback may be waiting for a lock that the closing thread holds.
 class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
  public:
   explicit PlayerCore(unsigned long handle);
@@ -40,6 +40,8 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
 
   Dispatcher& dispatcher() { return m_dispatcher; }
   const PlaybackFacts& facts() const { return m_facts; }
+  /// Delivers it by the settings callback; starts no more than the thread that this takes.
+  void tell(const _SubtitleSettingsParams& settings);
 
   /// No callback starts after this has returned.
   void close();
@@ -48,6 +50,7 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   template <typename Work>
   bool onControlThread(Work work);
   bool ensureThreads();
+  void ensureDispatcherLocked();
   void runControlThread();
   bool play(std::string_view argument);
   bool seek(std::string_view argument);
@@ -69,6 +72,7 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   std::unique_ptr<Playback> m_playback;  ///< the control thread's own
   std::mutex m_mutex;
   bool m_started = false;               // guarded by m_mutex
+  bool m_dispatching = false;           // guarded by m_mutex
   bool m_closed = false;                // guarded by m_mutex
   std::optional<media::Rect> m_window;  // guarded by m_mutex
   std::string m_windowAsked;            // guarded by m_mutex

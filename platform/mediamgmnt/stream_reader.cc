@@ -165,6 +165,13 @@ const DashAdaptationSet* adaptationSetOf(const Component& component, const DashM
   return isOfKind(set, component.kind) ? &set : nullptr;
 }
 
+/// Fonts lie where the period's media do; documents of a file of their own, where that does.
+void applyAddresses(const DashManifest& manifest, const DashPeriod& period, const DashAdaptationSet& set, Component& out) {
+  const std::string base = resolvedAddress(resolvedAddress(out.documentBase, manifest.baseUrl), period.baseUrl);
+  out.documentBase = resolvedAddress(base, set.baseUrl);
+  for (const DashFont& each : set.fonts) out.fonts.push_back({each.family, resolvedAddress(base, each.url)});
+}
+
 void applyDash(const DashManifest& manifest, std::size_t period, Component& out) {
   const DashAdaptationSet* const set = adaptationSetOf(out, manifest, period);
   if (set == nullptr) return;
@@ -178,6 +185,7 @@ void applyDash(const DashManifest& manifest, std::size_t period, Component& out)
   out.audioDescription = isAudioDescription(*set);
   out.hearingImpaired = isForHearingImpaired(*set);
   out.isMain = hasRole(*set, "main");
+  if (out.kind == ComponentKind::Subtitle) applyAddresses(manifest, manifest.periods[period], *set, out);
 }
 
 bool isAudioCodec(std::string_view codec) {
@@ -281,6 +289,7 @@ ComponentList readComponents(const Streams& streams, const SourceFacts& facts, s
     const std::optional<ComponentKind> kind = kindOf(stream);
     if (!kind) continue;
     Component component = readComponent(stream, *kind);
+    component.documentBase = facts.url;
     if (facts.dash) {
       applyDash(*facts.dash, period, component);
     } else if (facts.hls) {

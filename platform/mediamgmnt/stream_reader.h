@@ -16,6 +16,7 @@ namespace mediamgmnt {
 
 /// What is known of a source beside its streams.
 struct SourceFacts {
+  std::string url;
   std::optional<DashManifest> dash;
   std::optional<HlsPlaylist> hls;
   std::optional<ProgramMap> programMap;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/mediamgmnt/voice.h"
 
+#include <utility>
+
 namespace mediamgmnt {
 namespace {
 
@@ -15,6 +17,12 @@ void Voice::say(const char* word) {
   std::lock_guard lock(m_mutex);
   if (m_done < m_answered) return;  // a word of what the page has been told is stopped
   m_dispatcher.enqueue(word);
+}
+
+void Voice::tell(TextTrackNotice notice) {
+  std::lock_guard lock(m_mutex);
+  const bool isHeard = m_done >= m_answered || notice.type == TTML_SUBTITLE_HIDE;  // what is stopped is not shown either
+  if (isHeard) m_dispatcher.enqueue(std::move(notice));
 }
 
 Voice::Ticket Voice::stopAsked() {

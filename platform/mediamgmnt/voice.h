@@ -12,7 +12,7 @@ namespace mediamgmnt {
 /// The control thread says its words through this. A stop is answered when the control thread has done it, or by the dispatcher
 /// when that takes too long; in the second case the control thread stays unheard until it has caught up.
 ///
-/// Threads: say() and stopDone() on the control thread, stopAsked() any. Borrows both arguments.
+/// Threads: say() and stopDone() on the control thread, tell() and stopAsked() any. Borrows both arguments.
 class Voice {
  public:
   using Ticket = unsigned long;
@@ -20,6 +20,8 @@ class Voice {
   Voice(Dispatcher& dispatcher, PlaybackFacts& facts);
 
   void say(const char* word);
+  /// Unheard after a stop like a word.
+  void tell(TextTrackNotice notice);
 
   /// Every ticket is answered once: "STOPPED", position 0, "PLAY_POSITION_CHANGED". Give it to stopDone(), in the order of asking.
   Ticket stopAsked();

@@ -14,6 +14,10 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
                                                                            described English (HLS: French); all but TS with subtitles
     OUTDIR/dash/periods.mpd                                                two periods: English and German, then German and French (220 Hz)
     OUTDIR/silent.mp4                                                      a picture without sound
+    OUTDIR/text.mp4 text-frag.mp4 dash/text.mpd                            English and German as timed text, a document a second; DASH
+                                                                           also 200 documents ("fra") and odd ones ("ita")
+    OUTDIR/hls/text.m3u8                                                   WebVTT in segments, with positions
+    OUTDIR/text/LANGUAGE.txt                                               the documents of these: start and end in ms, file
     OUTDIR/short/...                                                       all of the above in 4 s
     OUTDIR/broken/...                                                      what must fail; see makeBroken()
     OUTDIR/rights/...                                                      descriptors, ratings, protection; see make_rights.py
@@ -33,6 +37,7 @@ import sys
 import make_protected
 import make_rated
 import make_rights
+import timed_text
 
 LONG_S = 20
 SHORT_S = 4
@@ -160,6 +165,49 @@ class Set:
             write(os.path.join(folder, language + ".vtt"), webVtt(language, self.seconds))
             write(os.path.join(folder, language + "_text.m3u8"), HLS_TEXT % (self.seconds, self.seconds, language))
 
+    def makeText(self):
+        """Timed text, and what it consists of, to compare with."""
+        self.texts = {"eng": timed_text.every("eng", 1000, self.seconds), "deu": timed_text.every("deu", 1000, self.seconds),
+                      "fra": timed_text.every("fra", self.seconds * 5, self.seconds), "ita": timed_text.odd(self.seconds)}
+        folder = os.path.join(self.folder, "text")
+        os.makedirs(folder)
+        for language, documents in self.texts.items():
+            names = ["%s-%03d.ttml" % (language, number) for number in range(len(documents))]
+            for name, (_, _, data) in zip(names, documents):
+                write(os.path.join(folder, name), data)
+            write(os.path.join(folder, language + ".txt"),
+                  "".join("%d %d %s\n" % (start, end, name) for name, (start, end, _) in zip(names, documents)))
+
+    def makeTextFiles(self):
+        tracks = [(language, self.texts[language]) for language in ("eng", "deu")]
+        write(os.path.join(self.folder, "text.mp4"), timed_text.intoFile(read(os.path.join(self.folder, "tail.mp4")), tracks))
+        write(os.path.join(self.folder, "text-frag.mp4"), timed_text.intoFragments(read(os.path.join(self.folder, "frag.mp4")), tracks))
+
+    def makeDashText(self):
+        folder = os.path.join(self.folder, "dash")
+        with open(os.path.join(folder, "av.mpd"), encoding="utf-8") as file:
+            manifest = file.read()
+        sets = adaptationSets(manifest)
+        for number, (language, documents) in enumerate(self.texts.items()):
+            init, parts = timed_text.segments(language, documents, self.segment_s * 1000)
+            write(os.path.join(folder, "text-%s-init.mp4" % language), init)
+            for part in range(1, self.seconds // self.segment_s + 1):
+                write(os.path.join(folder, "text-%s-%d.m4s" % (language, part)), parts.get(part, timed_text.emptySegment(part, self.segment_s * 1000)))
+            sets.append(segmentedText(10 + number, language, self.segment_s))
+        write(os.path.join(folder, "text.mpd"), withPeriods(manifest, [sets], self.seconds))
+
+    def makeHlsText(self):
+        folder = os.path.join(self.folder, "hls")
+        for language in ("eng", "deu"):
+            lines = ["#EXTM3U", "#EXT-X-VERSION:6", "#EXT-X-TARGETDURATION:%d" % self.segment_s, "#EXT-X-MEDIA-SEQUENCE:0",
+                     "#EXT-X-PLAYLIST-TYPE:VOD"]
+            for start in range(0, self.seconds, self.segment_s):
+                name = "%s_%03d.vtt" % (language, start // self.segment_s)
+                write(os.path.join(folder, name), placedCues(language, start, self.segment_s))
+                lines += ["#EXTINF:%d.000," % self.segment_s, name]
+            write(os.path.join(folder, language + "_cues.m3u8"), "\n".join([*lines, "#EXT-X-ENDLIST", ""]))
+        write(os.path.join(folder, "text.m3u8"), HLS_TRACKS.replace("_text.m3u8", "_cues.m3u8"))
+
     def finish(self):
         shutil.rmtree(self.master)
 
@@ -218,6 +266,14 @@ def webVtt(language, seconds):
         "%s --> %s\n%s\n\n" % (clock(start, "."), clock(end, "."), text) for start, end, text in cues(language, seconds))
 
 
+def placedCues(language, start, seconds):
+    cues = ["WEBVTT\nX-TIMESTAMP-MAP=LOCAL:00:00:00.000,MPEGTS:126000\n"]
+    for second in range(start, start + seconds):
+        cues.append("%d\n%s --> %s line:10%% position:25%% size:50%% align:start\n<v Anna><i>%s</i> %d &amp; more\nsecond line\n"
+                    % (second, clock(second, "."), clock(second + 1, "."), language, second))
+    return "\n".join(cues)
+
+
 def timedText(language, seconds):
     lines = "".join('<p begin="%s" end="%s">%s</p>' % (clock(start, "."), clock(end, "."), text) for start, end, text in cues(language, seconds))
     return '<tt xmlns="http://www.w3.org/ns/ttml" xml:lang="%s"><body><div>%s</div></body></tt>\n' % (language, lines)
@@ -228,6 +284,18 @@ def sideLoadedText(number, language, role):
             '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="%s"/>\n'
             '\t\t\t<Representation id="text-%s" bandwidth="1000"><BaseURL>%s.ttml</BaseURL></Representation>\n'
             '\t\t</AdaptationSet>\n' % (number, language, role, language, language))
+
+
+def segmentedText(number, language, segment_s):
+    font = ""
+    if language == "ita":
+        font = ('\t\t\t<SupplementalProperty schemeIdUri="urn:dvb:dash:fontdownload:2014" value="1" xmlns:dvb="urn:dvb:dash:dash-extensions:2014-1" '
+                'dvb:url="fonts/offered.woff" dvb:fontFamily="Offered" dvb:mimeType="application/font-woff"/>\n')
+    return ('\t\t<AdaptationSet id="%d" contentType="text" mimeType="application/mp4" codecs="stpp.ttml.im1t" lang="%s">\n%s'
+            '\t\t\t<Role schemeIdUri="urn:mpeg:dash:role:2011" value="subtitle"/>\n'
+            '\t\t\t<SegmentTemplate timescale="1" duration="%d" startNumber="1" initialization="text-%s-init.mp4" media="text-%s-$Number$.m4s"/>\n'
+            '\t\t\t<Representation id="text-%s" bandwidth="10000"/>\n'
+            '\t\t</AdaptationSet>\n' % (number, language, font, segment_s, language, language, language))
 
 
 def adaptationSets(manifest):
@@ -308,9 +376,10 @@ def makeSets(root):
     sets = [Set(root, LONG_S, 2), Set(os.path.join(root, "short"), SHORT_S, 1)]
     with concurrent.futures.ThreadPoolExecutor(max_workers=max(2, os.cpu_count() or 2)) as pool:
         steps = [pool.submit(each.encodeVideo, *video) for each in sets for video in (("video", "640x360", 600), ("small", "320x180", 200))]
-        steps += [pool.submit(encode) for each in sets for encode in (each.encodeBlue, each.encodeSound, each.writeSubtitles)]
+        steps += [pool.submit(encode) for each in sets for encode in (each.encodeBlue, each.encodeSound, each.writeSubtitles, each.makeText)]
         waitAll(steps)
         waitAll([pool.submit(make) for each in sets for make in (each.makeFiles, each.makeTracks, each.makeDash, each.makeHls)])
+        waitAll([pool.submit(make) for each in sets for make in (each.makeTextFiles, each.makeDashText, each.makeHlsText)])
     for each in sets:
         each.finish()
 
@@ -321,7 +390,7 @@ def waitAll(futures):
 
 
 # Taken before anything is made: what is made belongs to the script as it was then.
-VERSION = hashlib.sha256(b"".join(read(os.path.abspath(each)) for each in (__file__, make_protected.__file__, make_rated.__file__, make_rights.__file__))).hexdigest() + "\n"
+VERSION = hashlib.sha256(b"".join(read(os.path.abspath(each)) for each in (__file__, make_protected.__file__, make_rated.__file__, make_rights.__file__, timed_text.__file__))).hexdigest() + "\n"
 
 
 def isCurrent(folder):

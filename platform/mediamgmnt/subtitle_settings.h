@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// The viewer's subtitle settings, process-wide: kept for players to come, told to those that there are.
+#pragma once
+
+#include <mutex>
+#include <optional>
+
+#include "host/mediamgmnt.h"
+
+namespace mediamgmnt {
+
+class PlayerCore;
+
+/// Every player hears of the settings that there are when it registers for them, and of each change. Nothing is told before they
+/// have been set once. Thread: any.
+class SubtitleSettings {
+ public:
+  /// Never destroyed: a host may call the library while its static objects go away.
+  static SubtitleSettings& instance();
+
+  void change(const _SubtitleSettingsParams& settings);
+  /// @p player hears of them from now on.
+  void follow(PlayerCore& player, MediaSubtitleSettingsCallback callback);
+
+ private:
+  std::mutex m_mutex;                                 // taken before the players'
+  std::optional<_SubtitleSettingsParams> m_settings;  // guarded by m_mutex
+};
+
+}  // namespace mediamgmnt
