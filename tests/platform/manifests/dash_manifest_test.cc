@@ -182,6 +182,21 @@ TEST(DashManifestTest, DoesNotMindAnotherNamespace) {
   EXPECT_TRUE(readDashManifest("<d:MPD xmlns:d='urn:whatever' type='dynamic'/>")->isDynamic);
 }
 
+TEST(DashManifestTest, ReadsFontsThatMayBeFetched) {
+  const auto manifest = readDashManifest(
+      "<MPD xmlns:dvb='urn:dvb:dash:dash-extensions:2014-1'><Period><AdaptationSet>"
+      "<EssentialProperty schemeIdUri='urn:dvb:dash:fontdownload:2014' value='1' dvb:url='f.woff' dvb:fontFamily='F'/>"
+      "<SupplementalProperty schemeIdUri='urn:dvb:dash:fontdownload:2014' value='1' dvb:url='g.woff' dvb:fontFamily='G'/>"
+      "<SupplementalProperty schemeIdUri='urn:dvb:dash:fontdownload:2014' value='1' dvb:url='nameless.woff'/>"
+      "<SupplementalProperty schemeIdUri='urn:example:other' dvb:url='h.woff' dvb:fontFamily='H'/>"
+      "</AdaptationSet></Period></MPD>");
+  ASSERT_TRUE(manifest);
+  const auto& fonts = manifest->periods[0].adaptationSets[0].fonts;
+  ASSERT_EQ(fonts.size(), 2U);
+  EXPECT_EQ(fonts[0].family + " " + fonts[0].url, "F f.woff");
+  EXPECT_EQ(fonts[1].family + " " + fonts[1].url, "G g.woff");
+}
+
 TEST(DashManifestTest, RefusesWhatIsNoManifest) {
   EXPECT_FALSE(readDashManifest(""));
   EXPECT_FALSE(readDashManifest("<html/>"));

@@ -192,6 +192,28 @@ TEST_P(SourcesTest, AreInTimeAtAnotherSpeed) {
   EXPECT_LE(best, kInTimeMs);
 }
 
+/// Backwards a document is due when its end is reached.
+TEST_P(SourcesTest, AreInOrderBackwards) {
+  const Samples samples = samplesOf("", "eng");
+  playWith(0, path());
+  seek(8500);
+  m_player.wordsUntil("PLAYING");
+  m_log.waitForDocumentAt(samples, 8500);
+  m_log.forget();
+  m_player.forget();
+  EXPECT_NE(m_player.command("PLAY", "-2.00"), 0);
+  m_player.wordsUntil("PLAY_SPEED_CHANGED");
+  m_log.waitForDocuments(5);
+  const Notices documents = m_log.documents();
+  const std::vector<int> got = places(texts(documents), samples);
+  double best = 1e9;
+  for (std::size_t i = 1; i < got.size(); ++i) {
+    EXPECT_EQ(got[i], got[i - 1] - 1000) << "each once, the later first";
+    best = std::min(best, std::abs(documents[i].position - got[i] - 1000));
+  }
+  EXPECT_LE(best, kInTimeMs);
+}
+
 TEST_P(SourcesTest, ComeWhenTheyAreShownAndNotWhileTheyAreHidden) {
   const Samples samples = samplesOf("", "eng");
   m_player.start(url(path()));
