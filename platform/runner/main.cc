@@ -61,6 +61,9 @@ int runWith(const Options& options, const std::vector<Script>& scripts) {
   if (!options.languages.empty() && !media->preferLanguages(options.languages)) {
     return fail("this media library does not ask for languages; leave --languages out or give another --media-library");
   }
+  if (options.subtitleSettings && !media->changeSubtitleSettings(*options.subtitleSettings)) {
+    return fail("this media library takes no subtitle settings; leave --subtitle-settings out or give another --media-library");
+  }
   const auto recorder = options.recordingFile.empty() ? nullptr : shell::SoundRecorder::start(*media, options.recordingFile, error);
   if (!error.empty()) return fail(error);
   const auto trace = options.traceFile.empty() ? nullptr : shell::Trace::open(options.traceFile, error);

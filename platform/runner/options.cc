@@ -4,6 +4,8 @@
 #include <charconv>
 #include <string_view>
 
+#include "platform/shell/subtitle_settings.h"
+
 namespace runner {
 
 namespace {
@@ -53,7 +55,7 @@ class Parser {
     const std::string name = argument.substr(0, equals);
     if (readFlag(name, equals != std::string::npos)) return;
     std::string* const text = textOf(name);
-    const bool other = name == "--timeout" || name == "--snapshot" || shell::ProtectionOptions::isName(name);
+    const bool other = name == "--timeout" || name == "--snapshot" || name == "--subtitle-settings" || shell::ProtectionOptions::isName(name);
     if (text == nullptr && !other) {
       m_error = "unknown option " + name;
       return;
@@ -100,6 +102,11 @@ class Parser {
     } else if (name == "--timeout") {
       const bool good = parseSeconds(value, m_out.timeoutSeconds) && m_out.timeoutSeconds > 0;
       if (!good) m_error = "--timeout needs a number of seconds above 0, not \"" + value + "\"";
+    } else if (name == "--subtitle-settings") {
+      _SubtitleSettingsParams settings;
+      const bool good = shell::parseSubtitleSettings(value, settings);
+      if (good) m_out.subtitleSettings = settings;
+      if (!good) m_error = "--subtitle-settings needs a number, a colon and at most 64 bytes of text, not \"" + value + "\"";
     } else if (!parseSnapshot(value, m_out)) {
       m_error = "--snapshot needs a file name, not \"" + value + "\"";
     }
@@ -131,6 +138,8 @@ scope, inside a small page: document.createElement("object"), a type that is sup
   --trace FILE                write all that crosses the host and the media library, one JSON object a line
   --record-audio FILE.wav     record what is heard, in real time, instead of playing it
   --languages LIST            preferred languages of sound and subtitles, most preferred first: deu,eng
+  --subtitle-settings VALUE:TEXT
+                              the viewer's subtitle settings, told to every object: a number, and up to 64 bytes
 )") + std::string(shell::ProtectionOptions::helpText()) +
          R"(  --quiet, -q                 print only warnings and errors of the script, not console.log, info and debug
   --media-library PATH        play with this media library (default: libmediamgmnt.so in ../lib beside this program)
@@ -139,8 +148,9 @@ scope, inside a small page: document.createElement("object"), a type that is sup
   --version, -V               print the version
   --                          what follows is for the scripts: the global `arguments`
 
-Scripts also have exit(status), readFile(path), setParentalLimit(age), console, timers and promises. The run ends by
-itself when no timer, no queued event and no object that is connecting, buffering, playing or paused is left.
+Scripts also have exit(status), readFile(path), setParentalLimit(age), changeSubtitleSettings(value, text), console,
+timers and promises. The run ends by itself when no timer, no queued event and no object that is connecting,
+buffering, playing or paused is left.
 
 Exit status: the script's exit(status); 0 at the natural end; 1 after an uncaught error or an unhandled rejection;
 2 for a wrong command line, a script that cannot be read or a library that cannot be loaded; 3 for the time-out;

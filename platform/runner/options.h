@@ -2,9 +2,11 @@
 // The command line of avc-run.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "host/mediamgmnt.h"
 #include "platform/shell/protection_options.h"
 
 namespace runner {
@@ -23,6 +25,7 @@ struct Options {
   std::string snapshotFile;
   std::string recordingFile;
   std::string languages;
+  std::optional<_SubtitleSettingsParams> subtitleSettings;
   double snapshotSeconds = -1;  ///< negative: at the end
   double timeoutSeconds = 0;    ///< 0: none
   shell::ProtectionOptions protection;

@@ -3,6 +3,7 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -82,6 +83,11 @@ JSValueRef setParentalLimit(JSGlobalContextRef context, const PageHost& host, Ar
   return JSValueMakeBoolean(context, host.setParentalLimit(static_cast<int>(age)));
 }
 
+JSValueRef changeSubtitleSettings(JSGlobalContextRef context, const PageHost& host, Arguments arguments, JSValueRef*) {
+  const int value = static_cast<int>(std::clamp(numberOf(context, arguments[0]), -2147483648.0, 2147483647.0));
+  return JSValueMakeBoolean(context, host.changeSubtitleSettings(value, script::toUtf8(context, arguments[1])));
+}
+
 JSValueRef resolveUrl(JSGlobalContextRef context, const PageHost&, Arguments arguments, JSValueRef*) {
   const std::string reference = script::toUtf8(context, arguments[0]);
   const std::string base = script::toUtf8(context, arguments[1]);
@@ -117,7 +123,8 @@ JSObjectRef makePageHost(JSGlobalContextRef context, const PageHost& host) {
                    {"readFile", readFile, 1},
                    {"reportError", reportError, 1},
                    {"resolveUrl", resolveUrl, 2},
-                   {"setParentalLimit", setParentalLimit, 1}};
+                   {"setParentalLimit", setParentalLimit, 1},
+                   {"changeSubtitleSettings", changeSubtitleSettings, 2}};
   JSObjectRef api = JSObjectMake(context, nullptr, nullptr);
   for (const auto& row : functions) {
     const auto run = [context, &host, function = row.function](Arguments arguments, JSValueRef* exception) {

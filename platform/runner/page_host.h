@@ -20,6 +20,7 @@ struct PageHost {
   std::function<void(int status)> exit;
   std::function<void(JSValueRef error)> reportError;
   std::function<bool(int age)> setParentalLimit;
+  std::function<bool(int value, const std::string& text)> changeSubtitleSettings;
 };
 
 /// @p host must outlive every call of the returned object's functions. What they do is written at the top of runner_page.js.

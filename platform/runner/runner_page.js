@@ -4,6 +4,7 @@
 // host: print(level, text)    exit(status)    readFile(path) -> text    now() -> milliseconds since the start
 //       setTimer(function, milliseconds, repeats) -> id    clearTimer(id)    reportError(error)
 //       setParentalLimit(age) -> whether there is such a limit
+//       changeSubtitleSettings(value, text) -> boolean: the viewer's, told to every object
 //       resolveUrl(text, base) -> absolute address, or null    documentUrl, userAgent, programArguments: values
 // native, makeLayer: see av_element.js
 (function (host, native, makeLayer) {
@@ -599,6 +600,7 @@
     getComputedStyle: (element) => element.style,
     exit: (status = 0) => host.exit(Number(status) || 0), readFile: (path) => host.readFile(String(path)),
     setParentalLimit: (age) => host.setParentalLimit(age == null ? -1 : Number(age)),
+    changeSubtitleSettings: (value, text = '') => host.changeSubtitleSettings(Number(value), String(text)),
     arguments: host.programArguments,
     URL, Event, CustomEvent, EventTarget, Node, Text, Element, HTMLElement: Element, HTMLObjectElement, HTMLEmbedElement: HTMLObjectElement,
     Document,

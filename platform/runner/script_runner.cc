@@ -9,6 +9,7 @@
 #include "platform/script/embedded.h"
 #include "platform/script/js_text.h"
 #include "platform/script/native_api.h"
+#include "platform/shell/subtitle_settings.h"
 
 // Parts of the engine's C interface that it exports without a header.
 extern "C" {
@@ -76,6 +77,10 @@ void ScriptRunner::makePage(const std::string& documentUrl) {
   m_host.exit = [this](int status) { exitWith(status); };
   m_host.setParentalLimit = [this](int age) { return m_media.setParentalLimit(age, m_options.protection.parentalCountry()); };
   m_host.reportError = [this](JSValueRef error) { reportUncaught(error, "uncaught"); };
+  m_host.changeSubtitleSettings = [this](int value, const std::string& text) {
+    _SubtitleSettingsParams settings;
+    return shell::makeSubtitleSettings(value, text, settings) && m_media.changeSubtitleSettings(settings);
+  };
   const auto compile = [this](const char* source) {
     JSValueRef exception = nullptr;
     const JSValueRef value = JSEvaluateScript(m_context, script::JsText(source), nullptr, nullptr, 1, &exception);

@@ -7,6 +7,7 @@
 //         destroy(id): never from inside a handler    setDocumentUrl(id, url)    setWindow(id, x, y, width, height)
 //         setFlag(id, name, boolean), flag(id, name) -> boolean    raise(id, eventName): an event without arguments
 //         storedNumber(id, name), storedText(id, name): a stored value, which is no script access
+//         startSubtitlePlayer(id, start): the page's own subtitle player is to run, or to rest
 //         compile(text) -> value of the expression
 // page:   prototypes: where the rows go    isElement(value)    isConnected(element)    localName(element)
 //         getAttribute(element, name) -> text or null    setAttribute(element, name, text)
@@ -20,13 +21,19 @@
   'use strict';
 
   const kTypes = new Set(['video/mp4', 'video/mpeg', 'video/mp2t', 'audio/mpeg', 'audio/mp4', 'application/dash+xml',
-    'application/vnd.apple.mpegurl', 'application/vnd.oipf.contentaccessstreaming+xml']);
+    'application/vnd.apple.mpegurl', 'application/vnd.oipf.contentaccessstreaming+xml', 'application/ttml+xml']);
+  const kSubtitleType = 'application/ttml+xml';  // an element without a picture: its clock is what the page's subtitles follow
   // Names of the public standard for the positional arguments of an event.
   const kFields = {
     PlayStateChange: ['state'],
     PlayPositionChanged: ['position'],
     PlaySpeedChanged: ['speed'],
-    SelectedComponentChanged: ['componentType'],
+    SelectedComponentChanged: ['componentType', 'source'],
+    InBandSubtitleData: ['data'],
+    SubtitleFontFamily: ['family', 'location'],
+    InBandSubtitleShowHide: ['show'],
+    SubtitleSettingsChanged: ['value', 'text'],
+    StartStopSubtitlePlayer: ['start'],
     DRMRightsError: ['errorState', 'contentID', 'DRMSystemID', 'rightsIssuerURL'],
     ParentalRatingChange: ['contentID', 'ratings', 'DRMSystemID', 'blocked'],
     ParentalRatingError: ['contentID', 'ratings', 'DRMSystemID'],
@@ -42,6 +49,8 @@
   const kReady = 7;          // raised as a play state when the media library has taken a source; the property never has it
   const kReadyWait = 2000;   // how long an object that was given a source counts as busy without a word from the library
   const kStateWait = 15000;  // the same while a pause from stopped or a queued item is on its way
+  const kSubtitle = 2;
+  const kMostSubtitles = 10;  // as many as the object keeps
   const kPlane = { x: 0, y: 0, width: 1280, height: 720 };
 
   // A page may put functions of its own in the place of the collections': these have theirs as own properties.
@@ -72,9 +81,13 @@
   let rowsDefined = false;
   let geometryChanged = false;
 
-  function supported(element) {
+  function typeOf(element) {
     const type = page.getAttribute(element, 'type');
-    return type !== null && kTypes.has(type.split(';')[0].trim().toLowerCase());
+    return type === null ? '' : type.split(';')[0].trim().toLowerCase();
+  }
+
+  function supported(element) {
+    return kTypes.has(typeOf(element));
   }
 
   const stateOf = (record) => native.storedNumber(record.id, 'playState');
@@ -97,7 +110,8 @@
     }
     const id = native.id(object);
     if (!rowsDefined) defineRows(native.rows(id));
-    const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null };
+    const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null,
+      subtitles: 0, clock: null };
     records.set(element, record);
     elements.set(id, new WeakRef(element));
     native.setDocumentUrl(id, page.documentUrl(element));
@@ -114,7 +128,10 @@
       const value = page.getAttribute(element, name);
       if (value !== null) record.object[row] = value;
     }
-    for (const [name, value] of page.parameters(element)) applyParameter(record, name, value);
+    if (typeOf(element) === kSubtitleType) beSubtitlesOnly(record);
+    const parameters = page.parameters(element);
+    for (const [name, value] of parameters) applyParameter(record, name, value);
+    addSubtitles(element, record, parameters);
     for (const name of handlers.values()) {
       const text = page.getAttribute(element, name);
       if (text !== null && !Object.hasOwn(element, name)) compileHandler(element, name, text);
@@ -127,6 +144,83 @@
   function applyParameter(record, name, value) {
     const key = name.toLowerCase();
     if (key !== 'type' && attributes.has(key)) record.object[attributes.get(key)] = value;
+  }
+
+  // ---- subtitles that the page brings
+
+  // "srclang:eng src:eng.ttml", also several in a row.
+  function readSubtitles(text) {
+    const found = [];
+    for (const word of text.trim().split(/[\s,]+/)) {
+      const [, key, value] = /^(srclang|src):(.*)$/i.exec(word) || [];
+      if (key === undefined) continue;
+      const last = found[found.length - 1];
+      const name = key.toLowerCase();
+      if (last === undefined || last[name] !== undefined) found.push({ [name]: value });
+      else last[name] = value;
+    }
+    return found.filter((each) => each.src !== undefined && each.src !== '');
+  }
+
+  // What would end a field of a record goes escaped, as in an address.
+  const inRecord = (text) => text.replace(/[|\x00-\x1f]/g, (letter) => '%' + (letter === '|' ? '7C' : '20'));
+
+  // One component record each. The object takes their number first; what is added later is added to what it has.
+  function addSubtitles(element, record, parameters) {
+    const all = parameters.filter(([name]) => name.toLowerCase() === 'subtitles').flatMap(([, value]) => readSubtitles(value));
+    const added = all.slice(0, kMostSubtitles - record.subtitles);
+    if (added.length < all.length) page.warn('an object has no more than ' + kMostSubtitles + ' subtitles of its page');
+    if (added.length === 0) return;
+    record.object.numOfSubtitles = record.subtitles + added.length;
+    for (const each of added) {
+      record.subtitles += 1;
+      const url = page.resolveUrl(each.src, page.documentUrl(element));
+      record.object.subParamAttr = kSubtitle + '|' + kSubtitleType + '|0|' + record.subtitles + '|0|||0|' + inRecord(url) + '||' +
+        inRecord(each.srclang || '') + '||0|';
+    }
+  }
+
+  // The object's word that one of them was selected, or is not any more, is the only one with a second argument.
+  function runSubtitlePlayer(record, name, parameters) {
+    if (name !== 'onSelectedComponentChanged' || parameters.length < 2 || stateOf(record) !== kPlaying) return;
+    native.startSubtitlePlayer(record.id, native.storedNumber(record.id, 'enableSubtitles') === 1);
+  }
+
+  // ---- an element of subtitles only has no media whose time could be read: a clock goes in its place
+
+  function beSubtitlesOnly(record) {
+    record.object.playerType = kSubtitleType;
+    record.clock = { position: 0, since: 0, rate: 0 };
+  }
+
+  function clockPosition(clock) {
+    return Math.max(0, clock.position + (page.now() - clock.since) * clock.rate);
+  }
+
+  function setClock(clock, position, rate) {
+    clock.position = position;
+    clock.since = page.now();
+    clock.rate = rate;
+  }
+
+  const clockReads = {
+    playPosition: clockPosition,
+    ttmlXmlPlayPosition: (clock) => Math.round(clockPosition(clock)),
+    speed: (clock) => clock.rate,
+  };
+
+  function playClock(record, speed) {
+    setClock(record.clock, clockPosition(record.clock), speed > 0 ? speed : 0);
+    native.startSubtitlePlayer(record.id, speed > 0);
+  }
+
+  // No state of the object leads back to stopped without media: a fresh one takes its place.
+  function stopClock(element, record) {
+    const wasStopped = stateOf(record) === kStopped;
+    retire(element, record);
+    upgrade(element);
+    if (!wasStopped) page.queueTask(() => raise(element, 'onPlayStateChange', [kStopped]));
+    return true;
   }
 
   // <embed> names its source "src" in markup; pages that treat both elements alike set "data".
@@ -184,6 +278,10 @@
   function typeChanged(element, record) {
     if (!supported(element)) {
       retire(element, record);
+      return;
+    }
+    if ((typeOf(element) === kSubtitleType) !== (record.clock !== null)) {
+      stopClock(element, record);
       return;
     }
     if (stateOf(record) !== kStopped) record.object.stop();
@@ -246,18 +344,27 @@
       placeWindow(element, record);
       const speed = parameters.length === 0 ? 1 : parameters[0];
       const result = record.object.play(...parameters);
+      if (record.clock !== null && result === true && typeof speed === 'number') playClock(record, speed);
       if (typeof speed === 'number' && speed !== 0) record.speed = speed;
       if (speed === 0 && stateOf(record) === kStopped) expect(element, record, kStateWait, false);
       updateHold(element, record);
       return result;
     },
     stop(element, record, parameters) {
+      if (record.clock !== null) return stopClock(element, record);
       record.queued = false;
       record.renewing = false;
       record.waitUntil = 0;
       const result = record.object.stop(...parameters);
       updateHold(element, record);
       return result;
+    },
+    seek(element, record, parameters) {
+      if (record.clock === null) return record.object.seek(...parameters);
+      if (typeof parameters[0] !== 'number' || !(parameters[0] >= 0)) return false;
+      setClock(record.clock, parameters[0], record.clock.rate);
+      page.queueTask(() => raise(element, 'onPlayPositionChanged', [parameters[0]]));
+      return true;
     },
     queue(element, record, parameters) {
       const parameter = parameters[0];
@@ -305,6 +412,19 @@
         };
       };
     })`)(records, lookup, original);
+  }
+
+  // The same with a look at the clock.
+  function makeClockGetter(name) {
+    return native.compile(`(function (records, lookup, original, read) {
+      return function (descriptor) {
+        return function () {
+          const record = records.get(this) || lookup(this);
+          if (record === undefined) return original(descriptor, this);
+          return record.clock === null ? record.object.${name} : read(record.clock);
+        };
+      };
+    })`)(records, lookup, original, clockReads[name]);
   }
 
   function defineProperty(prototype, name, makeRead) {
@@ -367,7 +487,8 @@
       if (row.access === kAccessAttribute) attributes.set(row.name.toLowerCase(), row.name);
       if (row.type === kTypeHandler) handlers.set(row.name.toLowerCase(), row.name);
     }
-    const values = rows.properties.filter((row) => row.type !== kTypeHandler).map((row) => [row.name, makeGetter(row.name)]);
+    const values = rows.properties.filter((row) => row.type !== kTypeHandler)
+      .map((row) => [row.name, clockReads[row.name] === undefined ? makeGetter(row.name) : makeClockGetter(row.name)]);
     const methods = rows.methods.map((name) => [name, calls[name] === undefined ? makePlainMethod(name) : makeMethod(name, calls[name])]);
     methods.push(['setFullScreen', makeMethod('setFullScreen', setFullScreen)]);
     for (const prototype of page.prototypes) {
@@ -447,6 +568,7 @@
     if (state !== undefined) noteState(element, record, state);
     raise(element, name, parameters);
     if (records.get(element) !== record) return;  // a handler gave the object up
+    runSubtitlePlayer(record, name, parameters);
     if (state !== undefined) playOn(record, state);
     updateHold(element, record);
   }
@@ -556,7 +678,9 @@
     },
     parameterAdded(element, name, value) {
       const record = records.get(element);
-      if (record !== undefined) applyParameter(record, name, value);
+      if (record === undefined) return;
+      applyParameter(record, name, value);
+      addSubtitles(element, record, [[name, value]]);
     },
     layoutChanged,             // boxes may be elsewhere: they are looked at with the next flush
     placeWindows,              // they are looked at now

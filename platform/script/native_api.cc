@@ -116,6 +116,12 @@ JSValueRef raise(Binding& binding, Arguments arguments, JSValueRef*) {
   return boolean(binding, plugin != nullptr && plugin->dispatchEvent(name.c_str(), nullptr, 0));
 }
 
+JSValueRef startSubtitlePlayer(Binding& binding, Arguments arguments, JSValueRef*) {
+  CorvelNativePluginBase* plugin = pluginOf(binding, arguments[0]);
+  if (plugin != nullptr) plugin->startOOBSubtitlePlayer(JSValueToBoolean(binding.context(), arguments[1]));
+  return undefined(binding);
+}
+
 // The layer's own look at an object: no script access, so no thunk runs and no trace mentions it.
 JSValueRef storedNumber(Binding& binding, Arguments arguments, JSValueRef*) {
   CorvelNativePluginBase* plugin = pluginOf(binding, arguments[0]);
@@ -155,6 +161,7 @@ JSObjectRef makeNativeApi(Binding& binding) {
       {"setFlag", setFlag, 3},
       {"flag", flag, 2},
       {"raise", raise, 2},
+      {"startSubtitlePlayer", startSubtitlePlayer, 2},
       {"storedNumber", storedNumber, 2},
       {"storedText", storedText, 2},
       {"compile", compile, 1},

@@ -58,6 +58,7 @@ void readOptional(SymbolReader& reader, MediaFunctions& out) {
   reader.optional("mediaLibraryWaitIdle", out.waitIdle);
   reader.optional("mediaTapSound", out.tapSound);
   reader.optional("mediaPreferLanguages", out.preferLanguages);
+  reader.optional("mediaChangeSubtitleSettings", out.changeSubtitleSettings);
 }
 
 }  // namespace
@@ -124,6 +125,10 @@ bool MediaLibrary::preferLanguages(const std::string& sound, const std::string& 
   constexpr int kAudio = 1;
   constexpr int kSubtitles = 2;
   return s_table.preferLanguages(kAudio, sound.c_str()) != 0 && s_table.preferLanguages(kSubtitles, subtitles.c_str()) != 0;
+}
+
+bool MediaLibrary::changeSubtitleSettings(const _SubtitleSettingsParams& settings) const {
+  return s_table.changeSubtitleSettings != nullptr && s_table.changeSubtitleSettings(&settings) != 0;
 }
 
 }  // namespace shell

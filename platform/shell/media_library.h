@@ -43,6 +43,8 @@ class AVCSHELL_API MediaLibrary {
   /// The viewer's languages for sound and subtitles, most preferred first, "deu,eng". @return false where the library does not ask.
   bool preferLanguages(const std::string& languages) const { return preferLanguages(languages, languages); }
   bool preferLanguages(const std::string& sound, const std::string& subtitles) const;
+  /// Tells every player, and those to come. @return false where the library does not take them.
+  bool changeSubtitleSettings(const _SubtitleSettingsParams& settings) const;
 
  private:
   MediaLibrary() = default;

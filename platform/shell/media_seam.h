@@ -31,6 +31,7 @@ struct MediaFunctions {
   int (*waitIdle)(int);
   void (*tapSound)(MediaSoundTap, void*);
   int (*preferLanguages)(int, const char*);
+  int (*changeSubtitleSettings)(const _SubtitleSettingsParams*);
 };
 
 /// Watches the seam. Calls come from any thread and must not call the media functions.

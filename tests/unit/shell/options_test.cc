@@ -24,8 +24,8 @@ TEST(AvcRunOptions, HelpAndVersionEndWithZero) {
   const Outcome help = runAvc({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.out, StartsWith("Usage: avc-run"));
-  for (const char* option : {"--document-url", "--timeout", "--snapshot", "--trace", "--record-audio", "--languages", "--quiet",
-                             "--media-library", "--plugin"}) {
+  for (const char* option : {"--document-url", "--timeout", "--snapshot", "--trace", "--record-audio", "--languages",
+                             "--subtitle-settings", "--quiet", "--media-library", "--plugin"}) {
     EXPECT_THAT(help.out, HasSubstr(option));
   }
   const Outcome version = runAvc({"--version"});
@@ -40,6 +40,14 @@ TEST(AvcRunOptions, WrongCommandLinesAreRefusedWithOneLine) {
   expectRefused(runAvc({"--quiet=1", "x.js"}), "--quiet takes no value");
   for (const char* seconds : {"0", "-1", "soon", "1e3", "2s"}) {
     expectRefused(runAvc({std::string("--timeout=") + seconds, "x.js"}), "--timeout needs a number of seconds above 0");
+  }
+}
+
+TEST(AvcRunOptions, WrongSubtitleSettingsAreRefusedWithOneLine) {
+  for (const std::string& settings :
+       {std::string("large"), std::string(":large"), std::string("1.5:large"), "1:" + std::string(65, 'x')}) {
+    expectRefused(runAvc({"--subtitle-settings", settings, "x.js"}),
+                  "--subtitle-settings needs a number, a colon and at most 64 bytes");
   }
 }
 

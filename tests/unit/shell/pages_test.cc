@@ -17,7 +17,7 @@ TEST_P(AvcRunPage, PassesItsChecks) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, AvcRunPage,
                          testing::Values("components", "element", "environment", "events", "geometry", "handlers", "queue",
-                                         "source", "collect"),
+                                         "source", "subtitles", "collect"),
                          [](const auto& info) { return std::string(info.param); });
 
 // No exit() here: the run must notice that the film is over.
