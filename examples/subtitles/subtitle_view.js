@@ -32,6 +32,7 @@ function SubtitleView(video, target, options) {
 }
 
 SubtitleView.INTERVAL_MS = 40;
+SubtitleView.LARGEST = 500000;  // letters; the renderer makes an element of each that is seen, which would take a television minutes
 
 SubtitleView.load = function (url, done) {
   var request = new XMLHttpRequest();
@@ -76,6 +77,10 @@ SubtitleView.prototype.take = function (text, inBand) {
 };
 
 SubtitleView.prototype.parse = function (text) {
+  if (text.length > SubtitleView.LARGEST) {
+    this.problems += 1;
+    return null;
+  }
   try {
     return this.imsc.fromXML(text, null, null) || null;
   } catch (error) {

@@ -8,6 +8,7 @@
 The case passes when avc-run ends with status 0, prints nothing that looks like a defect, and what it is asked to look for is there:
 --agent: every request for media carried this user agent; --asked-for: so many different addresses were; --never-asked-for: none was;
 --trace-has: a line of the trace matches;
+--with: scripts that run before the case; --subtitle-settings: the viewer's;
 --heard: the recording of the run has these tones in this order, "440,880"; silence counts where
 it is asked for, "440,0,440". On failure the end of the trace
 is shown. Everything lies in a temporary folder that is removed.
@@ -45,6 +46,8 @@ def parseArguments():
     parser.add_argument("--languages", help="the viewer's languages, most preferred first")
     parser.add_argument("--option", action="append", default=[], help="an option for avc-run")
     parser.add_argument("--never-says", metavar="REGEX", help="neither the output nor the trace says this")
+    parser.add_argument("--with", dest="before", action="append", default=[], metavar="FILE", help="a script that runs before the case")
+    parser.add_argument("--subtitle-settings", help="the viewer's subtitle settings, VALUE:TEXT")
     parser.add_argument("--timeout", type=int, default=60, help="seconds")
     return parser.parse_args()
 
@@ -60,14 +63,16 @@ def runScripts(options, base, folder):
     """Gives (problem or None, output, trace)."""
     config = os.path.join(folder, "config.js")
     with open(config, "w", encoding="utf-8") as file:
-        file.write("const CONFIG = %s;\n" % json.dumps(dict(json.loads(options.config), base=base)))
+        file.write("const CONFIG = %s;\n" % json.dumps(dict(json.loads(options.config), base=base, media=options.media)))
     trace = os.path.join(folder, "trace.jsonl")
     command = [options.avc_run, "--document-url", base, "--timeout", str(options.timeout), "--trace", trace, *options.option]
     if options.heard:
         command += ["--record-audio", recordingIn(folder)]
     if options.languages:
         command += ["--languages", options.languages]
-    command += [config, os.path.join(HERE, "harness.js"), options.case]
+    if options.subtitle_settings:
+        command += ["--subtitle-settings", options.subtitle_settings]
+    command += [*options.before, config, os.path.join(HERE, "harness.js"), options.case]
     try:
         result = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                                 errors="replace", env=environment(options.locale), timeout=options.timeout + GRACE_S, check=False)
