@@ -116,7 +116,8 @@ std::string ttmlOf(const WebVttCues& cues) {
   std::vector<std::string> known;
   for (const WebVttCue& cue : cues) {
     const auto found = std::find(known.begin(), known.end(), cue.settings);
-    const std::string id = "r" + std::to_string(found - known.begin());
+    std::string id = "r";
+    id += std::to_string(found - known.begin());
     if (found == known.end()) {
       known.push_back(cue.settings);
       regions += "<region xml:id=\"" + id + "\"" + regionAttributesOf(cue.settings) + "/>\n";

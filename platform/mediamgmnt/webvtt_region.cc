@@ -124,8 +124,12 @@ void placeDown(const Settings& settings, Box& box) {
 std::string percent(double value) {
   const long long hundredths = std::llround(value * 100);
   std::string text = std::to_string(hundredths / 100);
-  if (hundredths % 100 != 0) text += "." + std::to_string(hundredths % 100 + 100).substr(1);
-  return text + "%";
+  if (hundredths % 100 != 0) {
+    text += '.';
+    text.append(std::to_string(hundredths % 100 + 100), 1);
+  }
+  text += '%';
+  return text;
 }
 
 const char* textAlignOf(std::string_view align) {
