@@ -196,6 +196,20 @@ class RunnerTest(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("playState 6", result.stdout)
 
+    def test_subtitles_are_read(self):
+        folder = os.path.join(OPTIONS.examples, "subtitles")
+        scripts = [os.path.join(folder, "node_modules", "imsc", "dist", "imsc.all.min.js"), os.path.join(folder, "subtitle_view.js"),
+                   os.path.join(folder, "show.js")]
+        for path, kind, text in (("short/dash/text.mpd", "application/dash+xml", "deu %d000 / zw\u00f6lf \u2713"),
+                                 ("short/hls/text.m3u8", "application/vnd.apple.mpegurl", "deu %d & more / second line")):
+            result = self.run_("--timeout", "30", *scripts, "--", self.base + path, kind, "deu")
+            self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+            for second in range(1, 4):
+                self.assertIn((text % second).replace(" 0000 ", " 0 "), result.stdout)
+        result = self.run_("--timeout", "30", *scripts, "--", self.base + "short/dash/text.mpd", "application/dash+xml", "spa")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("there are no subtitles in spa", result.stdout)
+
     def test_the_player_goes_its_tour(self):
         scripts = [os.path.join(OPTIONS.examples, "player", name) for name in ("player.js", "tour.js")]
         result = self.run_("--timeout", "60", *scripts, "--", self.base + "two.mp4", "video/mp4")
