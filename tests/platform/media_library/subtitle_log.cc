@@ -78,7 +78,7 @@ void SubtitleLog::forget() {
 }
 
 void SubtitleLog::waitFor(const std::function<bool(const SubtitleLog&)>& condition, const char* what) const {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(15);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(40);
   while (!condition(*this)) {
     std::unique_lock lock(mutex);
     if (changed.wait_until(lock, std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(20))) ==
