@@ -15,6 +15,9 @@
   var watched = null;     // the film in the window
   var lastKey = Date.now();
 
+  // Subtitles are the page's to draw. From now on this does, whatever is watched and chosen.
+  new SubtitleView(video, document.getElementById('subtitles'));
+
   function show(id, text) {
     document.getElementById(id).textContent = text;
   }

@@ -16,6 +16,8 @@ var FILMS = [
     about: 'A presentation without an end. One can go back as far as its window reaches.' },
   { title: 'Two languages', kind: 'Languages', type: 'application/dash+xml', data: 'dash/tracks.mpd',
     about: 'Press red to change the language of the sound, green for subtitles.' },
+  { title: 'Subtitles', kind: 'TTML', type: 'application/dash+xml', data: 'dash/text.mpd',
+    about: 'Timed text in segments of its own. Green takes the next language, and after the last none.' },
   { title: 'Double bill', kind: 'Queue', type: 'video/mp4', data: 'short/two.mp4', next: 'two.mp4',
     about: 'Four seconds, and the next film follows without a pause. Yellow puts one into the queue.' },
   { title: 'Not there', kind: 'Error', type: 'video/mp4', data: 'no-such-film.mp4', about: 'What a viewer sees when a film is gone.' },

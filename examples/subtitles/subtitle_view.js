@@ -52,7 +52,7 @@ SubtitleView.prototype.show = function (show) {
 /// Two arguments: a subtitle of the page. The same event tells that it was selected and that it is not any more.
 SubtitleView.prototype.select = function (type, source) {
   var self = this;
-  if (type !== 2) return;
+  if (type !== 2 || (source === undefined && this.source === null)) return;
   this.source = source !== undefined && this.video.enableSubtitles ? source : null;
   this.clear();
   if (this.source === null) return;
@@ -126,7 +126,7 @@ SubtitleView.prototype.clear = function () {
   this.document = null;
   this.times = [];
   this.offset = 0;
-  this.drawn = null;  // the beginning of what is seen
+  this.drawn = null;  // what is seen, and how large
   this.target.textContent = '';
 };
 
@@ -135,18 +135,23 @@ SubtitleView.prototype.draw = function () {
   var seconds = this.position() + this.offset;
   var visible = this.settings.enabled && this.document !== null && (this.shown || this.source !== null);
   var from = -1;
+  var size = this.measure();
+  var state;
   if (visible) this.times.forEach(function (time) { if (time <= seconds + 0.001) from = time; });
-  if (from === this.drawn) return;
-  this.drawn = from;
+  state = from + ' ' + size.width + 'x' + size.height;
+  if (state === this.drawn) return;
+  this.drawn = state;
   this.target.textContent = '';
-  if (from >= 0) this.render(from);
+  if (from >= 0) this.render(from, size);
 };
 
-SubtitleView.prototype.render = function (seconds) {
-  var width = this.size ? this.size.width : this.target.offsetWidth;
-  var height = this.size ? this.size.height : this.target.offsetHeight;
+SubtitleView.prototype.measure = function () {
+  return this.size || { width: this.target.offsetWidth, height: this.target.offsetHeight };
+};
+
+SubtitleView.prototype.render = function (seconds, size) {
   try {
-    this.imsc.renderHTML(this.imsc.generateISD(this.document, seconds), this.target, null, height, width);
+    this.imsc.renderHTML(this.imsc.generateISD(this.document, seconds), this.target, null, size.height, size.width);
     this.applySettings(this.target);
   } catch (error) {
     this.problems += 1;

@@ -14,6 +14,7 @@ inline constexpr char kStartAudioLanguages[] = "audio-languages";
 inline constexpr char kStartSubtitleLanguages[] = "subtitle-languages";
 inline constexpr char kStartUiLanguages[] = "ui-languages";
 inline constexpr char kStartCountry[] = "country";
+inline constexpr char kStartSubtitleSettings[] = "subtitle-settings";  ///< "" for none
 
 // From the page's process.
 inline constexpr char kMessagePlane[] = "plane";  ///< memory and tick descriptors; bytes of the memory

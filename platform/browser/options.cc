@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/browser/remote_keys.h"
+#include "platform/shell/subtitle_settings.h"
 
 namespace browser {
 
@@ -123,6 +124,7 @@ class Parser {
     if (name == "--window") return [this](const std::string& value) { readWindow(value); };
     if (name == "--quit-after") return [this](const std::string& value) { readQuit(value); };
     if (name == "--keys") return [this](const std::string& value) { readKeys(value); };
+    if (name == "--subtitle-settings") return [this](const std::string& value) { readSubtitleSettings(value); };
     return nullptr;
   }
 
@@ -133,6 +135,14 @@ class Parser {
   void readQuit(const std::string& value) {
     const bool good = parseSeconds(value, m_out.quitSeconds) && m_out.quitSeconds > 0;
     if (!good) m_error = "--quit-after needs a number of seconds above 0, not \"" + value + "\"";
+  }
+
+  void readSubtitleSettings(const std::string& value) {
+    _SubtitleSettingsParams settings;
+    if (!shell::parseSubtitleSettings(value, settings)) {
+      m_error = "--subtitle-settings needs a number, a colon and at most 64 bytes of text, not \"" + value + "\"";
+    }
+    m_out.subtitleSettings = value;
   }
 
   void addStep(Step step) { m_out.steps.push_back(std::move(step)); }
@@ -216,6 +226,8 @@ What the page is told
       --ui-languages LIST
       --country CODE              ISO 3166-1 alpha-3, such as DEU
       --user-agent TEXT           default: the engine's own followed by HbbTV/1.7.1
+      --subtitle-settings VALUE:TEXT
+                                  the viewer's subtitle settings: a number, and up to 64 bytes. Not in the file
   The same names are the keys of the group [browser] in )" +
          defaultConfigurationFile() + R"(
 

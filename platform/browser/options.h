@@ -34,6 +34,7 @@ struct Options {
   std::string mediaLibrary;  ///< empty: the default one
   std::string plugin;
   std::string traceFile;
+  std::string subtitleSettings;  ///< "VALUE:TEXT"; empty for none
   std::vector<Step> steps;
   double quitSeconds = 0;  ///< 0: never by itself
   int width = 1280;

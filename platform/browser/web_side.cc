@@ -11,6 +11,7 @@
 #include "platform/browser/settings_text.h"
 #include "platform/browser/status_text.h"
 #include "platform/mediamgmnt/media_report.h"
+#include "platform/shell/subtitle_settings.h"
 
 namespace browser {
 
@@ -44,6 +45,8 @@ void WebSide::load(const std::map<std::string, std::string>& start) {
   if (m_media == nullptr) return;
   m_media->preferLanguages(at(start, kStartAudioLanguages),
                            at(start, kStartSubtitleLanguages));  // one that does not ask has its own
+  _SubtitleSettingsParams settings;
+  if (shell::parseSubtitleSettings(at(start, kStartSubtitleSettings), settings)) m_media->changeSubtitleSettings(settings);
   const std::string& trace = at(start, kStartTrace);
   if (!trace.empty()) m_trace = shell::Trace::open(trace, m_error);
   if (!m_error.empty()) return;

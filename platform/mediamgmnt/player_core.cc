@@ -8,6 +8,7 @@
 #include "platform/mediamgmnt/media_report.h"
 #include "platform/mediamgmnt/number_text.h"
 #include "platform/mediamgmnt/property_text.h"
+#include "platform/mediamgmnt/subtitle_settings.h"
 #include "platform/mediamgmnt/thread_ledger.h"
 
 namespace mediamgmnt {
@@ -141,7 +142,10 @@ void PlayerCore::applyWindow() {
 
 bool PlayerCore::setProperty(std::string_view key, std::string_view text) {
   std::string value(text);
-  if (key == property::kInput) return onControlThread([value](Playback& playback) { playback.setInput(value); });
+  if (key == property::kInput) {
+    SubtitleSettings::instance().repeat(*this);
+    return onControlThread([value](Playback& playback) { playback.setInput(value); });
+  }
   if (key == property::kForcedFormat) return onControlThread([value](Playback& playback) { playback.setDeclaredType(value); });
   if (key == property::kUserAgent) return onControlThread([value](Playback& playback) { playback.setUserAgent(value); });
   if (key == property::kCached) {

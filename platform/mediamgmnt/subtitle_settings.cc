@@ -25,4 +25,9 @@ void SubtitleSettings::follow(PlayerCore& player, MediaSubtitleSettingsCallback 
   if (callback != nullptr && m_settings) player.tell(*m_settings);
 }
 
+void SubtitleSettings::repeat(PlayerCore& player) {
+  std::lock_guard lock(m_mutex);
+  if (m_settings && player.dispatcher().hasSettingsCallback()) player.tell(*m_settings);
+}
+
 }  // namespace mediamgmnt

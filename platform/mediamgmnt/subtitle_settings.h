@@ -11,7 +11,8 @@ namespace mediamgmnt {
 
 class PlayerCore;
 
-/// Every player hears of the settings that there are when it registers for them, and of each change. Nothing is told before they
+/// Every player hears of the settings that there are when it registers for them and with each new source, since a page may begin to
+/// listen after it has made its object, and of each change. Nothing is told before they
 /// have been set once. Thread: any.
 class SubtitleSettings {
  public:
@@ -21,6 +22,7 @@ class SubtitleSettings {
   void change(const _SubtitleSettingsParams& settings);
   /// @p player hears of them from now on.
   void follow(PlayerCore& player, MediaSubtitleSettingsCallback callback);
+  void repeat(PlayerCore& player);
 
  private:
   std::mutex m_mutex;                                 // taken before the players'

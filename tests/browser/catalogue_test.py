@@ -51,6 +51,24 @@ class CatalogueTest(television.Case):
                   "--keys", "Red", "--wait", language % "deu",
                   "--wait", "/Sound: deu/.test(document.getElementById('extras').textContent)")
 
+    def test_green_shows_subtitles(self):
+        drawn = "document.getElementById('subtitles').textContent"
+        run = self.walk("--subtitle-settings", "1:color=yellow background=navy", "--keys", ",".join(["Down"] * 7 + ["Enter"]),
+                        "--wait", VIDEO + ".playPosition > 300 && %s === ''" % drawn, "--keys", "Green", "--wait", "/^eng [0-9]+/.test(%s)" % drawn,
+                        "--keys", "Pause", "--wait", VIDEO + ".playState === 2 && /^eng/.test(%s)" % drawn, "--screenshot", "subtitles.png",
+                        "--keys", "Blue", "--wait", "document.querySelector('#subtitles > div').offsetWidth === 1280",
+                        "--keys", "Green", "--wait", "/^deu [0-9]+/.test(%s)" % drawn)
+        picture = run.picture("subtitles.png")
+        # The document's region: 80 % of the window's width, 20 % of its height, with half of the height below it free.
+        left, top, width, height = WINDOW
+        region = [picture.at(x, y) for y in range(top + height * 7 // 10, top + height * 9 // 10) for x in range(left + width // 10, left + width * 9 // 10)]
+        navy = sum(1 for red, green, blue in region if red < 10 and green < 10 and 118 < blue < 138)
+        yellow = sum(1 for red, green, blue in region if red > 230 and green > 230 and blue < 40)
+        self.assertGreater(navy, len(region) // 4)
+        self.assertGreater(yellow, 100)
+        for bar in range(6):
+            self.assertBar(picture, *WINDOW, bar)
+
     def test_error_is_told_in_words(self):
         run = self.walk("--keys", "Up,Up,Enter", "--wait", VIDEO + ".playState === 6", "--wait",
                         "document.getElementById('message').textContent === 'The film is not available.'", "--screenshot", "error.png")

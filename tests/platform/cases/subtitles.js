@@ -153,15 +153,16 @@ const actions = {
     const heard = [];
     subject.object.addEventListener("SubtitleSettingsChanged", (event) => heard.push([event.value, event.text]));
     await until(() => heard.length === 1, () => "the settings of the command line");
-    checkEqual(heard[0], [1, "size=150 color=yellow background=navy"], "settings");
     await subject.play();
+    checkEqual(heard.length, 2, "once with the object, once with the source");
+    for (const each of heard) checkEqual(each, [1, "size=150 color=yellow background=navy"], "settings");
     subject.select("eng");
     await subject.sees("eng");
     const span = () => elementsOf(subject.target, "span")[0];
     checkEqual([span().style.color, span().style.backgroundColor], ["yellow", "navy"], "colours");
     const large = parseFloat(span().style.fontSize);
     checkEqual(changeSubtitleSettings(1, ""), true, "changed while it plays");
-    await until(() => heard.length === 2 && span() !== undefined, () => "the change");
+    await until(() => heard.length === 3 && span() !== undefined, () => "the change");
     await subject.sees("eng");
     checkEqual(span().style.color, "rgba(255,255,255,1)", "the document's own colour");
     checkBetween(large / parseFloat(span().style.fontSize), 1.49, 1.51, "size");
@@ -169,7 +170,7 @@ const actions = {
     await subject.seesNothing();
     changeSubtitleSettings(1, "x".repeat(64));
     await subject.sees("eng");
-    checkEqual(heard[3], [1, "x".repeat(64)], "the longest text");
+    checkEqual(heard[4], [1, "x".repeat(64)], "the longest text");
     checkEqual(changeSubtitleSettings(1, "x".repeat(65)), false, "a text that is too long");
     await subject.stop();
   },

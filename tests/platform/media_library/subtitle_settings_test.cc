@@ -62,15 +62,19 @@ TEST(SubtitleSettingsTest, ReachThePlayersThatThereAreAndThoseToCome) {
   registerSubtitleSettingsChangedCallback(second, onSettings);
   EXPECT_EQ(toldUpTo(2).back(), (Told{second, 1, "size=large"}));
 
+  setPlayerProperty(second, "INPUT", "http://127.0.0.1:1/none.mp4");
+  EXPECT_EQ(toldUpTo(3).back(), (Told{second, 1, "size=large"}))
+      << "whoever began to listen meanwhile hears of them with the source";
+
   closePlayer(first);
   const _SubtitleSettingsParams whole = settings(-2, std::string(64, 'x'));
   EXPECT_NE(mediaChangeSubtitleSettings(&whole), 0);
-  EXPECT_EQ(toldUpTo(3).back(), (Told{second, -2, std::string(64, 'x')}));
+  EXPECT_EQ(toldUpTo(4).back(), (Told{second, -2, std::string(64, 'x')}));
   closePlayer(second);
   closePlayer(deaf);
   EXPECT_NE(mediaChangeSubtitleSettings(&large), 0) << "no player is no failure";
   EXPECT_EQ(mediaChangeSubtitleSettings(nullptr), 0);
-  EXPECT_EQ(toldUpTo(3).size(), 3U);
+  EXPECT_EQ(toldUpTo(4).size(), 4U);
 }
 
 }  // namespace
