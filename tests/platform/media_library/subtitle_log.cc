@@ -9,6 +9,7 @@
 #include <iterator>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 
 namespace {
 
@@ -84,8 +85,8 @@ void SubtitleLog::waitFor(const std::function<bool(const SubtitleLog&)>& conditi
     if (changed.wait_until(lock, std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(20))) ==
             std::cv_status::timeout &&
         std::chrono::steady_clock::now() > deadline) {
-      ADD_FAILURE() << "in vain for " << what << ": " << logs[m_handle].size() << " notices";
-      return;
+      throw std::runtime_error(std::string("waited in vain for ") + what + ": " + std::to_string(logs[m_handle].size()) +
+                               " notices");
     }
   }
 }

@@ -39,7 +39,7 @@ class SubtitleLog {
   /// The kinds of all of them but documents, "SHOW HIDE CHANGE FONT".
   std::string signals() const;
   void forget();
-  /// Fails the test when @p condition does not come to hold.
+  /// Throws, which ends the test, when @p condition does not come to hold.
   void waitFor(const std::function<bool(const SubtitleLog&)>& condition, const char* what) const;
   void waitForDocuments(std::size_t count) const;
   /// The document that covers the place is the newest.

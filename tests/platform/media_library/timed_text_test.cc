@@ -94,7 +94,7 @@ TEST(WebVttTest, KeepsMarkup) {
 /// Whatever a network brings.
 TEST(WebVttTest, IsAlwaysWellFormed) {
   std::mt19937 random(11);
-  const std::string letters("<>/&;#-->:.0123456789bicuv lang\"'\n\r\t\x01\xC3\xA4\xFF%,", 50);
+  const std::string letters = "<>/&;#-->:.0123456789bicuv lang\"'\n\r\t\x01\xC3\xA4\xFF%,";
   for (int round = 0; round < 3000; ++round) {
     std::string text = "00:00.000 --> 00:01.000 line:" + std::to_string(random() % 30) + "%\n";
     for (unsigned length = random() % 80; length > 0; --length) text += letters[random() % letters.size()];
