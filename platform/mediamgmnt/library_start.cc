@@ -48,8 +48,7 @@ void loadElement(const char* name) {
 }
 
 void startLibrary() {
-  const bool started =
-      gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough() && registerWebVttElement() &&
+  const bool started = gst_init_check(nullptr, nullptr, nullptr) != FALSE && registerTtmlPassThrough() && registerWebVttElement() &&
                        registerClearKeyDecryptor();
   if (started) {
     gst_mpegts_initialize();

@@ -55,7 +55,8 @@ class Parser {
     const std::string name = argument.substr(0, equals);
     if (readFlag(name, equals != std::string::npos)) return;
     std::string* const text = textOf(name);
-    const bool other = name == "--timeout" || name == "--snapshot" || name == "--subtitle-settings" || shell::ProtectionOptions::isName(name);
+    const bool other =
+        name == "--timeout" || name == "--snapshot" || name == "--subtitle-settings" || shell::ProtectionOptions::isName(name);
     if (text == nullptr && !other) {
       m_error = "unknown option " + name;
       return;
