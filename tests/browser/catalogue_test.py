@@ -17,7 +17,7 @@ class CatalogueTest(television.Case):
             self.assertColour(picture, point, PANEL, 3)
 
     def test_choose_watch_and_full_screen(self):
-        run = self.walk("--screenshot", "catalogue.png", "--keys", "Down,Down,Up,Up,Enter", "--wait", VIDEO + ".playPosition > 300",
+        run = self.walk("--wait", "document.querySelector('.film.chosen') !== null", "--screenshot", "catalogue.png", "--keys", "Down,Down,Up,Up,Enter", "--wait", VIDEO + ".playPosition > 300",
                         "--keys", "Pause", "--wait", VIDEO + ".playState === 2", "--screenshot", "small.png",
                         "--keys", "Blue", "--wait", "true", "--screenshot", "large.png", "--keys", "Back", "--wait", "true", "--screenshot", "again.png")
         first = run.picture("catalogue.png")
