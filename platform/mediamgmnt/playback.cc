@@ -14,8 +14,6 @@ constexpr double kMissingEndMs = 1500;
 
 constexpr std::chrono::milliseconds kAdaptiveSeekSpacing{150};
 
-constexpr int kAttempts = 4;
-
 }  // namespace
 
 Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protection, Voice& voice, Components& components,

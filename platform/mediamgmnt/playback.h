@@ -92,6 +92,7 @@ class Playback : private PipelineListener {
   bool playsAgain();
   bool endsTooEarly() const;
   void fail(Failure failure);
+  static constexpr int kAttempts = 4;
   void tryAgain();
 
   // playback_protection.cc: descriptors, rights, ratings

@@ -20,7 +20,7 @@ constexpr milliseconds kStarvedAfter{1000};
 constexpr milliseconds kEndExpectedAfter{300};
 constexpr double kNearEndMs = 1000;
 constexpr milliseconds kLostAfter{10000};
-constexpr milliseconds kUnplayableAfter{8000};
+constexpr milliseconds kUnplayableAfter{2500};
 constexpr milliseconds kDownloadAsleepAfter{200};
 
 /// A transport stream's first picture comes this much after its first clock reference at most; more is a real place.
@@ -99,8 +99,11 @@ void Playback::watchForStall() {
   if (!mustMove || m_stepping) return noteProgress();
   if (m_connectTimer != 0) return;  // the connect watchdog's matter
   if (Clock::now() - m_lastProgress > kDownloadAsleepAfter) m_pipeline->wakeDownload();
-  // A demuxer's error is lost when it comes while GStreamer is still setting that demuxer up.
-  if (m_pipeline->endedWithoutStreams() && Clock::now() - m_lastProgress > kUnplayableAfter) return fail(Failure::CorruptContent);
+  // A demuxer's error is lost when it comes while GStreamer 1.22 is still setting that demuxer up; and now and then what has been
+  // set up never begins.
+  if (m_pipeline->endedWithoutStreams() && Clock::now() - m_lastProgress > kUnplayableAfter) {
+    return m_attempts < kAttempts ? tryAgain() : fail(Failure::CorruptContent);
+  }
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
 }
 

@@ -347,9 +347,9 @@ TEST(ThreadTest, CommandsAndReadsFromSeveralThreadsReturnAtOnce) {
     player.command("PLAY", "1.00");
   }
   player.waitFor([](const Words& words) { return count(words, "PAUSED") == 10 && words.back() == "PLAY_SPEED_CHANGED"; }, 20);
+  EXPECT_TRUE(TestPlayer::eventually([&] { return reads > 10; }));
   done = true;
   for (std::thread& reader : readers) reader.join();
-  EXPECT_GT(reads, 10);
   EXPECT_EQ(count(player.words(), "PAUSED"), 10);
 }
 
