@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/runner/script_runner.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -23,7 +24,10 @@ namespace runner {
 
 namespace {
 
-constexpr double kScriptCheckSeconds = 0.1;  // how often a script that does not return is looked at
+/// A script that does not return is looked at this often, and at the deadline. Seldom, because JavaScriptCore 2.50 now and then
+/// aborts the process when it looks while a script is just returning.
+constexpr double kScriptCheckSeconds = 10;
+constexpr double kShortestCheckSeconds = 0.1;
 constexpr guint kTickMilliseconds = 100;
 constexpr int kSignalStatus = 128;
 
@@ -120,7 +124,12 @@ void ScriptRunner::limitTime() {
 
 /// The main loop sees neither the deadline nor a signal while a script does not return.
 void ScriptRunner::watchScript() {
-  JSContextGroupSetExecutionTimeLimit(JSContextGetGroup(m_context), kScriptCheckSeconds, shouldTerminate, this);
+  double seconds = kScriptCheckSeconds;
+  if (m_deadline != 0) {
+    const double rest = static_cast<double>(m_deadline - g_get_monotonic_time()) / G_USEC_PER_SEC;
+    seconds = std::clamp(rest, kShortestCheckSeconds, kScriptCheckSeconds);
+  }
+  JSContextGroupSetExecutionTimeLimit(JSContextGetGroup(m_context), seconds, shouldTerminate, this);
 }
 
 bool ScriptRunner::shouldTerminate(JSContextRef, void* self) {
