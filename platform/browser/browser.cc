@@ -163,6 +163,7 @@ void Browser::onInitializeExtensions(WebKitWebContext* context, gpointer self) {
   add(kStartUiLanguages, options.preferences.uiLanguages);
   add(kStartCountry, options.preferences.country);
   add(kStartSubtitleSettings, options.subtitleSettings);
+  add(kStartProtection, options.protection.packed());
   webkit_web_context_set_web_extensions_directory(context, extensionFolder().c_str());
   webkit_web_context_set_web_extensions_initialization_user_data(context, g_variant_builder_end(&start));
 }

@@ -15,6 +15,7 @@ inline constexpr char kStartSubtitleLanguages[] = "subtitle-languages";
 inline constexpr char kStartUiLanguages[] = "ui-languages";
 inline constexpr char kStartCountry[] = "country";
 inline constexpr char kStartSubtitleSettings[] = "subtitle-settings";  ///< "" for none
+inline constexpr char kStartProtection[] = "protection";               ///< limits and keys, as ProtectionOptions packs them
 
 // From the page's process.
 inline constexpr char kMessagePlane[] = "plane";  ///< memory and tick descriptors; bytes of the memory

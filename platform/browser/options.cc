@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -125,6 +126,9 @@ class Parser {
     if (name == "--quit-after") return [this](const std::string& value) { readQuit(value); };
     if (name == "--keys") return [this](const std::string& value) { readKeys(value); };
     if (name == "--subtitle-settings") return [this](const std::string& value) { readSubtitleSettings(value); };
+    if (shell::ProtectionOptions::isName(name)) {
+      return [this, name](const std::string& value) { m_out.protection.read(name, value, m_error); };
+    }
     return nullptr;
   }
 
@@ -170,8 +174,33 @@ class Parser {
   std::string m_error;
 };
 
+std::string absoluteBeside(const std::string& configurationFile, const std::string& path) {
+  char* const folder = g_path_get_dirname(configurationFile.c_str());
+  char* const absolute = g_canonicalize_filename(path.c_str(), folder);
+  const std::string out = absolute;
+  g_free(absolute);
+  g_free(folder);
+  return out;
+}
+
+// The options of the same names but for single keys, which belong into a file of their own; its name is relative to the
+// configuration.
+bool readProtection(GKeyFile* file, const std::string& path, shell::ProtectionOptions& out, std::string& error) {
+  for (const char* name : {"parental-limit", "parental-country", "clearkey-file"}) {
+    char* const text = g_key_file_get_string(file, kSection, name, nullptr);
+    if (text == nullptr) continue;
+    std::string value = text;
+    g_free(text);
+    if (name == std::string_view("clearkey-file")) value = absoluteBeside(path, value);
+    if (out.read(std::string("--") + name, value, error)) continue;
+    error = path + ": " + error.substr(2);
+    return false;
+  }
+  return true;
+}
+
 // @return false for a file that is there and cannot be understood.
-bool readConfiguration(const std::string& path, Preferences& out, std::string& error) {
+bool readConfiguration(const std::string& path, Options& out, std::string& error) {
   if (!g_file_test(path.c_str(), G_FILE_TEST_EXISTS)) return true;
   const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(), g_key_file_unref);
   GError* problem = nullptr;
@@ -180,18 +209,26 @@ bool readConfiguration(const std::string& path, Preferences& out, std::string& e
     g_error_free(problem);
     return false;
   }
-  for (const auto& [name, text] : preferenceTexts(out)) {
+  for (const auto& [name, text] : preferenceTexts(out.preferences)) {
     char* const value = g_key_file_get_string(file.get(), kSection, name.c_str(), nullptr);
     if (value != nullptr) *text = value;
     g_free(value);
   }
-  return true;
+  return readProtection(file.get(), path, out.protection, error);
+}
+
+// The shared text begins its explanations four columns earlier.
+std::string protectionHelp() {
+  std::string out;
+  std::istringstream lines(shell::ProtectionOptions::helpText());
+  for (std::string line; std::getline(lines, line);) out += "    " + line + '\n';
+  return out;
 }
 
 }  // namespace
 
 bool parseOptions(int argc, const char* const* argv, const std::string& configurationFile, Options& out, std::string& error) {
-  return readConfiguration(configurationFile, out.preferences, error) && Parser(argc, argv, out).run(error);
+  return readConfiguration(configurationFile, out, error) && Parser(argc, argv, out).run(error);
 }
 
 std::string defaultConfigurationFile() {
@@ -227,9 +264,14 @@ What the page is told
       --country CODE              ISO 3166-1 alpha-3, such as DEU
       --user-agent TEXT           default: the engine's own followed by HbbTV/1.7.1
       --subtitle-settings VALUE:TEXT
-                                  the viewer's subtitle settings: a number, and up to 64 bytes. Not in the file
-  The same names are the keys of the group [browser] in )" +
-         defaultConfigurationFile() + R"(
+                                  the viewer's subtitle settings: a number, and up to 64 bytes
+
+What the viewer may see
+)" + protectionHelp() +
+         R"(
+  The same names, but for subtitle-settings and clearkey, are the keys of the group [browser] in
+  )" + defaultConfigurationFile() +
+         R"(
 
 What is shown
       --window WxH                size of the window; the page is always 1280x720. Default 1280x720

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/shell/protection_options.h"
+
 namespace browser {
 
 inline constexpr int kExitFailed = 1;
@@ -46,6 +48,7 @@ struct Options {
   bool help = false;
   bool version = false;
   Preferences preferences;
+  shell::ProtectionOptions protection;
 };
 
 /// Reads the command line and, for what it leaves open, the configuration file.

@@ -11,6 +11,7 @@
 #include "platform/browser/settings_text.h"
 #include "platform/browser/status_text.h"
 #include "platform/mediamgmnt/media_report.h"
+#include "platform/shell/protection_options.h"
 #include "platform/shell/subtitle_settings.h"
 
 namespace browser {
@@ -47,6 +48,8 @@ void WebSide::load(const std::map<std::string, std::string>& start) {
                            at(start, kStartSubtitleLanguages));  // one that does not ask has its own
   _SubtitleSettingsParams settings;
   if (shell::parseSubtitleSettings(at(start, kStartSubtitleSettings), settings)) m_media->changeSubtitleSettings(settings);
+  shell::ProtectionOptions protection;
+  if (!protection.unpack(at(start, kStartProtection), m_error) || !protection.apply(*m_media, m_error)) return;
   const std::string& trace = at(start, kStartTrace);
   if (!trace.empty()) m_trace = shell::Trace::open(trace, m_error);
   if (!m_error.empty()) return;

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <charconv>
 #include <fstream>
+#include <sstream>
 
 namespace shell {
 
@@ -93,6 +94,29 @@ bool ProtectionOptions::readKeyFile(const std::string& path, std::string& error)
     if (entry.empty() || readKey(entry, error)) continue;
     error = "--clearkey-file: line " + std::to_string(number) + " of " + path + " is not KID:KEY, both 32 hexadecimal digits";
     return false;
+  }
+  return true;
+}
+
+std::string ProtectionOptions::packed() const {
+  std::string out;
+  if (m_parentalLimit) out += "--parental-limit=" + std::to_string(*m_parentalLimit) + '\n';
+  if (!m_parentalCountry.empty()) out += "--parental-country=" + m_parentalCountry + '\n';
+  for (const auto& [id, key] : m_clearKeys) out.append("--clearkey=").append(id).append(":").append(key).append("\n");
+  return out;
+}
+
+bool ProtectionOptions::unpack(const std::string& packed, std::string& error) {
+  std::istringstream lines(packed);
+  std::string line;
+  while (std::getline(lines, line)) {
+    const std::size_t equals = line.find('=');
+    const std::string name = line.substr(0, equals);
+    if (equals == std::string::npos || !isName(name)) {
+      error = "what was handed over about limits and keys cannot be read";
+      return false;
+    }
+    if (!read(name, line.substr(equals + 1), error)) return false;
   }
   return true;
 }

@@ -21,6 +21,10 @@ class AVCSHELL_API ProtectionOptions {
 
   /// @return false, with one line in @p error, for a value that makes no sense.
   bool read(const std::string& name, const std::string& value, std::string& error);
+  /// Everything in one text, with the keys, for a process that plays for this one; never to be shown.
+  std::string packed() const;
+  /// Takes over what packed() gave. @return false, with one line in @p error, for anything else.
+  bool unpack(const std::string& packed, std::string& error);
   /// Hands everything to the library. @return false, with one line in @p error, when it cannot do what is asked.
   bool apply(const MediaLibrary& library, std::string& error) const;
 
