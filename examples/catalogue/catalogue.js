@@ -13,6 +13,7 @@
   var video = document.getElementById('video');
   var chosen = 0;         // the line of the catalogue
   var watched = null;     // the film in the window
+  var refused = false;    // there is no right to it, and the viewer has been told
   var lastKey = Date.now();
 
   // Subtitles are the page's to draw. From now on this does, whatever is watched and chosen.
@@ -51,13 +52,18 @@
   // The type first: it says how the source that follows is to be read. play() may be called at once; the object waits for
   // the source by itself.
   function watch(film) {
-    hideMessage();
+    stop();
     watched = film;
-    video.stop();
+    refused = false;
     video.type = film.type;
     video.data = MEDIA + film.data;
     video.play(1);
     if (film.next) video.queue(MEDIA + film.next);
+  }
+
+  function stop() {
+    hideMessage();
+    video.stop();
   }
 
   // 1 plays on, other numbers are faster, slower or backwards, 0 pauses.
@@ -79,7 +85,7 @@
 
   function leave() {
     if (isWatching()) toggleFullScreen();
-    else video.stop();
+    else stop();
   }
 
   // The video follows its element; a page needs nothing else for full screen.
@@ -155,20 +161,30 @@
   // States come as events. In a handler everything is allowed, also to play something else.
   video.onPlayStateChange = function (state) {
     if (state === PLAYING) hideMessage();
-    if (state === ERROR) showMessage(ERRORS[video.error] || ERRORS[2]);
+    if (state === ERROR && !refused) showMessage(ERRORS[video.error] || ERRORS[2]);
     if (state === FINISHED && isWatching()) toggleFullScreen();
     refresh();
   };
   video.onPlaySpeedChanged = refresh;
   video.onPlayPositionChanged = refresh;
 
-  // Licences and ratings have events of their own.
+  // Licences and ratings have events of their own. Without a right to the film an error follows, which says less.
   video.onDRMRightsError = function (errorState) {
+    refused = true;
     showMessage(errorState === 0 ? 'There is no licence for this film.' : 'The licence does not allow this film.');
   };
+  // What is blocked stays paused and black, whatever the keys do, until the viewer changes the limit of the television.
   video.onParentalRatingChange = function (contentID, ratings, system, blocked) {
-    if (blocked) showMessage('This film is not for everybody.');
+    if (blocked) showMessage('This film is rated ' + names(ratings) + ', above the limit of this television.');
+    else hideMessage();
   };
+
+  // One object shows all ratings, each in its turn: it is read before the next one is asked for.
+  function names(ratings) {
+    var all = [];
+    for (var i = 0; i < ratings.length; i += 1) all.push(ratings.item(i).name);
+    return all.join(', ');
+  }
 
   // ---- the keys: the names VK_… are globals of every HbbTV page
 
@@ -181,7 +197,7 @@
   keys[VK_PLAY] = function () { video.play(1); };
   keys[VK_PAUSE] = function () { video.play(0); };
   keys[VK_PLAY_PAUSE] = playOrPause;
-  keys[VK_STOP] = function () { video.stop(); };
+  keys[VK_STOP] = stop;
   keys[VK_FAST_FWD] = function () { changeSpeed(1); };
   keys[VK_REWIND] = function () { changeSpeed(-1); };
   keys[VK_RED] = function () { nextComponent(video.COMPONENT_TYPE_AUDIO); };

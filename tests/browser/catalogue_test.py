@@ -1,9 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Walks through the example application with the keys of the remote control."""
+import os
+
 import television
 
 VIDEO = "document.getElementById('video')"
+MESSAGE = "document.getElementById('message')"
+RATED, PROTECTED = 8, 9  # lines of the catalogue
 PANEL = (22, 32, 44)
 WINDOW = (592, 64, 624, 351)
 
@@ -11,6 +15,16 @@ WINDOW = (592, 64, 624, 351)
 class CatalogueTest(television.Case):
     def walk(self, *steps):
         return self.browse(self.base + "examples/catalogue/index.hbbtv", *steps, "--quit-after", "80")
+
+    def walkTo(self, line, *steps):
+        return self.walk("--keys", ",".join(["Down"] * line + ["Enter"]), *steps)
+
+    @staticmethod
+    def says(text):
+        return ("--wait", "%s.style.display === 'block' && %s.textContent === '%s'" % (MESSAGE, MESSAGE, text))
+
+    def assertMessage(self, run, picture):
+        self.assertColour(run.picture(picture), (640, 210), (92, 31, 38), 4)
 
     def assertCatalogue(self, picture):
         for point in ((30, 500), (1250, 400), (900, 30), (900, 540)):
@@ -70,9 +84,34 @@ class CatalogueTest(television.Case):
             self.assertBar(picture, *WINDOW, bar)
 
     def test_error_is_told_in_words(self):
-        run = self.walk("--keys", "Up,Up,Enter", "--wait", VIDEO + ".playState === 6", "--wait",
-                        "document.getElementById('message').textContent === 'The film is not available.'", "--screenshot", "error.png")
-        self.assertColour(run.picture("error.png"), (640, 210), (92, 31, 38), 4)
+        run = self.walk("--keys", "Up,Up,Enter", "--wait", VIDEO + ".playState === 6", *self.says("The film is not available."),
+                        "--screenshot", "error.png")
+        self.assertMessage(run, "error.png")
+
+    def test_rated_film_is_blocked_in_words_and_the_next_one_plays(self):
+        said = "This film is rated 16, above the limit of this television."
+        run = self.walkTo(RATED, "--wait", VIDEO + ".playState === 2", *self.says(said), "--screenshot", "blocked.png",
+                          "--keys", "Play", "--wait", VIDEO + ".playState === 2", *self.says(said), "--keys", "Down,Up,Up,Enter", "--wait", VIDEO + ".playState === 1",
+                          "--wait", MESSAGE + ".style.display === 'none'",
+                          "--parental-limit", "12")
+        self.assertMessage(run, "blocked.png")
+        self.assertColour(run.picture("blocked.png"), (620, 90), television.BLACK, 0)
+        self.assertAllClosed(run)
+
+    def test_rated_film_plays_within_the_limit(self):
+        self.walkTo(RATED, "--wait", VIDEO + ".playState === 1 && %s.playPosition > 200" % VIDEO,
+                    "--wait", MESSAGE + ".style.display !== 'block'", "--parental-limit", "16")
+
+    def test_protected_film_plays_with_its_key(self):
+        run = self.walkTo(PROTECTED, "--wait", VIDEO + ".playState === 1 && %s.playPosition > 200" % VIDEO, "--screenshot", "plays.png",
+                          "--clearkey-file", os.path.abspath(os.path.join(television.options.media, "rights", "keys.txt")))
+        for bar in range(len(television.BARS)):
+            self.assertBar(run.picture("plays.png"), *WINDOW, bar)
+
+    def test_protected_film_without_its_key_is_told_in_words(self):
+        run = self.walkTo(PROTECTED, "--wait", VIDEO + ".playState === 6", *self.says("There is no licence for this film."),
+                          "--screenshot", "refused.png")
+        self.assertMessage(run, "refused.png")
 
     def test_every_kind_of_film_plays(self):
         for line in range(6):
