@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "platform/shell/protection_options.h"
 #include "tests/unit/shell/avc_run.h"
 
 namespace {
@@ -61,6 +62,36 @@ TEST(ProtectionOptions, ALibraryWithoutThemIsRefused) {
   expectRefused(runText("", {"--clearkey", std::string(kId) + ":" + kSecret}), "the media library takes no keys");
   const Outcome script = runText("console.log(setParentalLimit(12), setParentalLimit(null))");
   EXPECT_EQ(script.out, "false false\n");
+}
+
+TEST(ProtectionOptions, AnotherProcessTakesThemOver) {
+  shell::ProtectionOptions given;
+  std::string error;
+  const std::string key = std::string(kId) + ":" + kSecret;
+  ASSERT_TRUE(given.read("--parental-limit", "0", error) && given.read("--parental-country", "de", error) &&
+              given.read("--clearkey", key, error));
+  shell::ProtectionOptions taken;
+  ASSERT_TRUE(taken.unpack(given.packed(), error)) << error;
+  EXPECT_EQ(taken.parentalLimit(), 0);
+  EXPECT_EQ(taken.parentalCountry(), "de");
+  EXPECT_THAT(taken.packed(), HasSubstr("--clearkey=" + key + "\n"));
+}
+
+TEST(ProtectionOptions, NothingIsTakenOverAsNothing) {
+  shell::ProtectionOptions taken;
+  std::string error;
+  EXPECT_TRUE(taken.unpack(shell::ProtectionOptions().packed(), error));
+  EXPECT_EQ(taken.parentalLimit(), std::nullopt);
+  EXPECT_EQ(taken.packed(), "");
+}
+
+TEST(ProtectionOptions, WhatIsNoHandoverIsRefused) {
+  for (const char* before : {"", "--trace=", "--parental-limit=", "--clearkey="}) {
+    shell::ProtectionOptions taken;
+    std::string error;
+    EXPECT_FALSE(taken.unpack(std::string(before) + kSecret + "\n", error)) << before;
+    EXPECT_NE(error, "");
+  }
 }
 
 }  // namespace
