@@ -91,8 +91,8 @@ class CatalogueTest(television.Case):
     def test_rated_film_is_blocked_in_words_and_the_next_one_plays(self):
         said = "This film is rated 16, above the limit of this television."
         run = self.walkTo(RATED, "--wait", VIDEO + ".playState === 2", *self.says(said), "--screenshot", "blocked.png",
-                          "--keys", "Play", "--wait", VIDEO + ".playState === 2", *self.says(said), "--keys", "Down,Up,Up,Enter", "--wait", VIDEO + ".playState === 1",
-                          "--wait", MESSAGE + ".style.display === 'none'",
+                          "--keys", "Play", "--wait", VIDEO + ".playState === 2", *self.says(said),
+                          "--keys", "Down,Up,Up,Enter", "--wait", VIDEO + ".playState === 1 && %s.style.display === 'none'" % MESSAGE,
                           "--parental-limit", "12")
         self.assertMessage(run, "blocked.png")
         self.assertColour(run.picture("blocked.png"), (620, 90), television.BLACK, 0)
