@@ -18,6 +18,7 @@
 #include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/content_ratings.h"
 #include "platform/mediamgmnt/content_rights.h"
+#include "platform/mediamgmnt/download_rest.h"
 #include "platform/mediamgmnt/error_map.h"
 #include "platform/mediamgmnt/http_fetch.h"
 #include "platform/mediamgmnt/key_session.h"
@@ -192,6 +193,7 @@ class Pipeline {
   static GstPadProbeReturn onFetched(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void watchSeeks(GstElement* demuxer);
   static GstPadProbeReturn onFlush(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  void restDownloads(bool rest);
   void watchFetching(GstElement* track);
   void watchManifest(GstElement* adaptiveDemux);
   void noteTrackOfPeriod(const char* name);
@@ -269,10 +271,11 @@ class Pipeline {
   std::optional<double> m_soughtSeconds;                               ///< the target of a seek since the newest collection
   std::vector<std::pair<GstStreamCollection*, gulong>> m_collections;  ///< references, with the handlers connected to them
   bool m_refreshDue = false;
-  int m_periodsBegun = 0;                     ///< fetched, or about to be
-  int m_periodsAnnounced = 0;                 ///< presented, or about to be
-  bool m_periodsSkipped = false;              ///< a seek has begun one anew
-  std::vector<std::string> m_tracksOfPeriod;  ///< of the one begun last
+  std::unique_ptr<DownloadRest> m_downloadRest;  ///< of the seek that is flushing
+  int m_periodsBegun = 0;                        ///< fetched, or about to be
+  int m_periodsAnnounced = 0;                    ///< presented, or about to be
+  bool m_periodsSkipped = false;                 ///< a seek has begun one anew
+  std::vector<std::string> m_tracksOfPeriod;     ///< of the one begun last
 
   mutable std::mutex m_padMutex;
   Output m_outputs[3];                    // guarded by m_padMutex, index is Kind

@@ -7,15 +7,15 @@
 #include <utility>
 
 #include "platform/mediamgmnt/audio_output.h"
+#include "platform/mediamgmnt/download_rest.h"
 #include "platform/mediamgmnt/pipeline.h"
 
 namespace mediamgmnt {
 namespace {
 
 constexpr std::size_t kLargestManifest = 32U << 20U;
-constexpr int kTakeUpNaps = 12;
-constexpr gulong kTakeUpNapUs = 1000;
 constexpr int kBeginNaps = 30;
+constexpr gulong kBeginNapUs = 1000;
 constexpr std::int64_t kRecentDemuxerUs = 1'000'000;
 
 bool isAdaptiveDemux(GstObject* object) {
@@ -104,11 +104,12 @@ GstPadProbeReturn Pipeline::onFetched(GstPad*, GstPadProbeInfo*, gpointer self) 
   return GST_PAD_PROBE_OK;
 }
 
-/// The adaptive demuxers of GStreamer 1.22 forget to cancel a fetch that their download thread has not taken up yet when they seek,
-/// take what it brings for the next one's, and abort the process over that. While the flush goes out nothing new is fetched, so
-/// the download thread gets time there to take up what is queued: in naps, which last longer on a busy machine, as that thread
-/// does.
+/// The adaptive demuxers of GStreamer 1.22 cancel their fetches when they seek, between the two events of the flush. They miss one
+/// that their download thread has not taken up yet, take what it brings for the next one's, and abort the process over that; and
+/// one that has just been answered crashes in the HTTP library. So that thread rests meanwhile, where it has taken up and handed
+/// over all.
 void Pipeline::watchSeeks(GstElement* demuxer) {
+  DownloadRest::watchThreads();
   const auto watch = +[](GstElement*, GstPad* pad, gpointer self) {
     if (GST_PAD_IS_SRC(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_FLUSH, &Pipeline::onFlush, self, nullptr);
   };
@@ -118,10 +119,24 @@ void Pipeline::watchSeeks(GstElement* demuxer) {
 GstPadProbeReturn Pipeline::onFlush(GstPad*, GstPadProbeInfo* info, gpointer data) {
   auto* const self = static_cast<Pipeline*>(data);
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
-  if (GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_START) return GST_PAD_PROBE_OK;
-  const bool isFirst = self->m_flushOfSeek.exchange(gst_event_get_seqnum(event)) != gst_event_get_seqnum(event);
-  for (int nap = 0; isFirst && nap < kTakeUpNaps; ++nap) g_usleep(kTakeUpNapUs);
+  const guint32 seek = gst_event_get_seqnum(event);
+  const bool begins = GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_START && self->m_flushOfSeek.exchange(seek) != seek;
+  const bool ends = GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_STOP;
+  if (begins || ends) self->restDownloads(begins);
   return GST_PAD_PROBE_OK;
+}
+
+void Pipeline::restDownloads(bool rest) {
+  std::unique_ptr<DownloadRest> ended;
+  {
+    std::lock_guard lock(m_trackMutex);
+    ended = std::move(m_downloadRest);
+  }
+  ended.reset();
+  if (!rest) return;
+  auto begun = std::make_unique<DownloadRest>();
+  std::lock_guard lock(m_trackMutex);
+  m_downloadRest = std::move(begun);
 }
 
 void Pipeline::setShown(ComponentKind kind, bool shown) {
@@ -203,7 +218,7 @@ void Pipeline::noteAdaptiveDemux(GstElement* demuxer) {
 void Pipeline::letFetchingBegin() {
   m_ending = true;
   const bool isRecent = m_demuxerMadeUs != 0 && g_get_monotonic_time() - m_demuxerMadeUs < kRecentDemuxerUs;
-  for (int nap = 0; isRecent && m_lastFetchUs == 0 && nap < kBeginNaps; ++nap) g_usleep(kTakeUpNapUs);
+  for (int nap = 0; isRecent && m_lastFetchUs == 0 && nap < kBeginNaps; ++nap) g_usleep(kBeginNapUs);
 }
 
 /// GStreamer drops most of what a manifest says about its tracks.

@@ -12,8 +12,7 @@ namespace {
 constexpr std::chrono::milliseconds kLatestSwitch{500};
 
 constexpr std::chrono::milliseconds kLatestFetch{60};
-constexpr std::chrono::milliseconds kFetchLook{4};
-constexpr std::int64_t kQuietFetchUs = 8000;
+constexpr std::chrono::milliseconds kFetchLook{1};
 
 /// A stream that still is not there then cannot be presented; what is presented goes on.
 constexpr int kMostTries = 3;
@@ -116,12 +115,10 @@ void Playback::beginSwitch() {
   return bySeek ? seekForSwitch() : armSwitchWatch();
 }
 
-/// The new track is fetched from now on. GStreamer 1.22 does not survive a seek in the middle of a fetch that has just begun, so
-/// the first ones are given time; where the line is slow they are long under way when time is up.
+/// A seek that overtakes the selection would bring the old track once more: it waits until the new one is fetched. Where the line
+/// is slow that is long under way when time is up.
 void Playback::seekWhenFetched(Clock::time_point latest, std::int64_t selected) {
-  const std::int64_t last = m_pipeline->lastFetch();
-  const bool fetched = last > selected && g_get_monotonic_time() - last > kQuietFetchUs;
-  if (fetched || Clock::now() >= latest) {
+  if (m_pipeline->lastFetch() > selected || Clock::now() >= latest) {
     m_switchTimer = 0;
     seekForSwitch();
     return proceed();
