@@ -12,8 +12,6 @@ constexpr std::chrono::milliseconds kLatestPauseAnswer{500};
 /// A medium that ends this much before its declared end is cut off.
 constexpr double kMissingEndMs = 1500;
 
-constexpr std::chrono::milliseconds kAdaptiveSeekSpacing{150};
-
 }  // namespace
 
 Playback::Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protection, Voice& voice, Components& components,
@@ -145,7 +143,7 @@ void Playback::openPipeline() {
 
 void Playback::closePipeline() {
   for (TaskLoop::TimerId* const timer :
-       {&m_tickTimer, &m_connectTimer, &m_underrunTimer, &m_pauseTimer, &m_spacingTimer, &m_stepTimer, &m_switchTimer}) {
+       {&m_tickTimer, &m_connectTimer, &m_underrunTimer, &m_pauseTimer, &m_stepTimer, &m_switchTimer}) {
     m_loop.cancel(std::exchange(*timer, 0));
   }
   m_descriptorOpener.reset();
@@ -174,7 +172,6 @@ void Playback::forgetAnswers() {
 void Playback::proceed() {
   if (m_pipeline == nullptr || !m_prerolled) return;           // opening, or a seek is in flight: its end comes here again
   if (m_switchTimer != 0 && m_pipeline->isAdaptive()) return;  // its end comes here again
-  if ((m_next || m_switchDue) && mustSpaceSeeks()) return;
   if (m_next) return beginReposition();
   if (m_switchDue) beginSwitch();
   if (!m_prerolled || (m_switchTimer != 0 && m_pipeline->isAdaptive())) return;
@@ -183,21 +180,6 @@ void Playback::proceed() {
   if (m_stepping) return;
   if (!m_running && m_percent < 100 && !m_live) return;  // the missing percents come here again
   start();
-}
-
-/// Right after a seek the adaptive demuxers of GStreamer 1.22 still end the downloads that it cancelled, and abort the process when
-/// the next seek meets them there; right after the opening they are in the middle of the first ones. @return true when the next
-/// step comes later by itself.
-bool Playback::mustSpaceSeeks() {
-  const auto since = Clock::now() - m_prerolledAt;
-  if (!m_pipeline->isAdaptive() || since >= kAdaptiveSeekSpacing) return false;
-  m_loop.cancel(m_spacingTimer);
-  const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(kAdaptiveSeekSpacing - since);
-  m_spacingTimer = m_loop.postAfter(rest + std::chrono::milliseconds(1), [this] {
-    m_spacingTimer = 0;
-    proceed();
-  });
-  return true;
 }
 
 void Playback::start() {
@@ -225,7 +207,6 @@ void Playback::onSourceAnswered() {
 
 void Playback::onPrerolled() {
   m_prerolled = true;
-  m_prerolledAt = Clock::now();
   m_inFlight.reset();
   if (!m_next) m_next = std::exchange(m_heldSeek, std::nullopt);
   noteProgress();

@@ -85,7 +85,6 @@ class Playback : private PipelineListener {
   void closePipeline();
   void forgetAnswers();
   void proceed();
-  bool mustSpaceSeeks();
   void start();
   void halt();
   void finish();
@@ -178,7 +177,6 @@ class Playback : private PipelineListener {
   bool m_announced = false;  ///< the page was told so
   bool m_over = false;       ///< ended or failed: a pause opens nothing
   double m_rate = 1;         ///< the pipeline's
-  Clock::time_point m_prerolledAt;
   std::optional<double> m_inFlight;
   int m_playsDone = 0;
   bool m_endExpected = false;  ///< nothing has moved for a moment, as at the end
@@ -221,7 +219,6 @@ class Playback : private PipelineListener {
   TaskLoop::TimerId m_connectTimer = 0;
   TaskLoop::TimerId m_underrunTimer = 0;
   TaskLoop::TimerId m_pauseTimer = 0;
-  TaskLoop::TimerId m_spacingTimer = 0;
   TaskLoop::TimerId m_stepTimer = 0;
   TaskLoop::TimerId m_switchTimer = 0;
 };
