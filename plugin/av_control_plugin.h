@@ -72,6 +72,8 @@ class AVControlPlugin : public CorvelNativePluginBase, public std::enable_shared
   StateMachine& stateMachine() { return m_stateMachine; }
   /// The player, or null between two players; a caller may keep it for the length of its call. Thread: any.
   std::shared_ptr<Player> player();
+  /// Whether there is one just now, without taking it: a page may ask with every frame. Thread: any.
+  bool hasPlayer() const { return m_hasPlayer; }
 
   /// Makes the queued media the current source, on a thread of its own. @return true when that thread was started.
   bool setDataPropertyFromQueued();
@@ -212,6 +214,7 @@ class AVControlPlugin : public CorvelNativePluginBase, public std::enable_shared
   std::shared_ptr<Player> m_player;  ///< under m_playerMutex
   // Flags that threads share; each says one thing and none is read together with another.
   std::atomic<bool> m_stopRequested{false};
+  std::atomic<bool> m_hasPlayer{false};
   std::atomic<bool> m_renewing{false};
   std::atomic<bool> m_readyToPlay{false};
   std::atomic<bool> m_deferredPlay{false};

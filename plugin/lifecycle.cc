@@ -70,7 +70,7 @@ bool AVControlPlugin::initializePlayer() {
 
 bool AVControlPlugin::initializePlayerLocked() {
   if (m_deinitialised) return false;  // an object does not come back to life
-  if (player() != nullptr) return true;
+  if (hasPlayer()) return true;
   const unsigned long handle = openPlayer(1);
   if (handle == 0) return false;
   if (!registerHandle(handle)) {
@@ -132,6 +132,7 @@ std::shared_ptr<Player> AVControlPlugin::player() {
 void AVControlPlugin::setPlayer(std::shared_ptr<Player> player) {
   const AVControlLock lock(m_playerMutex);
   m_player.swap(player);
+  m_hasPlayer = m_player != nullptr;
 }
 
 void AVControlPlugin::deinit() {

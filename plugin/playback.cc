@@ -107,7 +107,7 @@ bool AVControlPlugin::setWindowProperties(int x, int y, int width, int height) {
 
 bool AVControlPlugin::JS_GetPlayPositionProp(double& position) {
   int state = 0;
-  if (!getProperty("playState", state) || player() == nullptr) return false;
+  if (!getProperty("playState", state) || !hasPlayer()) return false;
   return m_stateMachine.getCurrentPosition(&position);
 }
 
