@@ -141,7 +141,7 @@ bool callMethod(CorvelNativePropertyBase& object, unsigned int row, const _Corve
   if (method == nullptr) return false;
   if (args == nullptr && argc != 0) return false;
   makeUndefined(result);
-  const _CorvelNativeVariant none;  // methods may read their first slot whatever argc says
+  static const _CorvelNativeVariant none;  // methods may read their first slot whatever argc says
   const bool ok = method->function(&object, argc == 0 ? &none : args, argc, &result);
   if (!ok) makeUndefined(result);
   if (Observer* const watching = observer()) watching->methodCalled(state.id, method->name, args, argc, ok, result);

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <bit>
 #include <map>
 #include <mutex>
 
@@ -39,6 +40,9 @@ const void* fileOf(const void* address) {
 
 bool liesIn(const void* file, const Tables& tables) { return fileOf(tables.properties) == file || fileOf(tables.methods) == file; }
 
+/// Three letters and the length tell nearly all names of a table apart; reading every letter takes longer than what is looked for.
+unsigned int letter(char code) { return static_cast<unsigned char>(code); }
+
 }  // namespace
 
 std::shared_ptr<const TableIndex> TableIndex::shared(const Tables& tables) {
@@ -58,27 +62,29 @@ bool TableIndex::inUseFromFileOf(const void* address) {
 }
 
 TableIndex::TableIndex(const Tables& tables)
-    : m_tables(tables),
-      m_properties(sortedNames(tables.properties, tables.propertyCount)),
-      m_methods(sortedNames(tables.methods, tables.methodCount)) {}
+    : m_tables(tables), m_properties(tables.properties, tables.propertyCount), m_methods(tables.methods, tables.methodCount) {}
 
 template <typename Row>
-std::vector<TableIndex::Name> TableIndex::sortedNames(const Row* rows, unsigned int count) {
-  std::vector<Name> names;
-  names.reserve(count);
-  for (std::uint32_t row = 0; row < count; ++row) names.push_back({rows[row].name, row});
-  std::stable_sort(names.begin(), names.end(), [](const Name& left, const Name& right) { return left.text < right.text; });
-  return names;
+TableIndex::Names::Names(const Row* rows, unsigned int count) : m_places(std::bit_ceil(2 * std::size_t{count} + 1)) {
+  for (unsigned int row = 0; row < count; ++row) {
+    Place& place = m_places[placeOf(rows[row].name)];
+    if (place.row < 0) place = {rows[row].name, static_cast<int>(row)};
+  }
 }
 
-int TableIndex::find(const std::vector<Name>& names, std::string_view name) {
-  const auto at = std::lower_bound(names.begin(), names.end(), name,
-                                   [](const Name& entry, std::string_view wanted) { return entry.text < wanted; });
-  return at != names.end() && at->text == name ? static_cast<int>(at->row) : -1;
+int TableIndex::Names::find(std::string_view name) const { return m_places[placeOf(name)].row; }
+
+/// @return where the name is, or the free place where it would be.
+std::size_t TableIndex::Names::placeOf(std::string_view name) const {
+  std::size_t at = name.size();
+  if (at > 0) at += 5U * letter(name.front()) + 11U * letter(name[at / 2]) + 23U * letter(name.back());
+  const std::size_t mask = m_places.size() - 1;
+  for (at &= mask; m_places[at].row >= 0 && m_places[at].text != name;) at = (at + 1) & mask;
+  return at;
 }
 
-int TableIndex::findProperty(std::string_view name) const { return find(m_properties, name); }
+int TableIndex::findProperty(std::string_view name) const { return m_properties.find(name); }
 
-int TableIndex::findMethod(std::string_view name) const { return find(m_methods, name); }
+int TableIndex::findMethod(std::string_view name) const { return m_methods.find(name); }
 
 }  // namespace pluginhost

@@ -39,17 +39,25 @@ class TableIndex {
   int findMethod(std::string_view name) const;
 
  private:
-  struct Name {
-    std::string_view text;
-    std::uint32_t row;
+  /// Open addressing: a plugin looks a row up by its name whenever it reads or sets a value of its own.
+  class Names {
+   public:
+    template <typename Row>
+    Names(const Row* rows, unsigned int count);
+    int find(std::string_view name) const;
+
+   private:
+    struct Place {
+      std::string_view text;
+      int row = -1;
+    };
+    std::size_t placeOf(std::string_view name) const;
+    std::vector<Place> m_places;  ///< a power of two, and more than twice as many as there are rows
   };
-  template <typename Row>
-  static std::vector<Name> sortedNames(const Row* rows, unsigned int count);
-  static int find(const std::vector<Name>& names, std::string_view name);
 
   const Tables m_tables;
-  const std::vector<Name> m_properties;
-  const std::vector<Name> m_methods;
+  const Names m_properties;
+  const Names m_methods;
 };
 
 }  // namespace pluginhost
