@@ -4,6 +4,9 @@
 //
 // native: create() -> script object of a new native one, or null    id(object) -> number
 //         rows(id) -> {properties: [{name, type, access}], methods: [name]}; of id 0: what all objects have, where that is known already
+//         reader(index), textReader(index), method(index): a row of those lists as a function whose receiver is a native object's
+//         script object; undefined where it can only be read or called by its name. While a text is the one that it gave last for
+//         that object, a textReader gives itself.
 //         destroy(id): never from inside a handler    setDocumentUrl(id, url)    setWindow(id, x, y, width, height)
 //         setFlag(id, name, boolean), flag(id, name) -> boolean    raise(id, eventName): an event without arguments
 //         storedNumber(id, name), storedText(id, name): a stored value, which is no script access
@@ -39,6 +42,7 @@
     ParentalRatingError: ['contentID', 'ratings', 'DRMSystemID'],
   };
   const kAccessAttribute = 2;
+  const kTypeText = 6;
   const kTypeHandler = 8;
   const kStopped = 0;
   const kPlaying = 1;
@@ -51,6 +55,8 @@
   const kStateWait = 15000;  // the same while a pause from stopped or a queued item is on its way
   const kSubtitle = 2;
   const kMostSubtitles = 10;  // as many as the object keeps
+  // What no attribute changes is not worth a look for changed ones: that costs as much as the call.
+  const kApartFromAttributes = new Set(['setVolume']);
   const kPlane = { x: 0, y: 0, width: 1280, height: 720 };
 
   // A page may put functions of its own in the place of the collections': these have theirs as own properties.
@@ -64,6 +70,7 @@
   }
 
   const { apply } = Reflect;
+  const { call } = Function.prototype;
   const deref = Function.prototype.call.bind(WeakRef.prototype.deref);
   const doNothing = () => {};
   const sync = page.sync || doNothing;
@@ -111,7 +118,7 @@
     const id = native.id(object);
     if (!rowsDefined) defineRows(native.rows(id));
     const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null,
-      subtitles: 0, clock: null };
+      subtitles: 0, clock: null, texts: { __proto__: null } };
     records.set(element, record);
     elements.set(id, new WeakRef(element));
     native.setDocumentUrl(id, page.documentUrl(element));
@@ -400,31 +407,34 @@
     return undefined;
   }
 
-  // A getter of its own for each row, so that the engine sees one property access in each.
-  function makeGetter(name) {
-    return native.compile(`(function (records, lookup, original) {
-      return function (descriptor) {
-        return function () {
-          const record = records.get(this);
-          if (record !== undefined) return record.object.${name};
-          const made = lookup(this);
-          return made === undefined ? original(descriptor, this) : made.object.${name};
-        };
-      };
-    })`)(records, lookup, original);
+  // The engine makes a plain call of `run.call(…)` as long as that is its own; here a page cannot change it.
+  function callable(run) {
+    if (run !== undefined) Object.defineProperty(run, 'call', { value: call });
+    return run;
   }
 
-  // The same with a look at the clock.
-  function makeClockGetter(name) {
-    return native.compile(`(function (records, lookup, original, read) {
+  const isText = (row) => row.type === kTypeText;
+
+  function readSource(name, read, text) {
+    if (read === undefined) return `return record.object.${name};`;
+    if (!text) return 'return read.call(record.object);';
+    return `const value = read.call(record.object); return value === read ? record.texts.${name} : record.texts.${name} = value;`;
+  }
+
+  // A getter of its own for each row, so that the engine sees one call in each.
+  function makeGetter(row, index) {
+    const read = callable(isText(row) ? native.textReader(index) : native.reader(index));
+    const readClock = clockReads[row.name];
+    return native.compile(`(function (records, lookup, original, read, readClock) {
       return function (descriptor) {
         return function () {
           const record = records.get(this) || lookup(this);
           if (record === undefined) return original(descriptor, this);
-          return record.clock === null ? record.object.${name} : read(record.clock);
+          ${readClock === undefined ? '' : 'if (record.clock !== null) return readClock(record.clock);'}
+          ${readSource(row.name, read, isText(row))}
         };
       };
-    })`)(records, lookup, original, clockReads[name]);
+    })`)(records, lookup, original, read, readClock);
   }
 
   function defineProperty(prototype, name, makeRead) {
@@ -455,15 +465,18 @@
   }
 
   // Like the getters: one call in each, and no list of arguments where there is at most one.
-  function makePlainMethod(name) {
-    return native.compile(`(function (records, lookup, noReceiver, sync) {
+  function makePlainMethod(name, index) {
+    const run = callable(native.method(index));
+    const byName = (object, parameters) => apply(object[name], object, parameters);
+    return native.compile(`(function (records, lookup, noReceiver, sync, apply, run, byName) {
       return { ${name}() {
-        sync();
+        ${kApartFromAttributes.has(name) ? '' : 'sync();'}
         const record = records.get(this) || lookup(this) || noReceiver('${name}');
-        if (arguments.length === 0) return record.object.${name}();
-        return arguments.length === 1 ? record.object.${name}(arguments[0]) : record.object.${name}(...arguments);
+        ${run === undefined ? 'return byName(record.object, arguments);' : ''}
+        if (arguments.length === 0) return run.call(record.object);
+        return arguments.length === 1 ? run.call(record.object, arguments[0]) : apply(run, record.object, arguments);
       } }.${name};
-    })`)(records, lookup, noReceiver, sync);
+    })`)(records, lookup, noReceiver, sync, apply, run, byName);
   }
 
   // An accessor, so that `typeof element.play` says "undefined" on an element of another type.
@@ -473,7 +486,7 @@
       configurable: true,
       enumerable: true,
       get() {
-        return lookup(this) === undefined ? original(descriptor, this) : method;
+        return (records.get(this) || lookup(this)) === undefined ? original(descriptor, this) : method;
       },
       set(value) {
         Object.defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
@@ -487,9 +500,10 @@
       if (row.access === kAccessAttribute) attributes.set(row.name.toLowerCase(), row.name);
       if (row.type === kTypeHandler) handlers.set(row.name.toLowerCase(), row.name);
     }
-    const values = rows.properties.filter((row) => row.type !== kTypeHandler)
-      .map((row) => [row.name, clockReads[row.name] === undefined ? makeGetter(row.name) : makeClockGetter(row.name)]);
-    const methods = rows.methods.map((name) => [name, calls[name] === undefined ? makePlainMethod(name) : makeMethod(name, calls[name])]);
+    const values = rows.properties.map((row, index) => [row.name, row.type === kTypeHandler ? null : makeGetter(row, index)])
+      .filter(([, makeRead]) => makeRead !== null);
+    const methods = rows.methods
+      .map((name, index) => [name, calls[name] === undefined ? makePlainMethod(name, index) : makeMethod(name, calls[name])]);
     methods.push(['setFullScreen', makeMethod('setFullScreen', setFullScreen)]);
     for (const prototype of page.prototypes) {
       for (const [name, makeRead] of values) defineProperty(prototype, name, makeRead);

@@ -42,7 +42,8 @@ Tables tablesOf(const CorvelNativePropertyBase& object) {
 Binding::Binding(JSGlobalContextRef context, std::shared_ptr<pluginhost::PluginLibrary> library)
     : m_context(context),
       m_library(std::move(library)),
-      m_link(std::make_shared<WrapperLink>(WrapperLink{this})),
+      m_numbers(context),
+      m_link(std::make_shared<WrapperLink>(WrapperLink{this, &m_numbers})),
       m_self(std::make_shared<Binding*>(this)),
       m_engine(
           JSValueToObject(context, JSEvaluateScript(context, JsText(kIdentitySource), nullptr, nullptr, 1, nullptr), nullptr)) {
@@ -55,7 +56,7 @@ Binding::Binding(JSGlobalContextRef context, std::shared_ptr<pluginhost::PluginL
 
 Binding::~Binding() {
   destroyAll();
-  m_link->wrapper = nullptr;
+  *m_link = {nullptr, nullptr};
   *m_self = nullptr;
   JSValueUnprotect(m_context, m_engine);
 }

@@ -69,6 +69,7 @@ class Binding : public ObjectWrapper {
   std::map<std::uint64_t, std::shared_ptr<NativeSlot>> m_plugins;
   std::map<std::uint64_t, std::string> m_windows;  ///< of those in m_plugins that have one
   const Tables* m_knownTables = nullptr;
+  KnownNumbers m_numbers;
   std::shared_ptr<WrapperLink> m_link;
   std::shared_ptr<Binding*> m_self;
   JSObjectRef m_engine;  ///< a script object that keeps all of the following from the collector

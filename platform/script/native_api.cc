@@ -2,9 +2,11 @@
 #include "platform/script/native_api.h"
 
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "platform/script/callable.h"
+#include "platform/script/direct_rows.h"
 #include "platform/script/js_text.h"
 
 namespace script {
@@ -74,6 +76,26 @@ JSValueRef rows(Binding& binding, Arguments arguments, JSValueRef*) {
   if (plugin != nullptr) return describe(binding, tablesOf(*plugin));
   const bool ofAll = number(binding, arguments[0]) == 0 && binding.knownTables() != nullptr;
   return ofAll ? describe(binding, *binding.knownTables()) : undefined(binding);
+}
+
+unsigned int rowNumber(Binding& binding, JSValueRef value) {
+  const double row = number(binding, value);
+  return row >= 0 && row < std::numeric_limits<int>::max() ? static_cast<unsigned int>(row)
+                                                           : std::numeric_limits<unsigned int>::max();
+}
+
+JSValueRef orUndefined(Binding& binding, JSObjectRef object) { return object == nullptr ? undefined(binding) : object; }
+
+JSValueRef reader(Binding& binding, Arguments arguments, JSValueRef*) {
+  return orUndefined(binding, makeDirectReader(binding.context(), rowNumber(binding, arguments[0])));
+}
+
+JSValueRef textReader(Binding& binding, Arguments arguments, JSValueRef*) {
+  return orUndefined(binding, makeDirectTextReader(binding.context(), rowNumber(binding, arguments[0])));
+}
+
+JSValueRef method(Binding& binding, Arguments arguments, JSValueRef*) {
+  return orUndefined(binding, makeDirectMethod(binding.context(), rowNumber(binding, arguments[0])));
 }
 
 JSValueRef destroy(Binding& binding, Arguments arguments, JSValueRef*) {
@@ -155,6 +177,9 @@ JSObjectRef makeNativeApi(Binding& binding) {
       {"create", create, 0},
       {"id", idOf, 1},
       {"rows", rows, 1},
+      {"reader", reader, 1},
+      {"textReader", textReader, 1},
+      {"method", method, 1},
       {"destroy", destroy, 1},
       {"setDocumentUrl", setDocumentUrl, 2},
       {"setWindow", setWindow, 5},

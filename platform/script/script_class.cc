@@ -6,34 +6,18 @@
 #include <utility>
 
 #include "platform/pluginhost/shell.h"
+#include "platform/script/instance.h"
 #include "platform/script/js_text.h"
 
 namespace script {
 
 namespace {
 
-// Every private datum of an object of ours begins with this mark: asking the engine for an object's class costs half a read.
-enum class Mark : std::uint64_t { kInstance = 0x41564349'4E535431, kRow = 0x41564352'4F573031 };
-
-struct Instance {
-  Mark mark = Mark::kInstance;
-  std::shared_ptr<NativeSlot> slot;
-  const void* tableId = nullptr;
-  std::shared_ptr<WrapperLink> link;
-  int itemRow = -1;
-  int lengthRow = -1;
-};
-
 struct Row {
   Mark mark = Mark::kRow;
   unsigned int index = 0;
   const void* tableId = nullptr;
 };
-
-Instance* instanceOf(JSObjectRef object) {
-  auto* instance = static_cast<Instance*>(JSObjectGetPrivate(object));
-  return instance != nullptr && instance->mark == Mark::kInstance ? instance : nullptr;
-}
 
 // A row's function may be taken from its prototype and called on something else.
 Instance* receiver(JSContextRef context, JSObjectRef self, const Row& row, JSValueRef* exception) {
@@ -44,16 +28,6 @@ Instance* receiver(JSContextRef context, JSObjectRef self, const Row& row, JSVal
 }
 
 const Row& rowOf(JSObjectRef function) { return *static_cast<Row*>(JSObjectGetPrivate(function)); }
-
-// In a window that has gone objects still answer, but nobody makes new ones.
-JSValueRef resultFor(JSContextRef context, const Instance& instance, const _CorvelNativeVariant& value) {
-  if (instance.link->wrapper != nullptr) return toScript(context, value, *instance.link->wrapper);
-  if (value.details.type == CORVEL_OBJECT) return JSValueMakeUndefined(context);
-  struct Nobody : ObjectWrapper {
-    JSValueRef wrap(const std::shared_ptr<CorvelNativePropertyBase>&) override { return nullptr; }
-  } nobody;
-  return toScript(context, value, nobody);
-}
 
 JSValueRef readRow(JSContextRef context, JSObjectRef function, JSObjectRef self, size_t, const JSValueRef[],
                    JSValueRef* exception) {
@@ -70,18 +44,9 @@ JSValueRef writeRow(JSContextRef context, JSObjectRef function, JSObjectRef self
   const Row& row = rowOf(function);
   const Instance* instance = receiver(context, self, row, exception);
   if (instance == nullptr || instance->slot->object == nullptr || argc == 0) return JSValueMakeUndefined(context);
-  const HostValues value(context, argv, 1);
+  const HostValues value(context, argv, 1, instance->link->numbers);
   pluginhost::writeProperty(*instance->slot->object, row.index, *value.data());  // a refused write is silent by contract
   return JSValueMakeUndefined(context);
-}
-
-JSValueRef callRow(JSContextRef context, const Instance& instance, unsigned int row, const HostValues& arguments) {
-  if (instance.slot->object == nullptr) return JSValueMakeUndefined(context);
-  _CorvelNativeVariant result;
-  if (!pluginhost::callMethod(*instance.slot->object, row, arguments.data(), arguments.count(), result)) {
-    return JSValueMakeUndefined(context);
-  }
-  return resultFor(context, instance, result);
 }
 
 JSValueRef callMethodRow(JSContextRef context, JSObjectRef function, JSObjectRef self, size_t argc, const JSValueRef argv[],
@@ -89,7 +54,7 @@ JSValueRef callMethodRow(JSContextRef context, JSObjectRef function, JSObjectRef
   const Row& row = rowOf(function);
   const Instance* instance = receiver(context, self, row, exception);
   if (instance == nullptr) return JSValueMakeUndefined(context);
-  return callRow(context, *instance, row.index, HostValues(context, argv, argc));
+  return callRow(context, *instance, row.index, HostValues(context, argv, argc, instance->link->numbers));
 }
 
 int readLength(const Instance& list) {
@@ -126,7 +91,7 @@ JSValueRef getItem(JSContextRef context, JSObjectRef object, JSStringRef name, J
   const Instance* list = index < 0 ? nullptr : instanceOf(object);
   if (list == nullptr) return nullptr;  // not ours: the ordinary look-up goes on
   const JSValueRef argument = JSValueMakeNumber(context, index);
-  return callRow(context, *list, static_cast<unsigned int>(list->itemRow), HostValues(context, &argument, 1));
+  return callRow(context, *list, static_cast<unsigned int>(list->itemRow), HostValues(context, &argument, 1, list->link->numbers));
 }
 
 void listItems(JSContextRef, JSObjectRef object, JSPropertyNameAccumulatorRef names) {
@@ -224,6 +189,24 @@ class PrototypeBuilder {
 };
 
 }  // namespace
+
+JSValueRef resultFor(JSContextRef context, const Instance& instance, const _CorvelNativeVariant& value) {
+  if (instance.link->wrapper != nullptr) return toScript(context, value, *instance.link->wrapper);
+  if (value.details.type == CORVEL_OBJECT) return JSValueMakeUndefined(context);
+  struct Nobody : ObjectWrapper {
+    JSValueRef wrap(const std::shared_ptr<CorvelNativePropertyBase>&) override { return nullptr; }
+  } nobody;
+  return toScript(context, value, nobody);
+}
+
+JSValueRef callRow(JSContextRef context, const Instance& instance, unsigned int row, const HostValues& arguments) {
+  if (instance.slot->object == nullptr) return JSValueMakeUndefined(context);
+  _CorvelNativeVariant result;
+  if (!pluginhost::callMethod(*instance.slot->object, row, arguments.data(), arguments.count(), result)) {
+    return JSValueMakeUndefined(context);
+  }
+  return resultFor(context, instance, result);
+}
 
 const std::shared_ptr<CorvelNativePropertyBase>* nativeObject(JSContextRef context, JSValueRef value) {
   if (!JSValueIsObject(context, value)) return nullptr;

@@ -21,9 +21,11 @@ struct NativeSlot {
 /// null for any other value.
 const std::shared_ptr<CorvelNativePropertyBase>* nativeObject(JSContextRef context, JSValueRef value);
 
-/// What makes script objects of native ones, as those see it: null once it has gone. Objects of a context may outlive it.
+/// What makes script objects of native ones and knows numbers, as those see it: null once it has gone. Objects of a context may
+/// outlive it.
 struct WrapperLink {
   ObjectWrapper* wrapper;
+  const KnownNumbers* numbers;
 };
 
 /// What the engine offers before a page can change it. Whoever fills it in keeps it from the collector.

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 
 #include "platform/script/js_text.h"
 #include "platform/script/script_class.h"
@@ -35,14 +36,22 @@ void setObject(JSContextRef context, JSValueRef value, _CorvelNativeVariant& out
   if (object != nullptr && *object != nullptr) cvnplUtil::set(*object, out);  // other objects stay undefined
 }
 
-void setHostValue(JSContextRef context, JSValueRef value, std::string& text, _CorvelNativeVariant& out) {
+void setScriptNumber(JSContextRef context, JSValueRef value, const KnownNumbers* numbers, _CorvelNativeVariant& out) {
+  const int known = numbers == nullptr ? -1 : numbers->find(value);
+  if (known >= 0) return cvnplUtil::set(known, out);
+  setNumber(JSValueToNumber(context, value, nullptr), out);
+}
+
+void setHostValue(JSContextRef context, JSValueRef value, const KnownNumbers* numbers, std::forward_list<std::string>& texts,
+                  _CorvelNativeVariant& out) {
   switch (JSValueGetType(context, value)) {
     case kJSTypeNull: out.details.type = CORVEL_NO_VALUE; return;
     case kJSTypeBoolean: return cvnplUtil::set(JSValueToBoolean(context, value), out);
-    case kJSTypeNumber: return setNumber(JSValueToNumber(context, value, nullptr), out);
-    case kJSTypeString:
-      text = toUtf8(context, value);
+    case kJSTypeNumber: return setScriptNumber(context, value, numbers, out);
+    case kJSTypeString: {
+      const std::string& text = texts.emplace_front(toUtf8(context, value));
       return cvnplUtil::set(text.data(), out, static_cast<int>(text.size()), false);
+    }
     case kJSTypeObject: return setObject(context, value, out);
     case kJSTypeUndefined:
     case kJSTypeSymbol:
@@ -64,15 +73,17 @@ JSValueRef toScript(JSContextRef context, const _CorvelNativeVariant& value, Obj
   }
 }
 
-HostValues::HostValues(JSContextRef context, const JSValueRef values[], std::size_t count)
-    : m_count(static_cast<unsigned int>(count)) {
-  if (count > kFew) {
-    m_manyTexts.resize(count);
-    m_many.resize(count);
-  }
-  std::string* const texts = count > kFew ? m_manyTexts.data() : m_fewTexts.data();
-  _CorvelNativeVariant* const out = count > kFew ? m_many.data() : m_few.data();
-  for (std::size_t i = 0; i < count; ++i) setHostValue(context, values[i], texts[i], out[i]);
+HostValues::HostValues(JSContextRef context, const JSValueRef values[], std::size_t count, const KnownNumbers* numbers)
+    : m_count(static_cast<unsigned int>(count)),
+      m_values(count > kFew ? std::allocator<_CorvelNativeVariant>().allocate(count)
+                            : reinterpret_cast<_CorvelNativeVariant*>(m_few.data())) {
+  std::uninitialized_default_construct_n(m_values, count);
+  for (std::size_t i = 0; i < count; ++i) setHostValue(context, values[i], numbers, m_texts, m_values[i]);
+}
+
+HostValues::~HostValues() {
+  std::destroy_n(m_values, m_count);
+  if (m_count > kFew) std::allocator<_CorvelNativeVariant>().deallocate(m_values, m_count);
 }
 
 }  // namespace script

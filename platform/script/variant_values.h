@@ -5,11 +5,13 @@
 #include <JavaScriptCore/JavaScript.h>
 
 #include <array>
+#include <cstddef>
+#include <forward_list>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "host/corvel_native.h"
+#include "platform/script/known_numbers.h"
 
 namespace script {
 
@@ -25,21 +27,22 @@ JSValueRef toScript(JSContextRef context, const _CorvelNativeVariant& value, Obj
 /// The host values of a call's arguments, with the texts that they borrow. Lives on the stack of the call.
 class HostValues {
  public:
-  HostValues(JSContextRef context, const JSValueRef values[], std::size_t count);
+  /// @p numbers may be null: then the engine is asked for each.
+  HostValues(JSContextRef context, const JSValueRef values[], std::size_t count, const KnownNumbers* numbers);
   HostValues(const HostValues&) = delete;
   HostValues& operator=(const HostValues&) = delete;
+  ~HostValues();
 
-  const _CorvelNativeVariant* data() const { return m_many.empty() ? m_few.data() : m_many.data(); }
+  const _CorvelNativeVariant* data() const { return m_values; }
   unsigned int count() const { return m_count; }
 
  private:
-  static constexpr std::size_t kFew = 2;  ///< nearly every call; no allocation up to here
+  static constexpr std::size_t kFew = 2;  ///< nearly every call; no allocation up to here, but for texts
 
   unsigned int m_count;
-  std::array<std::string, kFew> m_fewTexts;
-  std::array<_CorvelNativeVariant, kFew> m_few;
-  std::vector<std::string> m_manyTexts;
-  std::vector<_CorvelNativeVariant> m_many;
+  alignas(_CorvelNativeVariant) std::array<std::byte, kFew * sizeof(_CorvelNativeVariant)> m_few;  ///< only what is used is made
+  _CorvelNativeVariant* m_values;  ///< m_count of them: in m_few, or allocated
+  std::forward_list<std::string> m_texts;
 };
 
 }  // namespace script

@@ -3,53 +3,16 @@
 // what the test tells it to.
 #include <gmock/gmock.h>
 
-#include "platform/script/embedded.h"
 #include "platform/script/js_text.h"
-#include "platform/script/native_api.h"
-#include "tests/fakes/recording_media_library.h"
-#include "tests/unit/script/script_fixture.h"
+#include "tests/unit/script/page_fixture.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The least document that the page layer can live in: elements with attributes.
-constexpr char kPage[] = R"((function (native, makeLayer) {
-  class Element { constructor(type) { this.markup = new Map([['type', type]]); } }
-  const layer = makeLayer(native, {
-    prototypes: [Element.prototype], isElement: (value) => value instanceof Element, isConnected: () => true,
-    localName: () => 'object', getAttribute: (element, name) => element.markup.has(name) ? element.markup.get(name) : null,
-    setAttribute(element, name, text) { element.markup.set(name, text); layer.attributeChanged(element, name); },
-    parameters: () => [], box: () => null, documentUrl: () => 'http://media.example/', resolveUrl: (text) => text, dispatch() {},
-    reportError(error) { throw error; }, warn() {}, queueTask() {}, now: () => 0,
-  });
-  globalThis.makeObject = () => {
-    const element = new Element('video/mp4');
-    layer.inserted(element);
-    return element;
-  };
-  globalThis.layer = layer;
-}))";
-
-class PageComponentsTest : public ScriptTest {
+class PageComponentsTest : public PageTest {
  protected:
-  PageComponentsTest() : ScriptTest(AVCONTROL_LIBRARY) {
-    library().reset();
-    setGlobal("native", script::makeNativeApi(binding()));
-    const std::string page = std::string(kPage) + "(native, " + script::kAvElementSource + ")";
-    EXPECT_EQ(eval(page), "undefined");
-    EXPECT_EQ(eval("globalThis.av = makeObject(); typeof av.play"), "function");
-  }
-
-  void TearDown() override {
-    close();
-    EXPECT_THAT(library().openHandles(), IsEmpty());
-    library().reset();
-  }
-
-  static fakes::RecordingMediaLibrary& library() { return fakes::RecordingMediaLibrary::instance(); }
-
   static void list(const std::string& kind, const std::vector<std::string>& records) {
     library().setProperty(kind + "_COMPONENT.LENGTH", std::to_string(records.size()));
     for (std::size_t i = 0; i < records.size(); ++i) {

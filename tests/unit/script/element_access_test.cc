@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+// What an element answers, whoever changed the value and whatever the page has made of the engine's objects.
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <thread>
+
+#include "platform/pluginhost/shell.h"
+#include "tests/unit/script/page_fixture.h"
+
+namespace {
+
+class ElementAccessTest : public PageTest {};
+
+TEST_F(ElementAccessTest, ReadsWhatAnotherThreadHasJustSet) {
+  EXPECT_EQ(eval("av.playState"), "0");
+  for (const int state : {2, 1, 6}) {
+    std::thread([&] { object().setProperty("playState", state); }).join();
+
+    EXPECT_EQ(eval("av.playState"), std::to_string(state));
+  }
+  object().setProperty("playState", 0);
+}
+
+TEST_F(ElementAccessTest, ReadsWhatABoundTextHoldsNow) {
+  char buffer[8] = "one";
+  object().setProperty("data", buffer);
+  EXPECT_EQ(eval("av.data + av.data"), "oneone");
+
+  std::strcpy(buffer, "two");
+
+  EXPECT_EQ(eval("av.data + av.data"), "twotwo");
+  object().setProperty("data", static_cast<char*>(nullptr));
+  EXPECT_EQ(eval("av.data === '' && av.data === ''"), "true");
+}
+
+TEST_F(ElementAccessTest, ReadsTheTextsThatThePageWrites) {
+  EXPECT_EQ(eval("av.width = '320'; const before = av.width; av.width = '640'; [before, av.width, av.width].join()"),
+            "320,640,640");
+  EXPECT_EQ(eval("const other = makeObject(); other.width = '160'; [av.width, other.width].join()"), "640,160");
+}
+
+TEST_F(ElementAccessTest, CallsWithAnyNumberOfArguments) {
+  EXPECT_EQ(eval("[av.setVolume(0), av.setVolume(50), av.setVolume(101), av.setVolume(102), av.setVolume(256)].join()"),
+            "true,true,true,false,false");
+  EXPECT_EQ(eval("[av.setVolume(-1), av.setVolume(50.4), av.setVolume(1e300), av.setVolume(), av.setVolume(50, 1, 2)].join()"),
+            "false,true,false,true,true");
+  EXPECT_EQ(eval("[av.next(), av.previous(1), av.focus(1, 2, 3)].join('|')"), "||");
+}
+
+TEST_F(ElementAccessTest, IsUndefined_OnceTheObjectHasGone) {
+  EXPECT_EQ(eval("[av.playState, av.data, av.persist, av.setVolume(5)].join('|')"), "0||false|true");
+
+  unbind();
+
+  EXPECT_EQ(eval("[av.playState, av.playPosition, av.data, av.persist, av.setVolume(5), av.next()].join('|')"), "|||||");
+  EXPECT_EQ(eval("typeof av.data"), "undefined");
+}
+
+TEST_F(ElementAccessTest, IsTheValueOfTheObjectOnly_WhateverThePageReplaces) {
+  eval(R"(
+    globalThis.reached = [];
+    const spy = function (...values) { reached.push(this, ...values); return 'forged'; };
+    for (const type of [Function, WeakMap, Map, Object, Array]) {
+      for (const name of Object.getOwnPropertyNames(type.prototype)) {
+        const { configurable, value } = Object.getOwnPropertyDescriptor(type.prototype, name);
+        if (name !== 'constructor' && configurable && typeof value === 'function') {
+          Object.defineProperty(type.prototype, name, { value: spy, configurable: true, writable: true });
+        }
+      }
+    }
+    Reflect.apply = spy;
+    Array.prototype[Symbol.iterator] = spy;
+    for (const name of ['data', 'width', 'playState', 'call']) {
+      Object.defineProperty(Object.prototype, name, { get: spy, set: spy, configurable: true });
+    })");
+
+  const std::string read =
+      eval("reached.length = 0; '' + av.playState + av.data + av.width + av.persist + av.setVolume(50) + av.next(1)");
+  EXPECT_EQ(read, "0falsetrueundefined");
+  EXPECT_EQ(eval("'' + av.playState + av.data + av.width + av.setVolume(50, 1, 2)"), "0true");
+  EXPECT_EQ(eval("reached.length"), "0");
+}
+
+}  // namespace
