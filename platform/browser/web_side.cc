@@ -2,6 +2,7 @@
 #include "platform/browser/web_side.h"
 
 #include <gio/gunixfdlist.h>
+#include <malloc.h>
 
 #include <cmath>
 #include <utility>
@@ -20,6 +21,7 @@ namespace {
 
 constexpr guint kTickMilliseconds = 40;
 constexpr int kRestMilliseconds = 2000;
+constexpr guint kReturnMilliseconds = 1000;  ///< what a page's objects leave to their own threads is done by then
 
 const std::string& at(const std::map<std::string, std::string>& start, const char* name) {
   static const std::string none;
@@ -36,6 +38,7 @@ WebSide::WebSide(const std::map<std::string, std::string>& start)
 
 WebSide::~WebSide() {
   if (m_tick != 0) g_source_remove(m_tick);
+  if (m_return != 0) g_source_remove(m_return);
   m_frames.clear();
   m_retired.clear();
 }
@@ -148,6 +151,19 @@ void WebSide::retire(Frames::iterator frame) {
 
 void WebSide::destroyRetired() {
   const auto retired = std::exchange(m_retired, {});  // destroying objects runs no script, but keep clear of what they may do
+  if (!retired.empty()) returnMemorySoon();
+}
+
+// What a page gave back stays with the C library, in pieces among as many arenas as there were threads. The next page's threads
+// find others, so that a process would grow for dozens of pages although it uses no more.
+void WebSide::returnMemorySoon() {
+  if (m_return != 0) return;
+  const auto run = [](gpointer data) -> gboolean {
+    static_cast<WebSide*>(data)->m_return = 0;
+    malloc_trim(0);
+    return G_SOURCE_REMOVE;
+  };
+  m_return = g_timeout_add_full(G_PRIORITY_LOW, kReturnMilliseconds, run, this, nullptr);
 }
 
 void WebSide::onFrameGone(gpointer self, GObject* frame) {

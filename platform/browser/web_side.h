@@ -50,6 +50,7 @@ class WebSide : public FrameOwner {
   void sendPlane();
   void retire(Frames::iterator frame);
   void destroyRetired();
+  void returnMemorySoon();
   void deliver(const pluginhost::Event& event);
   void flushAll();
   void keepTicking();
@@ -72,6 +73,7 @@ class WebSide : public FrameOwner {
   unsigned long m_framesSeen = 0;  ///< of the plane, when the status was asked for last
   gint64 m_framesAt = 0;
   guint m_tick = 0;
+  guint m_return = 0;
   bool m_atEnd = false;
 };
 

@@ -1,0 +1,73 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""The page's process uses no more memory after many pages than after a few."""
+import os
+import re
+import time
+
+import television
+
+WATCHED_S = 3  # long enough for what the page before gave back to be returned
+MOST_GROWTH = 1.1  # the engine's own heap grows by a few percent, also between pages without video
+RELEASED = "(function (ask) { ask.open('HEAD', '/%s', false); ask.send(); return ask.status === 200; })(new XMLHttpRequest())"
+
+
+def childrenOf(process):
+    out = []
+    for name in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open("/proc/%s/stat" % name, encoding="utf-8", errors="replace") as file:
+                if int(file.read().rsplit(")", 1)[1].split()[1]) == process:
+                    out += [int(name)] + childrenOf(int(name))
+        except OSError:
+            continue  # it ended meanwhile
+    return out
+
+
+def pageProcess(browser):
+    for process in childrenOf(browser):
+        with open("/proc/%d/comm" % process, encoding="utf-8") as file:
+            if file.read().startswith("WebKitWebProces"):
+                return process
+    raise AssertionError("there is no process of the page")
+
+
+def anonymousMegabytes(process):
+    """What belongs to no file: what others map at the same time changes a file's share."""
+    with open("/proc/%d/smaps_rollup" % process, encoding="utf-8") as file:
+        return int(re.search(r"^Pss_Anon:\s+(\d+)", file.read(), re.MULTILINE).group(1)) / 1024
+
+
+def leastMegabytes(process):
+    samples = []
+    deadline = time.monotonic() + WATCHED_S
+    while time.monotonic() < deadline:
+        samples.append(anonymousMegabytes(process))
+        time.sleep(0.05)
+    return min(samples)
+
+
+class MemoryTest(television.Case):
+    def stay(self, count):
+        """The steps of a browser that comes to this navigation, says so, and stays until it is released."""
+        return ["--wait", "goOn(%d)" % count, "--wait", "console.log('at', %d), true" % count, "--wait", RELEASED % ("go%d" % count)]
+
+    def measureAt(self, process, count):
+        for line in process.stdout:
+            if line.split()[:3] == ["console.log:", "at", str(count)]:
+                break
+        taken = leastMegabytes(pageProcess(process.pid))
+        with open(os.path.join(self.root, "go%d" % count), "w", encoding="utf-8"):
+            return taken
+
+    def test_fifty_pages_use_no_more_than_five(self):
+        process = self.start("playing.html", *self.stay(5), *self.stay(50), "--quit-after", "300")
+        few = self.measureAt(process, 5)
+        many = self.measureAt(process, 50)
+        run = self.finish(process)
+        self.assertEqual(run.status, 0, run.output)
+        self.assertLess(many, few * MOST_GROWTH, "%.1f MB after 5 pages, %.1f MB after 50" % (few, many))
+
+
+if __name__ == "__main__":
+    television.main()
