@@ -20,7 +20,7 @@ void showLibrariesToPlugin() {
 // Every player brings a dozen threads, and the C library would give each an arena of its own as long as there are few. What the
 // threads of one page leave in theirs, those of the next page use again only when the arenas are the same.
 void shareMemoryAmongThreads() {
-  constexpr int kArenas = 2;
+  constexpr int kArenas = 2;  // those that the engine's threads have already stay
   mallopt(M_ARENA_MAX, kArenas);
 }
 
