@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/automation.h"
 
+#include <cstdio>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 #include "platform/browser/messages.h"
+#include "platform/browser/page_question.h"
 #include "platform/browser/remote_keys.h"
 
 namespace browser {
@@ -17,6 +20,12 @@ constexpr gint64 kSettleMicroseconds = 10 * G_USEC_PER_SEC;  // a page that move
 constexpr char kAfterFrames[] =
     "return new Promise((done) => { let frames = 3; const next = () => { frames -= 1; if (frames < 0) done(''); "
     "else requestAnimationFrame(next); }; next(); setTimeout(done, 2000, ''); });";
+
+void printStatus(const std::string& lines) {
+  std::istringstream in(lines);
+  for (std::string line; std::getline(in, line);) std::printf("status: %s\n", line.c_str());
+  std::fflush(stdout);
+}
 
 }  // namespace
 
@@ -57,6 +66,7 @@ void Automation::run(const Step& step) {
     case Step::Kind::keys: return pressKeys(step.keys, 0);
     case Step::Kind::wait: return wait(step.text);
     case Step::Kind::screenshot: return shoot(step);
+    case Step::Kind::status: return tellStatus(false);
   }
 }
 
@@ -111,6 +121,17 @@ void Automation::waited(bool holds) {
   later(kLookSeconds, [this] { wait(m_steps[m_at].text); });
 }
 
+// The first look has the media library look; what it saw then is there with the second one.
+void Automation::tellStatus(bool lookedAlready) {
+  askPage(m_view, kMessageStatus, kStatusType, m_cancel, [this, lookedAlready](GVariant* answer) {
+    if (!lookedAlready) return later(kLookSeconds, [this] { tellStatus(true); });
+    const char* lines = "the page does not answer";
+    if (answer != nullptr) g_variant_get(answer, "(&s)", &lines);
+    printStatus(lines);
+    next();
+  });
+}
+
 void Automation::shoot(const Step& step) {
   const double since = static_cast<double>(g_get_monotonic_time() - m_loadedAt) / G_USEC_PER_SEC;
   if (since < step.seconds) return later(step.seconds - since, [this, &step] { shoot(step); });
@@ -121,21 +142,11 @@ void Automation::shoot(const Step& step) {
 
 // What a page does to its layout reaches the video some threads later.
 void Automation::awaitSettled(std::function<void()> action) {
-  using Wait = std::pair<Automation*, std::function<void()>>;
-  const auto finish = [](GObject* view, GAsyncResult* result, gpointer data) {
-    const std::unique_ptr<Wait> wait(static_cast<Wait*>(data));
-    GError* error = nullptr;
-    WebKitUserMessage* const reply = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, &error);
-    gboolean isSettled = reply == nullptr;  // nobody there to move anything
-    GVariant* const parameters = reply == nullptr ? nullptr : webkit_user_message_get_parameters(reply);
-    const bool understood = parameters != nullptr && g_variant_is_of_type(parameters, G_VARIANT_TYPE(kSettledType));
-    if (understood) g_variant_get(parameters, kSettledType, &isSettled);
-    if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) wait->first->settled(isSettled != FALSE, wait->second);
-    g_clear_error(&error);
-    if (reply != nullptr) g_object_unref(reply);
-  };
-  webkit_web_view_send_message_to_page(m_view, webkit_user_message_new(kMessageSettled, nullptr), m_cancel, finish,
-                                       new Wait(this, std::move(action)));
+  askPage(m_view, kMessageSettled, kSettledType, m_cancel, [this, action = std::move(action)](GVariant* answer) {
+    gboolean isSettled = TRUE;  // nobody there to move anything
+    if (answer != nullptr) g_variant_get(answer, kSettledType, &isSettled);
+    settled(isSettled != FALSE, action);
+  });
 }
 
 void Automation::settled(bool isSettled, std::function<void()> action) {

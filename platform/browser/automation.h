@@ -34,6 +34,7 @@ class Automation {
   void pressKeys(const std::vector<std::string>& keys, std::size_t at);
   void wait(const std::string& expression);
   void waited(bool holds);
+  void tellStatus(bool lookedAlready);
   void shoot(const Step& step);
   void awaitSettled(std::function<void()> action);
   void settled(bool isSettled, std::function<void()> action);

@@ -11,6 +11,7 @@
 
 #include "platform/browser/messages.h"
 #include "platform/browser/page/embedded.h"
+#include "platform/browser/page_question.h"
 #include "platform/shell/library_paths.h"
 
 namespace browser {
@@ -317,22 +318,14 @@ void Browser::toggleStatus() {
 }
 
 void Browser::askStatus() {
-  const auto answered = [](GObject* view, GAsyncResult* result, gpointer self) {
-    GError* error = nullptr;
-    WebKitUserMessage* const reply = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, &error);
-    g_clear_error(&error);  // a page that is busy or gone: the next one may answer
-    if (reply == nullptr) return;
-    GVariant* const parameters = webkit_user_message_get_parameters(reply);
-    if (parameters != nullptr && g_variant_is_of_type(parameters, G_VARIANT_TYPE(kStatusType))) {
-      auto& browser = *static_cast<Browser*>(self);
-      const char* lines = nullptr;
-      g_variant_get(parameters, "(&s)", &lines);
-      browser.m_overlay.status = lines;
-      browser.m_window->redraw();
-    }
-    g_object_unref(reply);
-  };
-  webkit_web_view_send_message_to_page(m_view, webkit_user_message_new(kMessageStatus, nullptr), m_cancel, answered, this);
+  // A page that is busy or gone does not answer: the next time it may.
+  askPage(m_view, kMessageStatus, kStatusType, m_cancel, [this](GVariant* answer) {
+    if (answer == nullptr) return;
+    const char* lines = nullptr;
+    g_variant_get(answer, "(&s)", &lines);
+    m_overlay.status = lines;
+    m_window->redraw();
+  });
 }
 
 void Browser::fail(const std::string& problem, int status) {
@@ -343,7 +336,8 @@ void Browser::fail(const std::string& problem, int status) {
 
 void Browser::stepsDone() {
   for (const Step& step : m_options.steps) {
-    if (step.kind == Step::Kind::wait || step.kind == Step::Kind::screenshot) return end(0);
+    const bool looks = step.kind == Step::Kind::wait || step.kind == Step::Kind::screenshot || step.kind == Step::Kind::status;
+    if (looks) return end(0);
   }
 }
 
@@ -366,15 +360,7 @@ void Browser::end(int status) {
     return G_SOURCE_REMOVE;
   };
   m_patience = g_timeout_add(kRestMilliseconds, patience, this);
-  const auto rested = [](GObject* view, GAsyncResult* result, gpointer self) {
-    GError* error = nullptr;
-    WebKitUserMessage* const reply = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, &error);
-    const bool cancelled = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED);
-    if (reply != nullptr) g_object_unref(reply);
-    g_clear_error(&error);
-    if (!cancelled) static_cast<Browser*>(self)->ended();
-  };
-  webkit_web_view_send_message_to_page(m_view, webkit_user_message_new(kMessageEnd, nullptr), m_cancel, rested, this);
+  askPage(m_view, kMessageEnd, kEndType, m_cancel, [this](GVariant*) { ended(); });
 }
 
 void Browser::ended() {

@@ -105,8 +105,10 @@ class Parser {
                                                 {"--help", &m_out.help},           {"-h", &m_out.help},
                                                 {"--version", &m_out.version},     {"-V", &m_out.version}};
     const auto found = flags.find(name);
-    if (found == flags.end()) return false;
-    *found->second = true;
+    const bool isStatus = name == "--status";
+    if (isStatus) addStep({Step::Kind::status, "", {}, 0});
+    if (found == flags.end() && !isStatus) return false;
+    if (found != flags.end()) *found->second = true;
     if (withValue) m_error = name + " takes no value";
     return true;
   }
@@ -278,13 +280,14 @@ What is shown
       --fullscreen                fills the screen
       --overlay                   starts with the status overlay (F11)
 
-For scripts and tests: steps, done in the order given once the page has been loaded, as often as given. With --wait or
---screenshot among them the browser ends after the last one.
+For scripts and tests: steps, done in the order given once the page has been loaded, as often as given. With --wait,
+--screenshot or --status among them the browser ends after the last one.
       --script FILE               runs the file in the page
       --keys KEY,...              presses keys of the remote control: )" +
          remoteKeyNames() + R"(
       --wait EXPRESSION           waits until it is true in the page
       --screenshot FILE.png[@S]   writes the window, at the earliest S seconds after the page has been loaded
+      --status                    prints the lines of the status overlay
       --quit-after SECONDS        ends after so long; when steps are left, that is a time-out
 
       --trace FILE                writes what crosses the host and the media library, one JSON object a line

@@ -24,7 +24,7 @@ struct Preferences {
 
 /// One thing to do with the loaded page, after the one before is done.
 struct Step {
-  enum class Kind { script, keys, wait, screenshot };
+  enum class Kind { script, keys, wait, screenshot, status };
   Kind kind;
   std::string text;               ///< script: file; wait: expression; screenshot: file
   std::vector<std::string> keys;  ///< keys: names of the remote control's keys

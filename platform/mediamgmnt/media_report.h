@@ -9,7 +9,7 @@ namespace mediamgmnt::report {
 inline constexpr char kPrefix[] = "REPORT.";
 inline constexpr char kWindow[] = "REPORT.WINDOW";  ///< the "x|y|width|height|" at which pictures are placed by now
 inline constexpr char kBuffered[] =
-    "REPORT.BUFFERED";  ///< milliseconds of media that are here and not presented yet; files that are kept
+    "REPORT.BUFFERED";  ///< milliseconds of media that are here and not presented yet; DASH, HLS, and files that are kept
 inline constexpr char kMediaRate[] = "REPORT.MEDIA_RATE";      ///< bits a second of what is presented
 inline constexpr char kLineRate[] = "REPORT.LINE_RATE";        ///< bits a second that the line has carried lately; adaptive sources
 inline constexpr char kPictures[] = "REPORT.PICTURES";         ///< shown since the source was opened

@@ -20,6 +20,7 @@
 #include "platform/mediamgmnt/content_rights.h"
 #include "platform/mediamgmnt/download_rest.h"
 #include "platform/mediamgmnt/error_map.h"
+#include "platform/mediamgmnt/fetched_media.h"
 #include "platform/mediamgmnt/http_fetch.h"
 #include "platform/mediamgmnt/key_session.h"
 #include "platform/mediamgmnt/protection_facts.h"
@@ -252,6 +253,7 @@ class Pipeline {
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};
   std::atomic<std::int64_t> m_lastFetchUs{0};
+  FetchedMedia m_fetched;
   std::atomic<std::int64_t> m_demuxerMadeUs{0};
   std::atomic<bool> m_ending{false};
   std::atomic<guint32> m_flushOfSeek{GST_SEQNUM_INVALID};

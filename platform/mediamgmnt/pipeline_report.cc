@@ -61,12 +61,14 @@ void Pipeline::rememberAdaptiveDemux(GstElement* adaptiveDemux) {
   if (m_adaptiveDemux == nullptr) m_adaptiveDemux = GST_ELEMENT(gst_object_ref(adaptiveDemux));
 }
 
-/// The adaptive demuxers of GStreamer 1.22 have properties for what they hold, and never fill them in.
+/// The adaptive demuxers of GStreamer 1.22 tell what they hold of each kind until its end has come, and nothing from then on; they
+/// do not count what they have handed on either.
 void Pipeline::reportStore(StreamReport& out) const {
   if (GstElement* const demux = referenceTo(m_adaptiveDemux); demux != nullptr) {
     guint line = 0;
     g_object_get(demux, "current-bandwidth", &line, nullptr);
     if (line > 0) out.lineRate = line;
+    out.bufferedMs = m_fetched.millisecondsFrom(position());
     gst_object_unref(demux);
   } else if (GstElement* const download = referenceTo(m_download); download != nullptr) {
     out.bufferedMs = downloadedMs(download, position(), duration());

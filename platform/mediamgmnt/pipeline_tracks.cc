@@ -97,6 +97,7 @@ void Pipeline::watchFetching(GstElement* track) {
     return TRUE;
   };
   gst_element_foreach_sink_pad(track, watch, this);
+  m_fetched.watch(track);
 }
 
 GstPadProbeReturn Pipeline::onFetched(GstPad*, GstPadProbeInfo*, gpointer self) {
@@ -119,6 +120,7 @@ void Pipeline::watchSeeks(GstElement* demuxer) {
 GstPadProbeReturn Pipeline::onFlush(GstPad*, GstPadProbeInfo* info, gpointer data) {
   auto* const self = static_cast<Pipeline*>(data);
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
+  self->m_fetched.forget();  // when it begins and when it ends: in between nothing is fetched
   const guint32 seek = gst_event_get_seqnum(event);
   const bool begins = GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_START && self->m_flushOfSeek.exchange(seek) != seek;
   const bool ends = GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_STOP;

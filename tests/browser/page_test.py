@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """What pages find: documents of all kinds, live elements, events, keys, the objects of the environment."""
 import os
+import re
 import subprocess
 import time
 
@@ -74,6 +75,42 @@ class OverlayTest(television.Case):
         shown = self.browse("playing.html", "--overlay", *page, "--screenshot", "b.png").picture("b.png")
         self.assertLess(max(shown.around(300, 40)), 100)  # the panel darkens the third bar
         self.assertGreater(min(plain.around(300, 40)[:2]), 200)
+
+    LINE = re.compile(r"status:   (\d+\.\d) s stored\b")
+
+    def stored(self, run):
+        """The seconds on each line about what is stored."""
+        return [float(match.group(1)) for match in map(self.LINE.match, run.output.splitlines()) if match]
+
+    def test_status_tells_what_the_object_does(self):
+        look = "position(1) && (video.play(0), true)"
+        lines = self.browse("adaptive.html?film=dash/av.mpd&type=application/dash%2Bxml", "--wait", look, "--wait", "video.playState === 2",
+                            "--status").lines("status: ")
+        self.assertRegex(lines[0], r"^paused   \d\.\d of 20\.0 s   0x   application/dash\+xml$")
+        self.assertTrue(lines[1].endswith("/media/dash/av.mpd"), lines)
+        self.assertRegex(lines[2], r"^  1 video   \d audio \([a-z]+\)   \d subtitles")
+        self.assertRegex(lines[-1], r"^\d+ pictures a second, \d+ in all$")
+
+    def test_status_of_a_film_that_failed_says_why(self):
+        run = self.browse("adaptive.html?film=fault/status/404/two.mp4&type=video/mp4", "--wait", "video.playState === 6", "--status")
+        self.assertIn("status:   last error: content not available", run.output)
+
+    def test_what_is_stored_of_adaptive_films_falls_as_they_play(self):
+        for film, kind in (("dash/av.mpd", "application/dash%2Bxml"), ("hls/master.m3u8", "application/vnd.apple.mpegurl")):
+            looks = [part for second in (1, 3, 5) for part in ("--wait", "position(%d)" % second, "--status")]
+            stored = self.stored(self.browse("adaptive.html?film=%s&type=%s" % (film, kind), *looks))
+            self.assertEqual(len(stored), 3, film)
+            for second, seconds in zip((1, 3, 5), stored):
+                self.assertLess(seconds, 20.5 - second)  # all of it is here soon, and 20 s long
+                self.assertGreater(seconds, 2)
+            self.assertEqual(stored, sorted(stored, reverse=True))
+
+    def test_what_is_stored_of_a_slow_adaptive_film_grows_while_it_loads(self):
+        looks = ["--status"] + [part for count in (6, 12, 18) for part in ("--wait", "asked('/slow/150k/dash', %d)" % count, "--status")]
+        stored = self.stored(self.browse("adaptive.html?film=slow/150k/dash/av.mpd&type=application/dash%2Bxml&pause", *looks))
+        self.assertGreaterEqual(len(stored), 3)
+        self.assertEqual(stored, sorted(stored))
+        self.assertGreater(stored[-1], stored[0] + 5)
 
     def test_help_key_is_the_browser_s_own(self):
         process = self.start("keys.html", "--wait", "down.length > 0", "--screenshot", "help.png", "--wait", "report()", "--quit-after", "60")

@@ -2,6 +2,7 @@
 // What a status display is told of a presentation.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <optional>
 #include <string>
 
@@ -44,6 +45,73 @@ TEST(ReportTest, AdaptiveSourcesTellOfTheLine) {
     EXPECT_TRUE(comesToBe(player, report::kLineRate, 10'000, 4'000'000'000)) << source;
     EXPECT_TRUE(comesToBe(player, report::kPictures, 5, 500)) << source;
   }
+}
+
+/// What is stored and the position belong to two moments, one read apart.
+bool isStoredUpTo(TestPlayer& player, double end) {
+  return TestPlayer::eventually([&] {
+    const double position = player.number("POSITION");
+    const std::optional<std::string> stored = player.get(report::kBuffered);
+    return stored && position > 500 && std::abs(std::stod(*stored) + position - end) < 300;
+  });
+}
+
+TEST(ReportTest, OfAnAdaptiveSourceAllThatHasComeIsStored) {
+  for (const char* const source : {"dash/av.mpd", "hls/master.m3u8", "hls/muxed.m3u8", "dash/tracks.mpd"}) {
+    TestPlayer player;
+    player.start(SampleServer::instance().url(source));
+    EXPECT_TRUE(isStoredUpTo(player, 20000)) << source;  // the whole film, which is shorter than what is fetched in advance
+  }
+}
+
+TEST(ReportTest, WhatAnAdaptiveSourceStoresGrowsWhileItIsFetched) {
+  TestPlayer player;
+  player.load(SampleServer::instance().url("slow/100k/dash/av.mpd"));
+  player.command("PAUSE");
+  long before = -1;
+  for (const long least : {1, 3000, 6000, 9000}) {
+    EXPECT_TRUE(comesToBe(player, report::kBuffered, least, 20100)) << least;
+    const long stored = std::stol(player.get(report::kBuffered).value_or("-1"));
+    EXPECT_GE(stored, before);  // nothing of it is presented
+    before = stored;
+  }
+}
+
+TEST(ReportTest, WhatAnAdaptiveSourceStoresFallsAsItPlays) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("dash/av.mpd"));
+  for (const long most : {19000, 18000, 17000}) EXPECT_TRUE(comesToBe(player, report::kBuffered, 10000, most)) << most;
+}
+
+TEST(ReportTest, ASeekBeginsTheStoreAnew) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("slow/400k/dash/av.mpd"));
+  ASSERT_TRUE(comesToBe(player, report::kBuffered, 8000, 20100));
+  player.command("SEEK", "15000");
+  player.wordsUntil("PLAY_POSITION_CHANGED");
+  EXPECT_TRUE(comesToBe(player, report::kBuffered, 0, 5100));  // less is left than was stored
+  EXPECT_TRUE(isStoredUpTo(player, 20000));
+}
+
+TEST(ReportTest, PlayedBackwardsWhatLiesBeforeIsStored) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("dash/av.mpd"));
+  player.command("SEEK", "10000");
+  player.wordsUntil("PLAY_POSITION_CHANGED");
+  player.forget();
+  player.command("PLAY", "-1.00");
+  player.wordsUntil("PLAY_SPEED_CHANGED");
+  EXPECT_TRUE(TestPlayer::eventually([&] {
+    const double position = player.number("POSITION");
+    const std::optional<std::string> stored = player.get(report::kBuffered);
+    return stored && position > 500 && std::abs(std::stod(*stored) - position) < 300;
+  }));
+}
+
+TEST(ReportTest, OfALiveSourceNoMoreIsStoredThanThereIs) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("live/hls/live.m3u8"));
+  for (int look = 0; look < 3; ++look) EXPECT_TRUE(comesToBe(player, report::kBuffered, 1, 8000));
 }
 
 TEST(ReportTest, WithoutASourceNothingIsTold) {
