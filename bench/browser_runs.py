@@ -152,19 +152,45 @@ def measureProcessor(bench, runs):
               (width, height, statistics.median(page), statistics.median(bare)))
 
 
-def measureLayout(bench):
-    trace = os.path.join(bench.folder.name, "trace.jsonl")
-    bench.start("layout.html?film=../media/two.mp4", "--trace", trace, "--wait", "done", "--quit-after", "60").communicate(timeout=90)
+JUMP = 16  # pixels, of bench/pages/layout.html
+
+
+def spread(values):
+    return "%.1f ms (most %.1f)" % (statistics.median(values), max(values))
+
+
+def untilMediaLibrary(trace):
+    """Milliseconds from each layout change, marked in the trace, until the media library was told."""
     marks, taken = {}, []
     with open(trace, encoding="utf-8") as file:
         for line in map(json.loads, file):
             if line["name"] == "setVolume":
-                marks[line["arguments"][0]] = line["time"]
+                marks[JUMP * line["arguments"][0]] = line["time"]
             elif line["name"] == "SET_WINDOW_PROPERTIES":
                 left = int(line["arguments"][0].split("|")[0])
                 if left in marks:
                     taken.append((line["time"] - marks.pop(left)) * 1000)
-    print("layout change until the media library has the new box: %.1f ms (most %.1f, of %d)" % (statistics.median(taken), max(taken), len(taken)))
+    return taken
+
+
+def measureLayout(bench):
+    """The window's frames are filmed: in which one is the page where it should be, in which one the video?"""
+    trace, name = (os.path.join(bench.folder.name, file) for file in ("trace.jsonl", "film.ppm"))
+    for state in ("paused", "playing"):
+        for source in ("task", "frame"):
+            jumps = bench.lines("layout.html?film=../media/two.mp4&state=%s&from=%s" % (state, source), "jump", "--trace", trace,
+                                "--film", name + "@0,0,1280x120", "--wait", "done")
+            film = television.Film(name)
+            places = [JUMP * (number + 1) for number in range(len(jumps))]
+            began = [float(text) for text in jumps]
+            page = film.firstFrames(places, 20, lambda pixel: min(pixel) > 200)
+            video = film.firstFrames(places, 100, lambda pixel: max(pixel) > 60)
+            print("layout change in a %s, video %s, of %d:" % (source, state, len(places)))
+            print("  until the media library has the new box: " + spread(untilMediaLibrary(trace)))
+            print("  until the video is painted there: " + spread([film.times[frame] - since for frame, since in zip(video, began)]))
+            print("  until the page is painted so: " + spread([film.times[frame] - since for frame, since in zip(page, began)]))
+            lags = [after - before for before, after in zip(page, video)]
+            print("  frames by which the video comes after the page: %.0f (least %d, most %d)" % (statistics.median(lags), min(lags), max(lags)))
 
 
 # Of what is mapped from files others that map the same pay a share: the anonymous memory is what a process has for itself.

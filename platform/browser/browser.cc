@@ -64,8 +64,9 @@ std::string place(const char* source, unsigned line) {
 
 }  // namespace
 
-Browser::Browser(const Options& options)
+Browser::Browser(const Options& options, std::unique_ptr<Film> film)
     : m_options(options),
+      m_film(std::move(film)),
       m_plane([this] { m_window->redraw(); }),
       m_loop(g_main_loop_new(nullptr, FALSE)),
       m_cancel(g_cancellable_new()) {
@@ -381,6 +382,7 @@ int Browser::run() {
   const guint terminated = g_unix_signal_add(SIGTERM, onSignal<SIGTERM>, this);
   m_window->setTitle("avc-browser");
   m_window->show(m_options.width, m_options.height, m_options.fullScreen);
+  if (m_film != nullptr) m_window->beginFilm(std::move(m_film));
   if (m_options.overlay) toggleStatus();
   webkit_web_view_load_uri(m_view, m_options.url.c_str());
   if (m_options.quitSeconds > 0) {
@@ -394,6 +396,7 @@ int Browser::run() {
   g_main_loop_run(m_loop);
   g_source_remove(interrupted);
   g_source_remove(terminated);
+  if (!m_window->endFilm()) fail("the film could not be written whole", kExitFailed);
   if (m_status != 0) return m_status;
   if (m_failed) return kExitFailed;
   return m_signal == 0 ? 0 : kSignalStatus + m_signal;

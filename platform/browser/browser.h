@@ -18,8 +18,8 @@ namespace browser {
 
 class Browser {
  public:
-  /// GTK must have been initialised.
-  explicit Browser(const Options& options);
+  /// GTK must have been initialised. @p film may be null.
+  Browser(const Options& options, std::unique_ptr<Film> film);
   Browser(const Browser&) = delete;
   Browser& operator=(const Browser&) = delete;
   ~Browser();
@@ -59,6 +59,7 @@ class Browser {
   void ended();
 
   const Options& m_options;
+  std::unique_ptr<Film> m_film;  ///< until run()
   PlaneView m_plane;
   Overlay m_overlay;
   WebKitWebContext* m_context = nullptr;

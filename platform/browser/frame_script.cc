@@ -44,6 +44,8 @@ JSObjectRef FrameScript::makeHost(const std::string& settings) {
   addHostFunction(host, "wake", 0, &FrameScript::hostWake);
   addHostFunction(host, "ended", 0, &FrameScript::hostEnded);
   addHostFunction(host, "frameOffset", 1, &FrameScript::hostFrameOffset);
+  addHostFunction(host, "othersHaveObjects", 0, &FrameScript::hostOthersHaveObjects);
+  addHostFunction(host, "placeOthers", 0, &FrameScript::hostPlaceOthers);
   return host;
 }
 
@@ -113,10 +115,12 @@ void FrameScript::flush() {
 }
 
 void FrameScript::tick() {
-  if (m_silent || m_binding->pluginCount() == 0) return;
-  call("layoutMayHaveChanged", {});
+  if (!hasObjects()) return;
+  placeObjects();
   call("tick", {});
 }
+
+void FrameScript::placeObjects() { call("placeWindows", {}); }
 
 JSValueRef FrameScript::offsetOf(JSObjectRef child) { return m_silent ? JSValueMakeNull(m_context) : call("offsetOf", {child}); }
 
@@ -137,6 +141,15 @@ JSValueRef FrameScript::hostWake(Arguments) {
 
 JSValueRef FrameScript::hostEnded(Arguments) {
   if (!m_silent) m_owner.ended(*this);
+  return undefined();
+}
+
+JSValueRef FrameScript::hostOthersHaveObjects(Arguments) {
+  return JSValueMakeBoolean(m_context, !m_silent && m_owner.othersHaveObjects(*this));
+}
+
+JSValueRef FrameScript::hostPlaceOthers(Arguments) {
+  if (!m_silent) m_owner.placeOthers(*this);
   return undefined();
 }
 

@@ -29,6 +29,10 @@ class FrameOwner {
   virtual void wake() = 0;
   /// The window goes; the objects are to be destroyed as soon as no script runs.
   virtual void ended(FrameScript& frame) = 0;
+  /// Do windows other than @p frame have objects?
+  virtual bool othersHaveObjects(const FrameScript& frame) const = 0;
+  /// Their objects may be elsewhere on the plane now.
+  virtual void placeOthers(const FrameScript& frame) = 0;
   /// @return the window whose global object is @p window, or null.
   virtual FrameScript* frameOf(JSObjectRef window) = 0;
 };
@@ -53,6 +57,9 @@ class FrameScript {
   void deliver(const pluginhost::Event& event);
   void flush();
   void tick();
+  /// Looks at where its objects are.
+  void placeObjects();
+  bool hasObjects() const { return !m_silent && m_binding->pluginCount() > 0; }
   void destroyObjects() { m_binding->destroyAll(); }
   /// Where the page in the child window @p child begins; a script value: {x, y} or null.
   JSValueRef offsetOf(JSObjectRef child);
@@ -77,6 +84,8 @@ class FrameScript {
   JSValueRef hostWake(Arguments arguments);
   JSValueRef hostEnded(Arguments arguments);
   JSValueRef hostFrameOffset(Arguments arguments);
+  JSValueRef hostOthersHaveObjects(Arguments arguments);
+  JSValueRef hostPlaceOthers(Arguments arguments);
 
   FrameOwner& m_owner;
   JSGlobalContextRef m_context;

@@ -3,6 +3,8 @@
 #include <gtk/gtk.h>
 
 #include <cstdio>
+#include <memory>
+#include <utility>
 
 #include "platform/browser/browser.h"
 #include "platform/browser/options.h"
@@ -36,10 +38,13 @@ int runMain(int argc, char** argv) {
   if (options.version) std::fputs(versionText().c_str(), stdout);
   if (options.help || options.version) return 0;
   if (!options.traceFile.empty() && !canWrite(options.traceFile)) return fail("cannot write the trace file " + options.traceFile);
+  std::unique_ptr<Film> film;
+  if (!options.filmFile.empty()) film = Film::open(options.filmFile, options.filmFrame, error);
+  if (!error.empty()) return fail(error);
   prepareEngine();
   if (!gtk_init_check(nullptr, nullptr)) return fail("no display; without one, start it with xvfb-run -a");
   setlocale(LC_NUMERIC, "C");
-  Browser browser(options);
+  Browser browser(options, std::move(film));
   return browser.run();
 }
 

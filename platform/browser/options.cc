@@ -35,14 +35,16 @@ Step screenshotStep(const std::string& text) {
   return {Step::Kind::screenshot, timed ? text.substr(0, at) : text, {}, timed ? seconds : 0};
 }
 
-bool parseSize(std::string_view text, Options& out) {
+bool parseWhole(std::string_view text, int least, int& out) {
+  constexpr int kMost = 16384;
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), out);
+  return error == std::errc() && stop == text.data() + text.size() && out >= least && out <= kMost;
+}
+
+bool parseSize(std::string_view text, int least, int& width, int& height) {
   const std::size_t cross = text.find('x');
-  if (cross == std::string_view::npos) return false;
-  const auto number = [](std::string_view part, int& value) {
-    const auto [stop, error] = std::from_chars(part.data(), part.data() + part.size(), value);
-    return error == std::errc() && stop == part.data() + part.size() && value >= 160 && value <= 16384;
-  };
-  return number(text.substr(0, cross), out.width) && number(text.substr(cross + 1), out.height);
+  return cross != std::string_view::npos && parseWhole(text.substr(0, cross), least, width) &&
+         parseWhole(text.substr(cross + 1), least, height);
 }
 
 std::vector<std::string> split(const std::string& text) {
@@ -63,6 +65,20 @@ std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
           {"ui-languages", &preferences.uiLanguages},
           {"country", &preferences.country},
           {"user-agent", &preferences.userAgent}};
+}
+
+// "FILE" or "FILE@X,Y,WxH"; an "@" that no such part of the window follows belongs to the name.
+void readFilm(const std::string& text, Options& out) {
+  out.filmFile = text;
+  const std::size_t at = text.rfind('@');
+  if (at == std::string::npos || at == 0) return;
+  const std::vector<std::string> parts = split(text.substr(at + 1));
+  FilmFrame frame;
+  const bool framed = parts.size() == 3 && parseWhole(parts[0], 0, frame.x) && parseWhole(parts[1], 0, frame.y) &&
+                      parseSize(parts[2], 1, frame.width, frame.height);
+  if (!framed) return;
+  out.filmFile = text.substr(0, at);
+  out.filmFrame = frame;
 }
 
 class Parser {
@@ -124,6 +140,7 @@ class Parser {
     if (name == "--script") return [this](const std::string& value) { addStep({Step::Kind::script, value, {}, 0}); };
     if (name == "--wait") return [this](const std::string& value) { addStep({Step::Kind::wait, value, {}, 0}); };
     if (name == "--screenshot") return [this](const std::string& value) { addStep(screenshotStep(value)); };
+    if (name == "--film") return [this](const std::string& value) { readFilm(value, m_out); };
     if (name == "--window") return [this](const std::string& value) { readWindow(value); };
     if (name == "--quit-after") return [this](const std::string& value) { readQuit(value); };
     if (name == "--keys") return [this](const std::string& value) { readKeys(value); };
@@ -135,7 +152,9 @@ class Parser {
   }
 
   void readWindow(const std::string& value) {
-    if (!parseSize(value, m_out)) m_error = "--window needs a size such as 1280x720, not \"" + value + "\"";
+    constexpr int kLeast = 160;
+    if (!parseSize(value, kLeast, m_out.width, m_out.height))
+      m_error = "--window needs a size such as 1280x720, not \"" + value + "\"";
   }
 
   void readQuit(const std::string& value) {
@@ -290,6 +309,8 @@ For scripts and tests: steps, done in the order given once the page has been loa
       --status                    prints the lines of the status overlay
       --quit-after SECONDS        ends after so long; when steps are left, that is a time-out
 
+      --film FILE.ppm[@X,Y,WxH]   writes every frame that the window paints, or that part of it, as portable pixmaps, each
+                                  with the time in microseconds since 1970
       --trace FILE                writes what crosses the host and the media library, one JSON object a line
       --private                   keeps no cookies and no local storage after the end
       --sandbox                   runs the page's process in WebKit's sandbox

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/browser/film.h"
 #include "platform/shell/protection_options.h"
 
 namespace browser {
@@ -36,6 +37,8 @@ struct Options {
   std::string mediaLibrary;  ///< empty: the default one
   std::string plugin;
   std::string traceFile;
+  std::string filmFile;          ///< empty: none
+  FilmFrame filmFrame;           ///< what of the window belongs into it
   std::string subtitleSettings;  ///< "VALUE:TEXT"; empty for none
   std::vector<Step> steps;
   double quitSeconds = 0;  ///< 0: never by itself

@@ -44,6 +44,7 @@ TvWindow::TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers)
 
 TvWindow::~TvWindow() {
   g_signal_handlers_disconnect_by_data(m_view, this);
+  m_film.reset();
   if (m_painted != 0) g_signal_handler_disconnect(gtk_widget_get_frame_clock(m_window), m_painted);
   gtk_widget_destroy(m_window);
 }
@@ -87,6 +88,7 @@ gboolean TvWindow::onDraw(GtkWidget* view, cairo_t* cairo, gpointer self) {
 gboolean TvWindow::onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self) {
   const auto& window = *static_cast<TvWindow*>(self);
   window.m_handlers.paintAbove(cairo, gtk_widget_get_allocated_width(view), gtk_widget_get_allocated_height(view));
+  if (window.m_film != nullptr) window.m_film->expose();
   return FALSE;
 }
 
@@ -137,6 +139,16 @@ void TvWindow::onPainted(GdkFrameClock* clock, gpointer self) {
   g_signal_handler_disconnect(clock, std::exchange(window.m_painted, 0));
   const auto done = std::exchange(window.m_whenDrawn, nullptr);
   done();
+}
+
+void TvWindow::beginFilm(std::unique_ptr<Film> film) {
+  m_film = std::move(film);
+  m_film->begin(m_window);
+}
+
+bool TvWindow::endFilm() {
+  const std::unique_ptr<Film> film = std::move(m_film);
+  return film == nullptr || film->end();
 }
 
 bool TvWindow::screenshot(const std::string& path, std::string& error) const {

@@ -6,8 +6,10 @@
 #include <webkit2/webkit2.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "platform/browser/film.h"
 #include "platform/browser/plane_view.h"
 
 namespace browser {
@@ -35,6 +37,10 @@ class TvWindow {
   void press(guint sentKey);
   /// Calls @p done after the next picture has reached the window.
   void whenDrawn(std::function<void()> done);
+  /// Every frame from now on belongs into the film. After show().
+  void beginFilm(std::unique_ptr<Film> film);
+  /// @return false when there was a film and something of it could not be written.
+  bool endFilm();
   /// Writes what the window shows. @return false, with one line in @p error.
   bool screenshot(const std::string& path, std::string& error) const;
 
@@ -56,6 +62,7 @@ class TvWindow {
   GtkWidget* m_layout;
   std::function<void()> m_whenDrawn;
   gulong m_painted = 0;
+  std::unique_ptr<Film> m_film;
   bool m_fullScreen = false;
 };
 

@@ -4,6 +4,7 @@
 #include <gio/gunixfdlist.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -131,6 +132,26 @@ void WebSide::uncaught(const std::string& text, const std::string& source, unsig
 void WebSide::ended(FrameScript& frame) {
   for (auto at = m_frames.begin(); at != m_frames.end(); ++at) {
     if (at->second.get() == &frame) return retire(at);
+  }
+}
+
+std::vector<FrameScript*> WebSide::framesWithObjects() const {
+  std::vector<FrameScript*> out;
+  for (const auto& [frame, script] : m_frames) {
+    if (script != nullptr && script->hasObjects()) out.push_back(script.get());
+  }
+  return out;
+}
+
+bool WebSide::othersHaveObjects(const FrameScript& frame) const {
+  return std::ranges::any_of(m_frames, [&](const auto& each) {
+    return each.second != nullptr && each.second.get() != &frame && each.second->hasObjects();
+  });
+}
+
+void WebSide::placeOthers(const FrameScript& frame) {
+  for (FrameScript* script : framesWithObjects()) {
+    if (script != &frame) script->placeObjects();  // one that retires meanwhile is silent and lives until the next turn
   }
 }
 
@@ -262,10 +283,7 @@ void WebSide::keepTicking() {
   if (m_tick != 0) return;
   const auto tick = [](gpointer data) -> gboolean {
     auto& side = *static_cast<WebSide*>(data);
-    std::vector<FrameScript*> frames;
-    for (const auto& [frame, script] : side.m_frames) {
-      if (script != nullptr && script->binding().pluginCount() > 0) frames.push_back(script.get());
-    }
+    const std::vector<FrameScript*> frames = side.framesWithObjects();
     for (FrameScript* script : frames) script->tick();
     if (!frames.empty()) return G_SOURCE_CONTINUE;
     side.m_tick = 0;

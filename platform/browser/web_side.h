@@ -35,6 +35,8 @@ class WebSide : public FrameOwner {
   void uncaught(const std::string& text, const std::string& source, unsigned line) override;
   void wake() override { m_flush.schedule(); }
   void ended(FrameScript& frame) override;
+  bool othersHaveObjects(const FrameScript& frame) const override;
+  void placeOthers(const FrameScript& frame) override;
   FrameScript* frameOf(JSObjectRef window) override;
 
  private:
@@ -54,6 +56,7 @@ class WebSide : public FrameOwner {
   void deliver(const pluginhost::Event& event);
   void flushAll();
   void keepTicking();
+  std::vector<FrameScript*> framesWithObjects() const;
   bool comeToRest();
   GVariant* status();
   bool isSettled() const;

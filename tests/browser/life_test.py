@@ -205,7 +205,7 @@ class StatusTest(television.Case):
     def test_help_names_every_option(self):
         run = self.finish(self.start("player.html", "--help"))
         self.assertEqual(run.status, 0)
-        for name in ("--script", "--keys", "--wait", "--screenshot", "--quit-after", "--trace", "--overlay", "--window", "--private",
+        for name in ("--script", "--keys", "--wait", "--screenshot", "--status", "--film", "--quit-after", "--trace", "--overlay", "--window", "--private",
                      "--sandbox", "--plugin", "--media-library", "--country", "--audio-languages",
                      "--parental-limit", "--parental-country", "--clearkey", "--clearkey-file"):
             self.assertTrue(re.search(r"^ .*%s\b" % name, run.output, re.MULTILINE), name)

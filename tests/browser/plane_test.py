@@ -61,6 +61,39 @@ class SeveralTest(television.Case):
         self.assertAllClosed(run)
 
 
+class FollowTest(television.Case):
+    PLACES = [16 * jump for jump in range(1, 41)]
+
+    def lags(self, query):
+        """For each jump of the box: how many painted frames after the page's the video's is."""
+        film = self.browse("follow.html" + query, "--film", "film.ppm@0,0,1280x120", "--wait", "done").film("film.ppm")
+        mark = film.firstFrames(self.PLACES, 20, lambda pixel: min(pixel) > 200)
+        video = film.firstFrames(self.PLACES, 100, lambda pixel: max(pixel) > 60)
+        self.assertNotIn(None, mark)
+        self.assertNotIn(None, video)
+        return [after - before for before, after in zip(mark, video)]
+
+    def assertFollows(self, query):
+        lags = self.lags(query)
+        # A machine that does something else may hold one of the two up now and then.
+        self.assertGreaterEqual(sum(lag <= 1 for lag in lags), 36, lags)
+        self.assertLessEqual(sorted(lags)[20], 0, lags)
+
+    def test_video_is_there_with_the_frame_that_shows_the_new_layout(self):
+        self.assertFollows("")
+
+    def test_also_while_it_plays(self):
+        self.assertFollows("?plays")
+
+    def test_also_in_a_frame_that_is_moved(self):
+        self.assertFollows("?framed")
+
+    def test_film_that_cannot_be_written(self):
+        run = self.finish(self.start("player.html", "--film", "/nowhere/film.ppm"))
+        self.assertEqual(run.status, 2, run.output)
+        self.assertIn("cannot write the film /nowhere/film.ppm", run.output)
+
+
 class FlickerTest(television.Case):
     # What the screen shows, 25 times a second: the middle of each bar of the video, and a part of the page that stays as it is.
     FILTER = ("split[a][b];[a]crop=640:80:0:100,scale=6:1:flags=area[video];[b]crop=60:40:1000:600,scale=6:1:flags=area[page];"

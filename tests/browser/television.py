@@ -120,6 +120,39 @@ class Picture:
         return tuple(sorted(point[i] for point in points)[len(points) // 2] for i in range(3))
 
 
+class Film:
+    """What --film wrote: every frame that the window painted, with the time in milliseconds since 1970."""
+    HEAD = re.compile(rb"P6\n# (\d+)\n(\d+) (\d+)\n255\n")
+
+    def __init__(self, path):
+        with open(path, "rb") as file:
+            data = file.read()
+        self.times, self.sizes, self.frames = [], [], []
+        at = 0
+        while at < len(data):
+            head = self.HEAD.match(data, at)
+            width, height = int(head.group(2)), int(head.group(3))
+            end = head.end() + 3 * width * height
+            self.times.append(int(head.group(1)) / 1000)
+            self.sizes.append((width, height))
+            self.frames.append(data[head.end():end])
+            at = end
+
+    def __len__(self):
+        return len(self.frames)
+
+    def leftEdge(self, frame, y, bright):
+        """Where the first pixel of this line is whose least and greatest component please; None when there is none."""
+        width = self.sizes[frame][0]
+        line = self.frames[frame][y * width * 3:(y + 1) * width * 3]
+        return next((x for x in range(width) if bright(line[3 * x:3 * x + 3])), None)
+
+    def firstFrames(self, places, y, bright):
+        """For each of these places, which follow each other to the right: the first frame in which the edge has come there."""
+        edges = [self.leftEdge(frame, y, bright) for frame in range(len(self))]
+        return [next((frame for frame, edge in enumerate(edges) if edge is not None and edge >= place), None) for place in places]
+
+
 class Run:
     """What is left of a run of the browser: status, output, and the folder of the files that it wrote."""
 
@@ -137,6 +170,9 @@ class Run:
 
     def picture(self, name):
         return Picture(os.path.join(self.folder, name))
+
+    def film(self, name):
+        return Film(os.path.join(self.folder, name))
 
     def trace(self, name="trace.jsonl"):
         with open(os.path.join(self.folder, name), encoding="utf-8", errors="replace") as file:

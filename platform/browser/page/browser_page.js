@@ -5,6 +5,7 @@
 //
 // host: print(level, text, source, line)    uncaught(text, source, line)    settings: a JSON text
 //       wake(): flush is to be called once no script runs    ended(): this window goes
+//       othersHaveObjects() -> boolean    placeOthers(): the objects of all other windows are to be placed
 //       frameOffset(parentWindow) -> {x, y} of this window's page on the plane, null when it cannot be seen
 // native, makeLayer: see av_element.js    parts: {keys, environment}: see there
 // The result is what the program calls: see the last lines.
@@ -124,18 +125,55 @@
 
   // ---- geometry
 
+  const kFrameWork = 10;  // milliseconds after a page's callback in which what changes is taken to be painted with its frame
   let frameAsked = false;
+  let frameAt = -kFrameWork;
 
-  // The frame that shows a change of the layout also places the video. A running animation changes it with every frame.
+  // The frame that shows a change of the layout also places the video. A running animation changes it with every frame. What a page
+  // changes in an animation frame is painted with that one; a callback asked for then would come with the next.
   function layoutMayHaveChanged() {
-    if (frameAsked || !layer.hasObjects()) return;
+    if (!layer.hasObjects() && !host.othersHaveObjects()) return;
+    if (now() - frameAt < kFrameWork) placeAll();
+    if (!frameAsked && (now() - frameAt >= kFrameWork || isAnimated())) askFrame();
+  }
+
+  function askFrame() {
     frameAsked = true;
     apply(requestAnimationFrame, window, [() => {
       frameAsked = false;
-      layer.placeWindows();
-      if (getAnimations(document).length > 0) layoutMayHaveChanged();
+      placeAll();
+      if (isAnimated()) askFrame();
     }]);
   }
+
+  // What moves in this window takes the frames in it along.
+  function placeAll() {
+    layer.placeWindows();
+    host.placeOthers();
+  }
+
+  function isAnimated() {
+    return getAnimations(document).length > 0;
+  }
+
+  defineProperty(window, 'requestAnimationFrame', {
+    value: {
+      requestAnimationFrame(callback) {
+        if (typeof callback !== 'function') return apply(requestAnimationFrame, window, arguments);
+        return apply(requestAnimationFrame, window, [(time) => {
+          frameAt = now();
+          try {
+            apply(callback, undefined, [time]);
+          } finally {
+            frameAt = now();
+          }
+        }]);
+      },
+    }.requestAnimationFrame,
+    writable: true,
+    enumerable: true,
+    configurable: true,
+  });
 
   for (const type of ['scroll', 'resize', 'load', 'transitionrun', 'animationstart', 'fullscreenchange']) {
     addListener(window, type, layoutMayHaveChanged, { capture: true, passive: true });
@@ -279,6 +317,6 @@
 
   return {
     fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,
-    layoutMayHaveChanged: layer.placeWindows,
+    placeWindows: layer.placeWindows,
   };
 })
