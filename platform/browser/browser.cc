@@ -134,6 +134,9 @@ void Browser::makeView() {
   g_signal_connect(m_view, "web-process-terminated", G_CALLBACK(onTerminated), this);
   g_signal_connect(m_view, "notify::estimated-load-progress", G_CALLBACK(onProgress), this);
   g_signal_connect(m_view, "notify::title", G_CALLBACK(onTitle), this);
+  // What destroyApplication does. A television has no window that a page could close.
+  g_signal_connect(m_view, "close",
+                   G_CALLBACK(+[](WebKitWebView* view, gpointer) { webkit_web_view_load_uri(view, "about:blank"); }), nullptr);
   // A page may not keep the user from leaving it, nor put up windows of its own.
   g_signal_connect(m_view, "script-dialog", G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer) -> gboolean {
                      const auto type = webkit_script_dialog_get_dialog_type(dialog);

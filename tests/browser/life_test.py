@@ -110,6 +110,13 @@ class LifeTest(television.Case):
         self.assertAllClosed(run)
         self.assertBar(run.picture("a.png"), 0, 0, 640, 360, 3)
 
+    def test_page_that_ends_itself(self):
+        for end in ("window.close()", "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document).destroyApplication()"):
+            run = self.browse("playing.html", "--wait", "playing() && (%s, true)" % end, "--wait", "location.href === 'about:blank'",
+                              "--screenshot", "a.png")
+            self.assertAllClosed(run)
+            self.assertColour(run.picture("a.png"), (200, 200), television.BLACK, 0)
+
     def test_object_in_a_frame_ends_with_it(self):
         run = self.browse("frames.html", "--wait", "ready === 2 && without()", "--wait", "ready === 2")
         self.assertAllClosed(run)

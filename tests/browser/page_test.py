@@ -155,6 +155,7 @@ class LocaleTest(television.Case):
 class EnvironmentTest(television.Case):
     def test_objects_and_options(self):
         run = self.browse("environment.html", "--wait", "done", "--audio-languages", "deu,eng", "--country", "DEU")
+        self.assertEqual(run.lines("console.debug: "), ["a word to the developer"])
         configured, agent = run.logged()
         self.assertEqual(configured, "deu,eng eng,und eng,und DEU")
         self.assertRegex(agent, r"HbbTV/1\.7\.1 \(\+DRM;[^;]*;[^;]*;[^;]*;[^;]*;[^;]*;\)$")

@@ -23,6 +23,7 @@
 <video_profile name="TS_AVC_HD_25_HEAAC" type="video/mpeg" transport="http"/>
 <video_profile name="MP4_AVC_HD_25_HEAAC" type="video/mp4" transport="dash"/>
 </profilelist>`;
+  const kProfiles = ['OITF_HD_UIPROF', 'META_SI', 'TRICKMODE', 'AVCAD', 'TV_UIPROF'];
   const kStopped = 0;
 
   // ---- the application and who manages it
@@ -32,6 +33,8 @@
     value: 0,
     otherKeys: [],
     maximumValue: 0x7ff,
+    supportsPointer: false,
+    getKeyIcon: () => null,
     setValue(value, otherKeys) {
       keyset.value = Number(value) & keyset.maximumValue;
       keyset.otherKeys = Array.isArray(otherKeys) ? [...otherKeys] : [];
@@ -39,7 +42,7 @@
     },
   };
 
-  const application = {
+  const application = Object.assign(new EventTarget(), {
     visible: true,
     active: true,
     isPrimaryReceiver: true,
@@ -48,11 +51,13 @@
     show() {
       document.documentElement.style.removeProperty('visibility');
       application.visible = true;
+      tellApplication('ApplicationShown');
       return true;
     },
     hide() {
       document.documentElement.style.setProperty('visibility', 'hidden', 'important');
       application.visible = false;
+      tellApplication('ApplicationHidden');
     },
     activate() {},
     deactivate() {},
@@ -67,7 +72,17 @@
       window.location.assign(address);
       return application;
     },
-  };
+  });
+
+  function tellApplication(name) {
+    const handler = application['on' + name];
+    try {
+      if (typeof handler === 'function') Reflect.apply(handler, application, []);
+    } catch (error) {
+      window.reportError(error);
+    }
+    application.dispatchEvent(new Event(name));
+  }
 
   const manager = {
     getOwnerApplication: () => application,
@@ -101,13 +116,17 @@
     get xmlCapabilities() { return new DOMParser().parseFromString(kCapabilities, 'text/xml'); },
     extraSDVideoDecodes: 3,
     extraHDVideoDecodes: 1,
-    hasCapability: (name) => String(name).split('+').every((part) => ['OITF_HD_UIPROF', 'META_SI', 'TRICKMODE', 'AVCAD', 'TV_UIPROF'].includes(part)),
+    // A profile, or fragments of one, each behind a "+".
+    hasCapability: (name) => String(name).replace(/^\+/, '').split('+').every((part) => kProfiles.includes(part)),
   };
 
   // ---- a broadcast object on a television without a tuner
 
   const broadcast = {
     playState: kStopped,
+    COMPONENT_TYPE_VIDEO: 0,
+    COMPONENT_TYPE_AUDIO: 1,
+    COMPONENT_TYPE_SUBTITLE: 2,
     currentChannel: null,
     fullScreen: false,
     programmes: { length: 0, item: () => undefined },
@@ -182,6 +201,14 @@
     element.setAttribute('type', type);
     return element;
   }
+
+  // A line for the developer.
+  Object.defineProperty(window, 'debug', {
+    configurable: true,
+    enumerable: true,
+    writable: true,
+    value: function debug(text) { console.debug(String(text)); },
+  });
 
   Object.defineProperty(window, 'oipfObjectFactory', {
     configurable: true,

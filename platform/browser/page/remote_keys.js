@@ -3,12 +3,15 @@
 (function () {
   'use strict';
 
+  // Also of keys that this remote control lacks: a page that names them must not fail.
   const codes = {
     VK_CANCEL: 3, VK_BACK_SPACE: 8, VK_TAB: 9, VK_ENTER: 13, VK_PAUSE: 19, VK_ESCAPE: 27, VK_SPACE: 32, VK_PAGE_UP: 33, VK_PAGE_DOWN: 34,
-    VK_LEFT: 37, VK_UP: 38, VK_RIGHT: 39, VK_DOWN: 40, VK_RED: 403, VK_GREEN: 404, VK_YELLOW: 405, VK_BLUE: 406, VK_REWIND: 412,
-    VK_STOP: 413, VK_PLAY: 415, VK_FAST_FWD: 417, VK_CHANNEL_UP: 427, VK_CHANNEL_DOWN: 428, VK_INFO: 457, VK_BACK: 461,
-    VK_PLAY_PAUSE: 463,
+    VK_END: 35, VK_HOME: 36, VK_LEFT: 37, VK_UP: 38, VK_RIGHT: 39, VK_DOWN: 40, VK_RED: 403, VK_GREEN: 404, VK_YELLOW: 405, VK_BLUE: 406, VK_REWIND: 412,
+    VK_STOP: 413, VK_PLAY: 415, VK_RECORD: 416, VK_FAST_FWD: 417, VK_TRACK_PREV: 424, VK_TRACK_NEXT: 425, VK_CHANNEL_UP: 427,
+    VK_CHANNEL_DOWN: 428, VK_VOLUME_UP: 447, VK_VOLUME_DOWN: 448, VK_MUTE: 449, VK_INFO: 457, VK_GUIDE: 458, VK_TELETEXT: 459,
+    VK_SUBTITLE: 460, VK_BACK: 461, VK_MENU: 462, VK_PLAY_PAUSE: 463,
   };
+  for (let letter = 65; letter <= 90; letter += 1) codes['VK_' + String.fromCharCode(letter)] = letter;
   for (let digit = 0; digit <= 9; digit += 1) codes['VK_' + digit] = 48 + digit;
 
   // What the engine makes of the keys that the shell sends, what a television makes of it, and the name of the key.
