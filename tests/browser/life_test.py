@@ -177,6 +177,15 @@ class StatusTest(television.Case):
         self.assertRegex(run.output, r"uncaught: unhandled rejection: Error: there \(.*wrong\.html:9\)")
         self.assertRegex(run.output, r"console\.warn: careful \{a: 1, b: \[\"x\", null\]\} <p id=\"p\"> \(.*wrong\.html:7\)")
 
+    def test_page_that_is_not_well_formed(self):
+        run = self.browse("malformed.hbbtv", "--wait", "document.readyState === 'complete'", status=1)
+        self.assertRegex(run.output, r"uncaught: not well-formed XML: .*line 6.*br.* \(%spages/malformed\.hbbtv:6\)" % re.escape(self.base))
+
+    def test_files_of_the_page_that_are_not_there(self):
+        run = self.browse("missing.html", "--wait", "done")
+        for name in ("none.js", "none.css", "none.png"):
+            self.assertIn("console.error: cannot be loaded: %spages/%s (%spages/missing.html)" % (self.base, name, self.base), run.output)
+
     def test_time_out(self):
         run = self.browse("player.html", "--wait", "false", "--quit-after", "2", status=3)
         self.assertIn("time-out", run.output)

@@ -42,6 +42,13 @@ class GeometryTest(television.Case):
         self.assertNothing(run.picture("removed.png"))
         self.assertAllClosed(run)
 
+    def test_video_is_inside_border_and_padding(self):
+        run = self.browse("geometry.html", *steps("start", "edged", "scaled"))
+        edged = run.picture("edged.png")
+        self.assertCard(edged, 115, 115, 320, 180)
+        self.assertColour(edged, (104, 200), (0, 0, 204), 0)
+        self.assertCard(run.picture("scaled.png"), 108, 108, 160, 90)
+
     def test_other_window_sizes_scale_page_and_video(self):
         run = self.browse("geometry.html", "--window", "640x480", *steps("start", "byClass"))
         picture = run.picture("byClass.png")

@@ -29,9 +29,12 @@
   const isConnected = getter(Node.prototype, 'isConnected');
   const nodeType = getter(Node.prototype, 'nodeType');
   const baseUri = getter(Node.prototype, 'baseURI');
+  const textContent = getter(Node.prototype, 'textContent');
   const documentAddress = getter(Document.prototype, 'URL');
   const ownerDocument = getter(Node.prototype, 'ownerDocument');
   const localName = getter(Element.prototype, 'localName');
+  const offsetWidth = getter(HTMLElement.prototype, 'offsetWidth');
+  const offsetHeight = getter(HTMLElement.prototype, 'offsetHeight');
   const clientLeft = getter(Element.prototype, 'clientLeft');
   const clientTop = getter(Element.prototype, 'clientTop');
   const getAttribute = uncurry(Element.prototype.getAttribute);
@@ -55,6 +58,14 @@
     .map((type) => ({ type, contentWindow: getter(type.prototype, 'contentWindow') }));
 
   const isElement = (value) => value instanceof HTMLObjectElement || value instanceof HTMLEmbedElement;
+
+  function resolveUrl(text, base) {
+    try {
+      return new URL(text, base).href;
+    } catch {
+      return text;
+    }
+  }
 
   // ---- attributes and the tree: one observer tells of everything, in order; a pump tells at once what it would tell later
 
@@ -186,12 +197,24 @@
   function box(element) {
     if (!isConnected(element)) return kNowhere;
     const from = origin();
-    const { left, top, right, bottom } = boundingBox(element);
+    const style = computedStyle(element);
+    const { left, top, right, bottom } = contentBox(element, style);
     if (from === null || right - left < kLeast.width || bottom - top < kLeast.height) return kNowhere;
-    if (styleValue(computedStyle(element), 'visibility') !== 'visible') return kNowhere;
+    if (styleValue(style, 'visibility') !== 'visible') return kNowhere;
     const x = Math.round(from.x + left);
     const y = Math.round(from.y + top);
     return { x, y, width: Math.round(from.x + right) - x, height: Math.round(from.y + bottom) - y };
+  }
+
+  // Inside border and padding, which a transformation of the element scales, too.
+  function contentBox(element, style) {
+    const { left, top, right, bottom } = boundingBox(element);
+    const edge = (side) => (parseFloat(styleValue(style, 'border-' + side + '-width')) || 0) + (parseFloat(styleValue(style, 'padding-' + side)) || 0);
+    const across = offsetWidth(element) > 0 ? (right - left) / offsetWidth(element) : 1;
+    const down = offsetHeight(element) > 0 ? (bottom - top) / offsetHeight(element) : 1;
+    return {
+      left: left + edge('left') * across, top: top + edge('top') * down, right: right - edge('right') * across, bottom: bottom - edge('bottom') * down,
+    };
   }
 
   function contentWindowOf(element) {
@@ -254,6 +277,21 @@
   addListener(window, 'error', (event) => {
     if (event.message !== undefined) host.uncaught(String(event.message), String(event.filename), Number(event.lineno) || 0);
   });
+  // Of what an element of the page names only the capturing listener hears; it may be an A/V Control object, which has no such error.
+  addListener(window, 'error', ({ target }) => {
+    if (!(target instanceof Element) || isElement(target)) return;
+    const address = getAttribute(target, 'src') || getAttribute(target, 'href');
+    if (address !== null) host.print('error', 'cannot be loaded: ' + resolveUrl(address, baseUri(target)), documentAddress(document), 0);
+  }, true);
+
+  // The engine shows such a page as far as it got, with a box of its own that says why.
+  addListener(document, 'DOMContentLoaded', () => {
+    const box = contentType(document) === 'text/html' ? null : documentQuery(document, 'parsererror')[0];
+    if (!box) return;
+    const [, text, line] = /(error on line (\d+)[^\n]*)/.exec(textContent(box)) || [null, textContent(box), 0];
+    host.uncaught('not well-formed XML: ' + text, documentAddress(document), Number(line));
+  });
+
   addListener(window, 'unhandledrejection', ({ reason }) => {
     const known = reason instanceof Error;
     host.uncaught('unhandled rejection: ' + inspect(reason), known ? String(reason.sourceURL) : '', known ? Number(reason.line) || 0 : 0);
@@ -295,13 +333,7 @@
     },
     box,
     documentUrl: (element) => documentAddress(ownerDocument(element)),
-    resolveUrl(text, base) {
-      try {
-        return new URL(text, base).href;
-      } catch {
-        return text;
-      }
-    },
+    resolveUrl,
     dispatch: (element, type, fields) => dispatchEvent(element, assign(new Event(type), fields)),
     reportError,
     warn: (text) => host.print('warn', text, '', 0),
