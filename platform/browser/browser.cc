@@ -12,6 +12,7 @@
 #include "platform/browser/messages.h"
 #include "platform/browser/page/embedded.h"
 #include "platform/browser/page_question.h"
+#include "platform/browser/page_view.h"
 #include "platform/shell/library_paths.h"
 
 namespace browser {
@@ -123,8 +124,8 @@ void Browser::makeView() {
   webkit_user_content_manager_add_style_sheet(content, sheet);
   webkit_user_style_sheet_unref(sheet);
   WebKitSettings* const settings = makeSettings(m_options);
-  m_view = WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", m_context, "settings", settings,
-                                                          "user-content-manager", content, nullptr)));
+  m_view = WEBKIT_WEB_VIEW(g_object_ref_sink(
+      g_object_new(pageViewType(), "web-context", m_context, "settings", settings, "user-content-manager", content, nullptr)));
   g_object_unref(settings);
   g_object_unref(content);
   g_signal_connect(m_view, "user-message-received", G_CALLBACK(onMessage), this);

@@ -12,6 +12,13 @@
 
 namespace browser {
 
+namespace {
+
+constexpr guint kMostWaitMilliseconds = 60;      // what moves without the page changing goes on then
+constexpr gint64 kPageRestMicroseconds = 25000;  // a page that paints all the time is not waited for: which frame would it be?
+
+}  // namespace
+
 PlaneView::PlaneView(std::function<void()> changed) : m_changed(std::move(changed)) {}
 
 PlaneView::~PlaneView() { close(); }
@@ -56,25 +63,67 @@ bool PlaneView::readLayout() {
 void PlaneView::close() {
   if (m_source != 0) g_source_remove(std::exchange(m_source, 0));
   if (m_tickFd >= 0) ::close(std::exchange(m_tickFd, -1));
+  stopWaiting();
+  m_painted = false;
   if (m_memory != nullptr) munmap(std::exchange(m_memory, nullptr), m_bytes);
 }
 
 gboolean PlaneView::onTick(gint fd, GIOCondition, gpointer self) {
   std::uint64_t count = 0;
-  if (::read(fd, &count, sizeof count) == sizeof count) static_cast<PlaneView*>(self)->m_changed();
+  if (::read(fd, &count, sizeof count) == sizeof count) static_cast<PlaneView*>(self)->takeTick();
   return G_SOURCE_CONTINUE;
 }
 
+bool PlaneView::mayWait() const { return m_painted && !m_pageDue && g_get_monotonic_time() - m_pageAt > kPageRestMicroseconds; }
+
+// The shown picture is whole until all other buffers have been written.
+void PlaneView::takeTick() {
+  const bool waits = m_waiting != 0;
+  if (waits && read(&MediaPlaneHeader::sequence) - m_shownSequence < m_bufferCount - 1) return;
+  if (!waits && read(&MediaPlaneHeader::moved) != m_shownMoved && mayWait()) {
+    const auto enough = [](gpointer self) -> gboolean {
+      auto& view = *static_cast<PlaneView*>(self);
+      view.m_waiting = 0;
+      view.m_changed();
+      return G_SOURCE_REMOVE;
+    };
+    m_waiting = g_timeout_add(kMostWaitMilliseconds, enough, this);
+    return;
+  }
+  stopWaiting();
+  m_changed();
+}
+
+void PlaneView::stopWaiting() {
+  if (m_waiting != 0) g_source_remove(std::exchange(m_waiting, 0));
+}
+
+void PlaneView::pageChanges() {
+  m_pageDue = true;
+  m_pageAt = g_get_monotonic_time();
+  stopWaiting();
+}
+
+const unsigned char* PlaneView::pictureToPaint() {
+  if (m_waiting == 0) {
+    m_shownMoved = read(&MediaPlaneHeader::moved);  // before what it may tell of
+    m_shownSequence = read(&MediaPlaneHeader::sequence);
+    const std::uint32_t front = read(&MediaPlaneHeader::front);
+    m_shown = front < m_bufferCount ? front : 0;
+    m_painted = true;
+  }
+  return m_memory + m_firstBuffer + std::size_t{m_shown} * kMediaPlaneBytes;
+}
+
 void PlaneView::paint(cairo_t* cairo, int width, int height) {
+  m_pageDue = false;
   cairo_save(cairo);
   cairo_set_operator(cairo, CAIRO_OPERATOR_SOURCE);
   cairo_set_source_rgb(cairo, 0, 0, 0);
   cairo_rectangle(cairo, 0, 0, width, height);
   cairo_fill(cairo);
   if (m_memory != nullptr) {
-    const std::uint32_t front = read(&MediaPlaneHeader::front);
-    const std::uint32_t index = front < m_bufferCount ? front : 0;
-    unsigned char* const pixels = m_memory + m_firstBuffer + std::size_t{index} * kMediaPlaneBytes;
+    auto* const pixels = const_cast<unsigned char*>(pictureToPaint());  // it is only read
     cairo_surface_t* const picture =
         cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_RGB24, kMediaPlaneWidth, kMediaPlaneHeight, kMediaPlaneStride);
     cairo_scale(cairo, static_cast<double>(width) / kMediaPlaneWidth, static_cast<double>(height) / kMediaPlaneHeight);

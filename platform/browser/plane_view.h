@@ -16,7 +16,7 @@ namespace browser {
 
 class PlaneView {
  public:
-  /// @p changed: a newer picture is there.
+  /// @p changed: a newer picture is there, to be painted now.
   explicit PlaneView(std::function<void()> changed);
   PlaneView(const PlaneView&) = delete;
   PlaneView& operator=(const PlaneView&) = delete;
@@ -28,6 +28,11 @@ class PlaneView {
   /// From here on all is black.
   void close();
 
+  /// The page has something new to paint with the next frame of the window.
+  void pageChanges();
+  /// What is painted next is the newest picture.
+  void stopWaiting();
+
   /// Fills @p width times @p height with the plane.
   void paint(cairo_t* cairo, int width, int height);
 
@@ -35,6 +40,9 @@ class PlaneView {
   static gboolean onTick(gint fd, GIOCondition condition, gpointer self);
   std::uint32_t read(std::uint32_t MediaPlaneHeader::*field) const;
   bool readLayout();
+  bool mayWait() const;
+  void takeTick();
+  const unsigned char* pictureToPaint();
 
   std::function<void()> m_changed;
   unsigned char* m_memory = nullptr;
@@ -43,6 +51,14 @@ class PlaneView {
   std::uint32_t m_firstBuffer = 0;
   int m_tickFd = -1;
   guint m_source = 0;
+  // A picture in which a video has moved waits for the page that moved it, and is painted with it.
+  guint m_waiting = 0;  ///< the timer that ends it at the latest
+  bool m_painted = false;
+  bool m_pageDue = false;  ///< the page is painted with the next frame
+  gint64 m_pageAt = 0;     ///< when it wanted to be last
+  std::uint32_t m_shown = 0;
+  std::uint32_t m_shownSequence = 0;
+  std::uint32_t m_shownMoved = 0;
 };
 
 }  // namespace browser

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/browser/page_view.h"
 #include "platform/browser/remote_keys.h"
 
 namespace browser {
@@ -37,6 +38,9 @@ TvWindow::TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers)
   g_signal_connect(m_layout, "size-allocate", G_CALLBACK(onSize), this);
   g_signal_connect(view, "draw", G_CALLBACK(onDraw), this);
   g_signal_connect_after(view, "draw", G_CALLBACK(onDrawn), this);
+  onRedrawAsked(view, [this] {
+    if (!m_redraws) m_plane.pageChanges();
+  });
   g_signal_connect(view, "key-press-event", G_CALLBACK(onKey), this);
   g_signal_connect(view, "key-release-event", G_CALLBACK(onKey), this);
   g_signal_connect(m_window, "delete-event", G_CALLBACK(onDelete), this);
@@ -44,6 +48,7 @@ TvWindow::TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers)
 
 TvWindow::~TvWindow() {
   g_signal_handlers_disconnect_by_data(m_view, this);
+  onRedrawAsked(m_view, nullptr);
   m_film.reset();
   if (m_painted != 0) g_signal_handler_disconnect(gtk_widget_get_frame_clock(m_window), m_painted);
   gtk_widget_destroy(m_window);
@@ -64,7 +69,11 @@ void TvWindow::toggleFullScreen() {
   m_fullScreen ? gtk_window_fullscreen(GTK_WINDOW(m_window)) : gtk_window_unfullscreen(GTK_WINDOW(m_window));
 }
 
-void TvWindow::redraw() { gtk_widget_queue_draw(widget(m_view)); }
+void TvWindow::redraw() {
+  m_redraws = true;
+  gtk_widget_queue_draw(widget(m_view));
+  m_redraws = false;
+}
 
 void TvWindow::onSize(GtkWidget*, GtkAllocation* size, gpointer self) {
   static_cast<TvWindow*>(self)->fit(size->width, size->height);
@@ -129,6 +138,7 @@ void TvWindow::sendKey(guint sentKey, GdkEventType type) {
 
 void TvWindow::whenDrawn(std::function<void()> done) {
   m_whenDrawn = std::move(done);
+  m_plane.stopWaiting();
   GdkFrameClock* const clock = gtk_widget_get_frame_clock(m_window);
   if (m_painted == 0) m_painted = g_signal_connect(clock, "after-paint", G_CALLBACK(onPainted), this);
   redraw();

@@ -64,6 +64,7 @@ class TvWindow {
   gulong m_painted = 0;
   std::unique_ptr<Film> m_film;
   bool m_fullScreen = false;
+  bool m_redraws = false;  ///< it is the window itself that asks for it
 };
 
 }  // namespace browser

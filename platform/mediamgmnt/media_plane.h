@@ -29,6 +29,8 @@ struct MediaPlaneHeader {
   std::uint32_t front;     ///< index of the newest complete picture; atomic access
   std::uint32_t sequence;  ///< counts pictures; atomic access; a reader that sees it unchanged after its copy has a whole picture
                            ///< unless it advanced by bufferCount - 1 or more
+  std::uint32_t moved;     ///< the sequence of the newest picture in which a player's rectangle is another one; atomic access, set
+                           ///< before that picture is the front one
 };
 
 extern "C" {

@@ -17,7 +17,8 @@ namespace media {
 PlaneMemory::PlaneMemory() {
   if (!share()) m_bytes = static_cast<unsigned char*>(std::calloc(1, kBytes));
   if (m_bytes == nullptr) throw std::bad_alloc();
-  header() = {MediaPlaneHeader::kMagic, kMediaPlaneWidth, kMediaPlaneHeight, kMediaPlaneStride, kBufferCount, kFirstBuffer, 0, 0};
+  header() = {
+      MediaPlaneHeader::kMagic, kMediaPlaneWidth, kMediaPlaneHeight, kMediaPlaneStride, kBufferCount, kFirstBuffer, 0, 0, 0};
 }
 
 PlaneMemory::~PlaneMemory() {
@@ -52,7 +53,8 @@ bool PlaneMemory::share() {
 
 unsigned PlaneMemory::front() const { return std::atomic_ref(header().front).load(std::memory_order_relaxed); }
 
-void PlaneMemory::publish(unsigned index) {
+void PlaneMemory::publish(unsigned index, bool moved) {
+  if (moved) std::atomic_ref(header().moved).store(header().sequence + 1, std::memory_order_release);
   std::atomic_ref(header().front).store(index, std::memory_order_release);
   std::atomic_ref(header().sequence).fetch_add(1, std::memory_order_release);
   // No pixel of the next picture may be seen before this sequence number: that is how a reader knows that its copy was overtaken.

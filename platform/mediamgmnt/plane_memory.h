@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The memory behind the video plane: three pictures, in a file in memory that other processes can map, with a bell for them.
+// The memory behind the video plane: four pictures, in a file in memory that other processes can map, with a bell for them.
 // Owned by VideoPlane (video_plane.h); defined in plane_export.cc beside the functions that hand it out.
 #pragma once
 
@@ -13,8 +13,8 @@ namespace media {
 /// Threads: buffer() any; publish() one thread at a time; front() the publishing thread, or under the lock that it publishes under.
 class PlaneMemory {
  public:
-  /// Three, so that a reader has the time of a whole picture to copy the newest one before it is written again.
-  static constexpr unsigned kBufferCount = 3;
+  /// Four, so that a reader can show the newest one for two pictures more before it is written again.
+  static constexpr unsigned kBufferCount = 4;
 
   PlaneMemory();
   PlaneMemory(const PlaneMemory&) = delete;
@@ -25,7 +25,8 @@ class PlaneMemory {
   unsigned char* buffer(unsigned index) const { return m_bytes + kFirstBuffer + index * kBufferBytes; }
   unsigned front() const;
   /// Makes @p index the newest complete picture for readers everywhere.
-  void publish(unsigned index);
+  /// @p moved: a player's rectangle has changed with it.
+  void publish(unsigned index, bool moved);
   /// Rings for the readers of other processes. Apart from publish() so that no lock is held over the system call.
   void ring() const;
   /// @return false when other processes cannot see this memory; @p out is left alone.

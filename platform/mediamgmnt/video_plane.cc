@@ -74,7 +74,7 @@ bool VideoPlane::showsIn(const VideoSurface& surface, const Region& changed) con
 
 /// Makes and shows the next picture: drawn afresh in @p changed, as the present one elsewhere.
 /// A surface is drawn whole; where it spills out of the changed part, the present picture is put back.
-void VideoPlane::compose(const Region& changed) {
+void VideoPlane::compose(const Region& changed, Cause cause) {
   if (changed.empty()) return;
   const unsigned front = m_memory.front();
   const unsigned back = (front + 1) % PlaneMemory::kBufferCount;
@@ -91,10 +91,10 @@ void VideoPlane::compose(const Region& changed) {
   blacken(canvas, black);
   old.subtract(changed);
   copyParts(m_memory.buffer(front), canvas, old);
-  publish(back, changed);
+  publish(back, changed, cause);
 }
 
-void VideoPlane::publish(unsigned index, const Region& changed) {
+void VideoPlane::publish(unsigned index, const Region& changed, Cause cause) {
   for (Region& behind : m_behind) {
     behind.add(changed);
     behind.simplify(kMostPieces);
@@ -102,7 +102,7 @@ void VideoPlane::publish(unsigned index, const Region& changed) {
   m_behind[index].clear();
   {
     const std::lock_guard lock(m_front);
-    m_memory.publish(index);
+    m_memory.publish(index, cause == Cause::Move);
   }
   m_memory.ring();
 }
@@ -122,7 +122,7 @@ void VideoSurface::setRect(Rect rect) {
   Region changed = m_plane.uncovered(*this, area());
   m_rect = rect;
   changed.add(m_plane.uncovered(*this, area()));
-  m_plane.compose(changed);
+  m_plane.compose(changed, VideoPlane::Cause::Move);
 }
 
 void VideoSurface::paint(GstSample* sample) {

@@ -53,8 +53,9 @@ class VideoPlane {
   // The following want m_turn.
   Region uncovered(const VideoSurface& surface, const Rect& part) const;
   bool showsIn(const VideoSurface& surface, const Region& changed) const;
-  void compose(const Region& changed);
-  void publish(unsigned index, const Region& changed);
+  enum class Cause { Picture, Move };
+  void compose(const Region& changed, Cause cause = Cause::Picture);
+  void publish(unsigned index, const Region& changed, Cause cause);
 
   std::atomic<unsigned long> m_frames = 0;
   mutable std::mutex m_turn;

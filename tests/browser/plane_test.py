@@ -83,10 +83,10 @@ class FollowTest(television.Case):
     def assertFollows(self, query):
         lags = self.lags(query)
         # A machine that does something else may hold one of the two up now and then.
-        self.assertGreaterEqual(sum(lag <= 1 for lag in lags), 36, lags)
-        self.assertLessEqual(sorted(lags)[20], 0, lags)
+        self.assertGreaterEqual(lags.count(0), 30, lags)
+        self.assertGreaterEqual(sum(abs(lag) <= 1 for lag in lags), 36, lags)
 
-    def test_video_is_there_with_the_frame_that_shows_the_new_layout(self):
+    def test_video_is_there_in_the_very_frame_that_shows_the_new_layout(self):
         self.assertFollows("")
 
     def test_also_while_it_plays(self):

@@ -57,7 +57,7 @@ Colour colourIn(const unsigned char* pixels, int x, int y) {
 
 bool headerIsRight(const MediaPlaneHeader& header, unsigned int bytes) {
   return header.magic == MediaPlaneHeader::kMagic && header.width == 1280 && header.height == 720 && header.stride == 5120 &&
-         header.bufferCount == 3 && header.firstBufferOffset + header.bufferCount * std::uint32_t{kMediaPlaneBytes} <= bytes;
+         header.bufferCount == 4 && header.firstBufferOffset + header.bufferCount * std::uint32_t{kMediaPlaneBytes} <= bytes;
 }
 
 ViewerResult seeOneRedPicture(const MediaPlaneExport& plane) {
@@ -161,10 +161,26 @@ TEST_F(PlaneTest, CountsPictures_AndNamesTheNewestBuffer) {
   for (std::uint32_t i = 1; i <= 7; ++i) {
     surface.paint(makeSolid({64, 36}, 0x111111 * i).get());
     EXPECT_EQ(viewer.header().sequence, i);
-    EXPECT_EQ(viewer.header().front, i % 3);
+    EXPECT_EQ(viewer.header().front, i % 4);
     ASSERT_TRUE(viewer.copyNewest(seen.data()));
     EXPECT_EQ(colourIn(seen.data(), 640, 360), 0x111111 * i);
   }
+}
+
+TEST_F(PlaneTest, NamesTheNewestPictureInWhichSomethingHasMoved) {
+  VideoSurface surface(m_plane);
+  MediaPlaneExport plane;
+  ASSERT_TRUE(m_plane.exportTo(plane));
+  const Viewer viewer(plane);
+  ASSERT_TRUE(viewer.mapped());
+  surface.setRect({0, 0, 320, 180});  // nothing to see yet
+  surface.paint(makeSolid({64, 36}, 0x111111).get());
+  EXPECT_EQ(viewer.header().moved, 0u);
+  surface.setRect({320, 0, 320, 180});
+  EXPECT_EQ(viewer.header().moved, 2u);
+  surface.paint(makeSolid({64, 36}, 0x222222).get());
+  EXPECT_EQ(viewer.header().sequence, 3u);
+  EXPECT_EQ(viewer.header().moved, 2u);
 }
 
 /// While one lives, no file descriptors can be made in this process.
