@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A moment without downloads: the threads on which GStreamer's adaptive demuxers fetch are made to wait.
+// A moment without downloads: the threads on which GStreamer fetches over HTTP are made to wait.
 #pragma once
 
 #include <memory>

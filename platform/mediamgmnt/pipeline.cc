@@ -34,12 +34,14 @@ Pipeline::~Pipeline() {
     m_closing = true;
   }
   letFetchingBegin();
+  cancelFetch();
   if (m_textHeld) gst_element_set_locked_state(m_outputs[indexOf(Kind::Subtitle)].sink, FALSE);
   gst_element_set_state(m_pipeline, GST_STATE_NULL);
   GstBus* const bus = gst_element_get_bus(m_pipeline);
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
   gst_object_unref(bus);
   gst_object_unref(m_pipeline);
+  if (m_source != nullptr) gst_object_unref(m_source);
   if (m_download != nullptr) gst_object_unref(m_download);
   if (m_adaptiveDemux != nullptr) gst_object_unref(m_adaptiveDemux);
   forgetCollections();

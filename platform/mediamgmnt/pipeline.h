@@ -173,9 +173,11 @@ class Pipeline {
   void watchTypeFinding(GstElement* typefind);
   static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   void endTypeFinding();
+  void cancelFetch();
   void holdEarlyEnd(GstElement* input);
   static GstPadProbeReturn onInputEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void limitVideoSize(GstElement* adaptiveDemux) const;
+  void rememberSource(GstElement* source);
   void rememberDownload(GstElement* downloadBuffer);
   void limitStore(bool bounded);
 
@@ -282,6 +284,7 @@ class Pipeline {
   mutable std::mutex m_padMutex;
   Output m_outputs[3];                    // guarded by m_padMutex, index is Kind
   GstElement* m_typefind = nullptr;       // guarded by m_padMutex; a reference
+  GstElement* m_source = nullptr;         // guarded by m_padMutex; a reference
   GstElement* m_download = nullptr;       // guarded by m_padMutex; a reference
   GstElement* m_adaptiveDemux = nullptr;  // guarded by m_padMutex; a reference
 

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The pipeline's beginning: the source element, the type of what it delivers, and the adaptive demuxers.
+#include <gst/base/gstbasesrc.h>
+
 #include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/mediamgmnt/clear_key_decryptor.h"
+#include "platform/mediamgmnt/download_rest.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/source_sniffer.h"
 
@@ -60,12 +63,17 @@ std::string firstBytesOf(GstBuffer* buffer) {
 }  // namespace
 
 void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
-  const SourceSettings& settings = static_cast<Pipeline*>(self)->m_settings;
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  const SourceSettings& settings = pipeline->m_settings;
   if (!settings.userAgent.empty() && hasProperty(source, "user-agent")) {
     g_object_set(source, "user-agent", settings.userAgent.c_str(), nullptr);
   }
   if (hasProperty(source, "timeout")) g_object_set(source, "timeout", kSourceTimeoutSeconds, nullptr);
-  if (startsWith(settings.url, "file:")) static_cast<Pipeline*>(self)->m_sourceEnded = true;  // all of it is there from the start
+  if (startsWith(settings.url, "file:")) {
+    pipeline->m_sourceEnded = true;  // all of it is there from the start
+  } else {
+    pipeline->rememberSource(source);
+  }
   GstPad* const pad = gst_element_get_static_pad(source, "src");
   if (pad == nullptr) return;
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &Pipeline::onSourceEvent, self, nullptr);
@@ -178,6 +186,25 @@ void Pipeline::endTypeFinding() {
     gst_element_set_state(typefind, GST_STATE_NULL);
   }
   gst_object_unref(typefind);
+}
+
+void Pipeline::rememberSource(GstElement* source) {
+  DownloadRest::watchThreads();
+  std::lock_guard lock(m_padMutex);
+  if (m_source == nullptr) m_source = GST_ELEMENT(gst_object_ref(source));
+}
+
+/// The HTTP library crashes over a request that is cancelled when it has just been answered, and that is what the end of the source
+/// does. So its thread rests meanwhile, where all answers have been handed over.
+void Pipeline::cancelFetch() {
+  GstElement* const source = referenceTo(m_source);
+  if (source == nullptr) return;
+  const auto cancel = GST_IS_BASE_SRC(source) ? GST_BASE_SRC_GET_CLASS(source)->unlock : nullptr;
+  if (cancel != nullptr) {
+    const DownloadRest rest;
+    cancel(GST_BASE_SRC(source));
+  }
+  gst_object_unref(source);
 }
 
 void Pipeline::rememberDownload(GstElement* downloadBuffer) {
