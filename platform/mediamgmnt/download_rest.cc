@@ -73,6 +73,7 @@ DownloadRest::DownloadRest() : m_round(std::make_shared<Round>()) {
     const Shared round = *static_cast<Shared*>(data);
     --round->expected;
     changed.notify_all();
+    changed.wait_for(lock, kPatience, [&] { return round->expected == 0 || round->over; });
     changed.wait_for(lock, kLongestRest, [&] { return round->over; });
     return G_SOURCE_REMOVE;
   };
