@@ -266,11 +266,11 @@ class Case(unittest.TestCase):
         self.assertLessEqual(far, tolerance, "at %s: %s, must be %s" % (point, seen, colour))
 
     def assertBar(self, picture, left, top, width, height, bar):
-        """A bar of the test card that fills this box. Something that moves may be in front of one point, not of most."""
+        """A bar of the test card that fills this box. Something that moves may be in front of some points; no other bar has the colour."""
         points = [(left + round(width * (bar + 0.4) / 6), top + round(height * part)) for part in (0.14, 0.22, 0.3, 0.38, 0.46, 0.54, 0.62)]
         seen = [picture.around(*point, reach=3) for point in points]
         right = sum(max(abs(a - b) for a, b in zip(colour, BARS[bar])) <= 40 for colour in seen)
-        self.assertGreaterEqual(right, 4, "bar %d of %s: %s at %s" % (bar, (left, top, width, height), seen, points))
+        self.assertGreaterEqual(right, 3, "bar %d of %s: %s at %s" % (bar, (left, top, width, height), seen, points))
 
     def assertCard(self, picture, left, top, width, height):
         """The test card fills this box, and is not one pixel larger."""
