@@ -209,11 +209,13 @@
   // Inside border and padding, which a transformation of the element scales, too.
   function contentBox(element, style) {
     const { left, top, right, bottom } = boundingBox(element);
-    const edge = (side) => (parseFloat(styleValue(style, 'border-' + side + '-width')) || 0) + (parseFloat(styleValue(style, 'padding-' + side)) || 0);
+    const length = (name) => parseFloat(styleValue(style, name)) || 0;
+    const edge = (side) => length('border-' + side + '-width') + length('padding-' + side);
     const across = offsetWidth(element) > 0 ? (right - left) / offsetWidth(element) : 1;
     const down = offsetHeight(element) > 0 ? (bottom - top) / offsetHeight(element) : 1;
     return {
-      left: left + edge('left') * across, top: top + edge('top') * down, right: right - edge('right') * across, bottom: bottom - edge('bottom') * down,
+      left: left + edge('left') * across, top: top + edge('top') * down,
+      right: right - edge('right') * across, bottom: bottom - edge('bottom') * down,
     };
   }
 
