@@ -57,6 +57,7 @@ bool Pipeline::open() {
                nullptr);
   gst_bin_add(GST_BIN(m_pipeline), m_decoder);
   g_signal_connect(m_decoder, "pad-added", G_CALLBACK(&Pipeline::onPadAdded), this);
+  g_signal_connect(m_decoder, "select-stream", G_CALLBACK(&Pipeline::onSelectStream), this);
   g_signal_connect(m_decoder, "source-setup", G_CALLBACK(&Pipeline::onSourceSetup), this);
   g_signal_connect(m_pipeline, "deep-element-added", G_CALLBACK(&Pipeline::onElementAdded), this);
 

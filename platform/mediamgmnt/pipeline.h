@@ -206,7 +206,9 @@ class Pipeline {
   void takeCollection(GstMessage* message);
   void takeSection(GstMessage* message);
   void keepCollectionLocked(GstStreamCollection* collection);
-  void beginWith(GstObject* origin, const ComponentChoice& choice);
+  void keepAnswers(const ComponentChoice& choice);
+  static int onSelectStream(GstElement* decoder, GstStreamCollection* collection, GstStream* stream, gpointer self);
+  void beginWith(GstObject* demuxer, const ComponentChoice& choice);
   void sendSelection(GstElement* receiver, const ComponentChoice& choice);
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   void reportPresented(Arrival& arrival, GstPad* pad);
@@ -272,6 +274,7 @@ class Pipeline {
   SourceFacts m_facts;
   Streams m_streams;                                                   ///< of the newest collection
   std::size_t m_period = 0;                                            ///< of the newest collection
+  std::array<std::string, kComponentKinds.size()> m_toSelect;          ///< stream ids of it, for a source that is not adaptive
   std::optional<double> m_soughtSeconds;                               ///< the target of a seek since the newest collection
   std::vector<std::pair<GstStreamCollection*, gulong>> m_collections;  ///< references, with the handlers connected to them
   bool m_refreshDue = false;

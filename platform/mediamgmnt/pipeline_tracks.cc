@@ -272,7 +272,8 @@ void Pipeline::takeSection(GstMessage* message) {
   gst_mpegts_section_unref(section);
 }
 
-/// On the thread that posts it: what is selected here is what the source begins with, without a moment of anything else.
+/// On the thread that posts it, which asks what to select right after: it is what the source begins with, without a moment of
+/// anything else.
 void Pipeline::takeCollection(GstMessage* message) {
   if (m_adaptive && !isAdaptiveDemux(GST_MESSAGE_SRC(message))) return;  // repeats the demuxer's, and mixes two periods
   GstStreamCollection* collection = nullptr;
@@ -300,21 +301,36 @@ void Pipeline::takeCollection(GstMessage* message) {
   }
   gst_object_unref(collection);
   m_components.offer(tracks);
-  if (!isNew) return;
   const ComponentChoice choice = m_components.choiceFrom(tracks);
+  if (!m_adaptive) return keepAnswers(choice);
   // In a later period GStreamer looks for what was selected before, by rules of its own.
-  const bool agrees = isFirst ? isSelectedByItself(streams, choice) : !m_adaptive;
-  if (!agrees) beginWith(GST_MESSAGE_SRC(message), choice);
+  const bool agrees = isFirst && isSelectedByItself(streams, choice);
+  if (isNew && !agrees) beginWith(GST_MESSAGE_SRC(message), choice);
 }
 
-/// A seek that is under way waits for this thread, so this one must not wait for the seek. What it presents is looked at
-/// afterwards.
-void Pipeline::beginWith(GstObject* origin, const ComponentChoice& choice) {
+void Pipeline::keepAnswers(const ComponentChoice& choice) {
+  std::lock_guard lock(m_trackMutex);
+  for (const ComponentKind kind : kComponentKinds) m_toSelect[indexOf(kind)] = choice[kind].streamId;
+}
+
+/// An event that selects would come while some of the source's streams have no place in the decoder yet, which GStreamer 1.22 does
+/// not bear. It asks this under a lock of its own.
+int Pipeline::onSelectStream(GstElement*, GstStreamCollection*, GstStream* stream, gpointer self) {
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  if (pipeline->m_adaptive) return -1;  // the demuxer selects
+  std::lock_guard lock(pipeline->m_trackMutex);
+  const auto& wanted = pipeline->m_toSelect;
+  return std::find(wanted.begin(), wanted.end(), gst_stream_get_stream_id(stream)) != wanted.end() ? 1 : 0;
+}
+
+/// Of an adaptive source, which selects before the decoder. A seek that is under way waits for this thread, so this one must not
+/// wait for the seek. What it presents is looked at afterwards.
+void Pipeline::beginWith(GstObject* demuxer, const ComponentChoice& choice) {
   std::unique_lock lock(m_steeringMutex, std::try_to_lock);
   if (!lock.owns_lock()) return;
   sendSelection(m_decoder, choice);
   // Nothing leads from the decoder to the demuxer yet when the first streams are announced.
-  if (m_adaptive) sendSelection(GST_ELEMENT(origin), choice);
+  sendSelection(GST_ELEMENT(demuxer), choice);
 }
 
 /// The demuxer makes an element for each track of a period when it begins to fetch that, and announces the period's streams when it
