@@ -11,9 +11,6 @@ namespace mediamgmnt {
 /// There is one at a time in a process; making another one waits. Thread: any but theirs.
 class DownloadRest {
  public:
-  /// From here on each thread that fetches over HTTP is known from its first request on. More than once is harmless.
-  static void watchThreads();
-
   DownloadRest();
   ~DownloadRest();
   DownloadRest(const DownloadRest&) = delete;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/mediamgmnt/pipeline.h"
 
+#include <chrono>
 #include <utility>
 
 #include "platform/mediamgmnt/foreign_elements.h"
@@ -8,6 +9,9 @@
 
 namespace mediamgmnt {
 namespace {
+
+/// A step of building that has not ended by then is stuck.
+constexpr std::chrono::milliseconds kBuildPatience{1000};
 
 std::int64_t known(gboolean answered, gint64 value) { return answered && value >= 0 ? value : Pipeline::kUnknown; }
 
@@ -34,6 +38,7 @@ Pipeline::~Pipeline() {
     m_closing = true;
   }
   letFetchingBegin();
+  m_gate.close(kBuildPatience);
   cancelFetch();
   if (m_textHeld) gst_element_set_locked_state(m_outputs[indexOf(Kind::Subtitle)].sink, FALSE);
   gst_element_set_state(m_pipeline, GST_STATE_NULL);

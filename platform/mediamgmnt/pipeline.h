@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/mediamgmnt/build_gate.h"
 #include "platform/mediamgmnt/components.h"
 #include "platform/mediamgmnt/content_ratings.h"
 #include "platform/mediamgmnt/content_rights.h"
@@ -154,6 +155,7 @@ class Pipeline {
   static void onTypeFound(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   static GstPadProbeReturn onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn onSourceEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static GstPadProbeReturn onSourceSeek(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstFlowReturn onPreroll(GstAppSink* sink, gpointer self);
   static GstFlowReturn onSample(GstAppSink* sink, gpointer self);
   static GstFlowReturn onTextPreroll(GstAppSink* sink, gpointer self);
@@ -244,6 +246,7 @@ class Pipeline {
   const SourceSettings m_settings;
   const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< queued messages hold it weakly
 
+  BuildGate m_gate;
   GstElement* m_pipeline = nullptr;
   GstElement* m_decoder = nullptr;
   std::atomic<int> m_linked{0};  ///< audio and video outputs that have a stream

@@ -3,12 +3,13 @@
 #include <gst/base/gstbasesrc.h>
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/mediamgmnt/clear_key_decryptor.h"
-#include "platform/mediamgmnt/download_rest.h"
+#include "platform/mediamgmnt/download_threads.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/source_sniffer.h"
 
@@ -17,6 +18,9 @@ namespace {
 
 /// A read of the source that blocks this long is a lost connection. The connect watchdog, which starts earlier, ends before.
 constexpr guint kSourceTimeoutSeconds = 12;
+
+/// A download thread that does not come by in this time is stuck.
+constexpr std::chrono::milliseconds kCancelPatience{1000};
 
 /// An input that brings nothing at all ends after this long.
 constexpr int kMostEndNaps = 500;
@@ -77,7 +81,18 @@ void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
   GstPad* const pad = gst_element_get_static_pad(source, "src");
   if (pad == nullptr) return;
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &Pipeline::onSourceEvent, self, nullptr);
+  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_UPSTREAM, &Pipeline::onSourceSeek, self, nullptr);
   gst_object_unref(pad);
+}
+
+/// Before the source cancels its fetch itself: then there is none any more. Demuxers seek while a source opens, too.
+GstPadProbeReturn Pipeline::onSourceSeek(GstPad*, GstPadProbeInfo* info, gpointer self) {
+  GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_SEEK) return GST_PAD_PROBE_OK;
+  GstSeekFlags flags = GST_SEEK_FLAG_NONE;
+  gst_event_parse_seek(event, nullptr, nullptr, &flags, nullptr, nullptr, nullptr, nullptr);
+  if ((flags & GST_SEEK_FLAG_FLUSH) != 0) static_cast<Pipeline*>(self)->cancelFetch();
+  return GST_PAD_PROBE_OK;
 }
 
 GstPadProbeReturn Pipeline::onSourceEvent(GstPad*, GstPadProbeInfo* info, gpointer self) {
@@ -93,6 +108,7 @@ GstPadProbeReturn Pipeline::onSourceEvent(GstPad*, GstPadProbeInfo* info, gpoint
 void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpointer self) {
   auto* const pipeline = static_cast<Pipeline*>(self);
   const std::string factory = factoryName(element);
+  if (startsWith(GST_OBJECT_NAME(parent), "parsebin")) pipeline->m_gate.watch(element);
   if (factory == "tsdemux") pipeline->watchEventInformation(element);
   if (factory == kDecryptorName) giveKeys(element, pipeline->m_keys);
   if (factory == "typefind" && startsWith(GST_OBJECT_NAME(parent), "urisourcebin")) {
@@ -189,21 +205,20 @@ void Pipeline::endTypeFinding() {
 }
 
 void Pipeline::rememberSource(GstElement* source) {
-  DownloadRest::watchThreads();
+  watchDownloadThreads();
   std::lock_guard lock(m_padMutex);
   if (m_source == nullptr) m_source = GST_ELEMENT(gst_object_ref(source));
 }
 
-/// The HTTP library crashes over a request that is cancelled when it has just been answered, and that is what the end of the source
-/// does. So its thread rests meanwhile, where all answers have been handed over.
+/// The HTTP library crashes over a request that another thread cancels when it has just been answered, and that is what the end of
+/// the source and a seek do. So its own thread cancels it before.
 void Pipeline::cancelFetch() {
   GstElement* const source = referenceTo(m_source);
   if (source == nullptr) return;
   const auto cancel = GST_IS_BASE_SRC(source) ? GST_BASE_SRC_GET_CLASS(source)->unlock : nullptr;
-  if (cancel != nullptr) {
-    const DownloadRest rest;
-    cancel(GST_BASE_SRC(source));
-  }
+  if (cancel != nullptr)
+    runOnDownloadThread(
+        source, [&] { cancel(GST_BASE_SRC(source)); }, kCancelPatience);
   gst_object_unref(source);
 }
 

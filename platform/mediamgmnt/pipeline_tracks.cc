@@ -8,6 +8,7 @@
 
 #include "platform/mediamgmnt/audio_output.h"
 #include "platform/mediamgmnt/download_rest.h"
+#include "platform/mediamgmnt/download_threads.h"
 #include "platform/mediamgmnt/pipeline.h"
 
 namespace mediamgmnt {
@@ -110,7 +111,7 @@ GstPadProbeReturn Pipeline::onFetched(GstPad*, GstPadProbeInfo*, gpointer self) 
 /// one that has just been answered crashes in the HTTP library. So that thread rests meanwhile, where it has taken up and handed
 /// over all.
 void Pipeline::watchSeeks(GstElement* demuxer) {
-  DownloadRest::watchThreads();
+  watchDownloadThreads();
   const auto watch = +[](GstElement*, GstPad* pad, gpointer self) {
     if (GST_PAD_IS_SRC(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_FLUSH, &Pipeline::onFlush, self, nullptr);
   };

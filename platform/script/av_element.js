@@ -78,6 +78,7 @@
   const upgraded = page.upgraded || doNothing;
 
   const records = sealed(new WeakMap());  // element -> its record
+  const objects = sealed(new WeakMap());  // element -> its record's object, where that answers all reads itself
   const elements = sealed(new Map());     // native id -> WeakRef of its element
   const held = sealed(new Map());         // native id -> element: what plays stays alive without a reference from the page
   const refused = sealed(new WeakSet());  // elements whose native object could not be made
@@ -120,6 +121,7 @@
     const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null,
       subtitles: 0, clock: null, texts: { __proto__: null } };
     records.set(element, record);
+    if (typeOf(element) !== kSubtitleType) objects.set(element, object);
     elements.set(id, new WeakRef(element));
     native.setDocumentUrl(id, page.documentUrl(element));
     native.setFlag(id, 'fullScreen', false);
@@ -238,6 +240,7 @@
 
   function retire(element, record) {
     records.delete(element);
+    objects.delete(element);
     elements.delete(record.id);
     held.delete(record.id);
     retired.push(record.id);
@@ -409,32 +412,46 @@
 
   // The engine makes a plain call of `run.call(…)` as long as that is its own; here a page cannot change it.
   function callable(run) {
-    if (run !== undefined) Object.defineProperty(run, 'call', { value: call });
-    return run;
+    return Object.defineProperty(run, 'call', { value: call });
   }
 
-  const isText = (row) => row.type === kTypeText;
-
-  function readSource(name, read, text) {
-    if (read === undefined) return `return record.object.${name};`;
-    if (!text) return 'return read.call(record.object);';
-    return `const value = read.call(record.object); return value === read ? record.texts.${name} : record.texts.${name} = value;`;
-  }
+  const byName = (name) => function () { return this[name]; };
 
   // A getter of its own for each row, so that the engine sees one call in each.
   function makeGetter(row, index) {
-    const read = callable(isText(row) ? native.textReader(index) : native.reader(index));
-    const readClock = clockReads[row.name];
-    return native.compile(`(function (records, lookup, original, read, readClock) {
+    return row.type === kTypeText ? makeTextGetter(row.name, index) : makeValueGetter(row.name, index);
+  }
+
+  function makeValueGetter(name, index) {
+    const read = callable(native.reader(index) || byName(name));
+    const readClock = clockReads[name];
+    const readOther = (element, descriptor) => {
+      const record = lookup(element);
+      if (record === undefined) return original(descriptor, element);
+      return record.clock !== null && readClock !== undefined ? readClock(record.clock) : read.call(record.object);
+    };
+    return native.compile(`(function (objects, readOther, read) {
+      return function (descriptor) {
+        return function () {
+          const object = objects.get(this);
+          return object === undefined ? readOther(this, descriptor) : read.call(object);
+        };
+      };
+    })`)(objects, readOther, read);
+  }
+
+  function makeTextGetter(name, index) {
+    const read = callable(native.textReader(index) || byName(name));
+    return native.compile(`(function (records, lookup, original, read) {
       return function (descriptor) {
         return function () {
           const record = records.get(this) || lookup(this);
           if (record === undefined) return original(descriptor, this);
-          ${readClock === undefined ? '' : 'if (record.clock !== null) return readClock(record.clock);'}
-          ${readSource(row.name, read, isText(row))}
+          const value = read.call(record.object);
+          return value === read ? record.texts.${name} : record.texts.${name} = value;
         };
       };
-    })`)(records, lookup, original, read, readClock);
+    })`)(records, lookup, original, read);
   }
 
   function defineProperty(prototype, name, makeRead) {
@@ -466,17 +483,15 @@
 
   // Like the getters: one call in each, and no list of arguments where there is at most one.
   function makePlainMethod(name, index) {
-    const run = callable(native.method(index));
-    const byName = (object, parameters) => apply(object[name], object, parameters);
-    return native.compile(`(function (records, lookup, noReceiver, sync, apply, run, byName) {
+    const run = callable(native.method(index) || function (...parameters) { return apply(this[name], this, parameters); });
+    return native.compile(`(function (records, lookup, noReceiver, sync, apply, run) {
       return { ${name}() {
         ${kApartFromAttributes.has(name) ? '' : 'sync();'}
         const record = records.get(this) || lookup(this) || noReceiver('${name}');
-        ${run === undefined ? 'return byName(record.object, arguments);' : ''}
         if (arguments.length === 0) return run.call(record.object);
         return arguments.length === 1 ? run.call(record.object, arguments[0]) : apply(run, record.object, arguments);
       } }.${name};
-    })`)(records, lookup, noReceiver, sync, apply, run, byName);
+    })`)(records, lookup, noReceiver, sync, apply, run);
   }
 
   // An accessor, so that `typeof element.play` says "undefined" on an element of another type.

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/download_threads.h"
+
+#include <libsoup/soup.h>
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+
+namespace mediamgmnt {
+
+namespace {
+
+using Context = std::shared_ptr<GMainContext>;
+
+struct Session {
+  explicit Session(GMainContext* run) : context(g_main_context_ref(run), &g_main_context_unref) {
+    g_weak_ref_init(&message, nullptr);
+  }
+  ~Session() { g_weak_ref_clear(&message); }
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const Context context;
+  GWeakRef message;  ///< the newest
+};
+
+std::mutex mutex;
+std::map<GObject*, Session> sessions;  // guarded by mutex; those that live
+
+/// The context's end lets go of what is queued there, which may want the mutex, too: it comes when that is free.
+void forget(gpointer, GObject* session) {
+  std::unique_lock lock(mutex);
+  const auto gone = sessions.extract(session);
+  lock.unlock();
+}
+
+/// A session says this on its thread.
+gboolean onRequest(GSignalInvocationHint*, guint, const GValue* values, gpointer) {
+  GMainContext* const context = g_main_context_get_thread_default();
+  if (context == nullptr) return TRUE;  // a thread that waits for its answer itself
+  auto* const session = static_cast<GObject*>(g_value_get_object(values));
+  const std::lock_guard lock(mutex);
+  const auto [known, isNew] = sessions.try_emplace(session, context);
+  if (isNew) g_object_weak_ref(session, forget, nullptr);
+  g_weak_ref_set(&known->second.message, g_value_get_object(values + 1));
+  return TRUE;
+}
+
+/// A context that can be had is run by nobody: its thread has ended, or has not begun.
+bool isRun(GMainContext* context) {
+  if (!g_main_context_acquire(context)) return true;
+  g_main_context_release(context);
+  return false;
+}
+
+/// The source listens to what it asked for.
+bool isFor(Session& session, gpointer source) {
+  auto* const message = static_cast<GObject*>(g_weak_ref_get(&session.message));
+  if (message == nullptr) return false;
+  const bool listens = g_signal_handler_find(message, G_SIGNAL_MATCH_DATA, 0, 0, nullptr, nullptr, source) != 0;
+  g_object_unref(message);
+  return listens;
+}
+
+Context contextFor(gpointer source) {
+  const std::lock_guard lock(mutex);
+  for (auto& [session, facts] : sessions) {
+    if (isFor(facts, source)) return facts.context;
+  }
+  return nullptr;
+}
+
+/// One action that another thread waits for.
+struct Turn {
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::function<void()> action;  // guarded by mutex, like all below
+  bool over = false;
+};
+
+gboolean take(gpointer data) {
+  Turn& turn = **static_cast<std::shared_ptr<Turn>*>(data);
+  const std::lock_guard lock(turn.mutex);
+  if (!turn.over) turn.action();
+  turn.over = true;
+  turn.changed.notify_all();
+  return G_SOURCE_REMOVE;
+}
+
+}  // namespace
+
+void watchDownloadThreads() {
+  static const gulong hook = [] {
+    g_type_class_unref(g_type_class_ref(SOUP_TYPE_SESSION));
+    return g_signal_add_emission_hook(g_signal_lookup("request-queued", SOUP_TYPE_SESSION), 0, onRequest, nullptr, nullptr);
+  }();
+  static_cast<void>(hook);
+}
+
+std::vector<std::shared_ptr<GMainContext>> runningDownloadContexts() {
+  std::vector<Context> running;
+  const std::lock_guard lock(mutex);
+  for (const auto& [session, facts] : sessions) {
+    if (isRun(facts.context.get())) running.push_back(facts.context);
+  }
+  return running;
+}
+
+/// Requests are handed over by sources of this priority, which go in the order of their arrival; answers go before them.
+bool runOnDownloadThread(gpointer source, const std::function<void()>& action, std::chrono::milliseconds patience) {
+  const Context context = contextFor(source);
+  if (context == nullptr || !isRun(context.get())) return false;
+  const auto turn = std::make_shared<Turn>();
+  turn->action = action;
+  GSource* const task = g_idle_source_new();
+  const auto drop = +[](gpointer data) { delete static_cast<std::shared_ptr<Turn>*>(data); };
+  g_source_set_callback(task, take, new std::shared_ptr<Turn>(turn), drop);
+  g_source_attach(task, context.get());
+  g_source_unref(task);
+  std::unique_lock lock(turn->mutex);
+  const bool taken = turn->changed.wait_for(lock, patience, [&] { return turn->over; });
+  turn->over = true;
+  return taken;
+}
+
+}  // namespace mediamgmnt
