@@ -13,6 +13,7 @@
 #include "platform/browser/page/embedded.h"
 #include "platform/browser/page_question.h"
 #include "platform/browser/page_view.h"
+#include "platform/browser/remote_keys.h"
 #include "platform/shell/library_paths.h"
 
 namespace browser {
@@ -21,6 +22,7 @@ namespace {
 
 constexpr guint kRestMilliseconds = 4000;  // a page that does not come to rest by then is ended
 constexpr guint kStatusMilliseconds = 250;
+constexpr guint kNoticeMilliseconds = 2500;
 constexpr int kSignalStatus = 128;
 constexpr char kTelevisionXhtml[] = "application/vnd.hbbtv.xhtml+xml";
 constexpr char kHbbTv[] = " HbbTV/1.7.1 (+DRM;AVControl;avc-browser;" AVC_VERSION ";PC;avcontrol;)";
@@ -69,6 +71,7 @@ Browser::Browser(const Options& options, std::unique_ptr<Film> film)
     : m_options(options),
       m_film(std::move(film)),
       m_plane([this] { m_window->redraw(); }),
+      m_subtitles(options.subtitleSettings),
       m_loop(g_main_loop_new(nullptr, FALSE)),
       m_cancel(g_cancellable_new()) {
   makeContext();
@@ -84,7 +87,7 @@ Browser::Browser(const Options& options, std::unique_ptr<Film> film)
 
 Browser::~Browser() {
   g_cancellable_cancel(m_cancel);
-  for (const guint source : {m_limit, m_patience, m_statusTimer}) {
+  for (const guint source : {m_limit, m_patience, m_statusTimer, m_noticeTimer}) {
     if (source != 0) g_source_remove(source);
   }
   g_signal_handlers_disconnect_by_data(m_view, this);
@@ -168,7 +171,7 @@ void Browser::onInitializeExtensions(WebKitWebContext* context, gpointer self) {
   add(kStartSubtitleLanguages, options.preferences.subtitleLanguages);
   add(kStartUiLanguages, options.preferences.uiLanguages);
   add(kStartCountry, options.preferences.country);
-  add(kStartSubtitleSettings, options.subtitleSettings);
+  add(kStartSubtitleSettings, browser.m_subtitles.settings());
   add(kStartProtection, options.protection.packed());
   webkit_web_context_set_web_extensions_directory(context, extensionFolder().c_str());
   webkit_web_context_set_web_extensions_initialization_user_data(context, g_variant_builder_end(&start));
@@ -295,6 +298,10 @@ bool Browser::key(guint pcKey, GdkModifierType modifiers) {
     m_window->toggleFullScreen();
     return true;
   }
+  if (pcKey == kSubtitleKey || ((modifiers & GDK_CONTROL_MASK) != 0 && pcKey == GDK_KEY_s)) {
+    toggleSubtitles();
+    return true;
+  }
   if (pcKey == GDK_KEY_F11) {
     toggleStatus();
     return true;
@@ -320,6 +327,33 @@ void Browser::toggleStatus() {
     return G_SOURCE_CONTINUE;
   };
   m_statusTimer = g_timeout_add(kStatusMilliseconds, ask, this);
+}
+
+// A page's process that has ended learns of it when it starts again.
+void Browser::toggleSubtitles() {
+  m_subtitles.toggle();
+  notice(m_subtitles.isOn() ? "Subtitles on" : "Subtitles off");
+  const auto answered = [this](GVariant* answer) {
+    gboolean isTaken = TRUE;
+    if (answer != nullptr) g_variant_get(answer, kSubtitlesTakenType, &isTaken);
+    if (isTaken == FALSE) fail("this media library takes no subtitle settings", 0);
+  };
+  askPage(m_view, kMessageSubtitles, kSubtitlesTakenType, m_cancel, answered,
+          g_variant_new(kSubtitlesType, m_subtitles.settings().c_str()));
+}
+
+void Browser::notice(const std::string& text) {
+  m_overlay.notice = text;
+  m_window->redraw();
+  if (m_noticeTimer != 0) g_source_remove(m_noticeTimer);
+  const auto hide = [](gpointer self) -> gboolean {
+    auto& browser = *static_cast<Browser*>(self);
+    browser.m_noticeTimer = 0;
+    browser.m_overlay.notice.clear();
+    browser.m_window->redraw();
+    return G_SOURCE_REMOVE;
+  };
+  m_noticeTimer = g_timeout_add(kNoticeMilliseconds, hide, this);
 }
 
 void Browser::askStatus() {

@@ -12,6 +12,7 @@
 #include "platform/browser/options.h"
 #include "platform/browser/overlay.h"
 #include "platform/browser/plane_view.h"
+#include "platform/browser/subtitle_switch.h"
 #include "platform/browser/tv_window.h"
 
 namespace browser {
@@ -48,6 +49,8 @@ class Browser {
   void printUncaught(GVariant* parameters);
   bool key(guint pcKey, GdkModifierType modifiers);
   void toggleStatus();
+  void toggleSubtitles();
+  void notice(const std::string& text);
   void askStatus();
   void crashed();
   void restart();
@@ -62,6 +65,7 @@ class Browser {
   std::unique_ptr<Film> m_film;  ///< until run()
   PlaneView m_plane;
   Overlay m_overlay;
+  SubtitleSwitch m_subtitles;
   WebKitWebContext* m_context = nullptr;
   WebKitWebView* m_view = nullptr;
   std::unique_ptr<TvWindow> m_window;
@@ -77,6 +81,7 @@ class Browser {
   guint m_limit = 0;
   guint m_patience = 0;
   guint m_statusTimer = 0;
+  guint m_noticeTimer = 0;
   GCancellable* m_cancel;
 };
 

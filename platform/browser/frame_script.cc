@@ -46,6 +46,7 @@ JSObjectRef FrameScript::makeHost(const std::string& settings) {
   addHostFunction(host, "frameOffset", 1, &FrameScript::hostFrameOffset);
   addHostFunction(host, "othersHaveObjects", 0, &FrameScript::hostOthersHaveObjects);
   addHostFunction(host, "placeOthers", 0, &FrameScript::hostPlaceOthers);
+  addHostFunction(host, "subtitlesEnabled", 0, &FrameScript::hostSubtitlesEnabled);
   return host;
 }
 
@@ -152,6 +153,8 @@ JSValueRef FrameScript::hostPlaceOthers(Arguments) {
   if (!m_silent) m_owner.placeOthers(*this);
   return undefined();
 }
+
+JSValueRef FrameScript::hostSubtitlesEnabled(Arguments) { return JSValueMakeBoolean(m_context, m_owner.subtitlesEnabled()); }
 
 JSValueRef FrameScript::hostFrameOffset(Arguments arguments) {
   FrameScript* parent = nullptr;

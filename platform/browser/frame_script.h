@@ -35,6 +35,8 @@ class FrameOwner {
   virtual void placeOthers(const FrameScript& frame) = 0;
   /// @return the window whose global object is @p window, or null.
   virtual FrameScript* frameOf(JSObjectRef window) = 0;
+  /// Does the viewer want subtitles?
+  virtual bool subtitlesEnabled() const = 0;
 };
 
 class FrameScript {
@@ -86,6 +88,7 @@ class FrameScript {
   JSValueRef hostFrameOffset(Arguments arguments);
   JSValueRef hostOthersHaveObjects(Arguments arguments);
   JSValueRef hostPlaceOthers(Arguments arguments);
+  JSValueRef hostSubtitlesEnabled(Arguments arguments);
 
   FrameOwner& m_owner;
   JSGlobalContextRef m_context;

@@ -30,6 +30,10 @@ inline constexpr char kFailedType[] = "(s)";
 // From the window's process; all are answered by a message of the same name.
 inline constexpr char kMessageEnd[] = "end";  ///< destroy all objects and come to rest; answered by whether it did
 inline constexpr char kEndType[] = "(b)";
+inline constexpr char kMessageSubtitles[] =
+    "subtitles";                                 ///< the viewer's settings; answered by whether the media library takes them
+inline constexpr char kSubtitlesType[] = "(s)";  ///< "VALUE:TEXT"
+inline constexpr char kSubtitlesTakenType[] = "(b)";
 inline constexpr char kMessageSettled[] = "settled";  ///< answered by whether all video is where the page wants it by now
 inline constexpr char kSettledType[] = "(b)";
 inline constexpr char kMessageStatus[] = "status";  ///< what the objects do now

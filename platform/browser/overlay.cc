@@ -84,6 +84,7 @@ void Overlay::paint(cairo_t* cairo, int width, int height) const {
     cairo_fill(cairo);
   }
   if (statusShown) paintPanel(cairo, status, "monospace 12", kMargin, kMargin);
+  if (!notice.empty()) paintPanel(cairo, notice, "sans 18", 560, 610);
   if (helpShown) paintPanel(cairo, helpText(), "monospace 13", 820, kMargin);
   cairo_restore(cairo);
 }

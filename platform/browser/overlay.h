@@ -14,6 +14,7 @@ class Overlay {
   bool helpShown = false;
   std::string status;   ///< the lines to show
   double loading = 1;   ///< part of the page that has been loaded; below 1 a bar is shown
+  std::string notice;   ///< a word to the viewer, when not empty
   std::string crashed;  ///< when not empty, takes the place of the page
 
   /// Paints over @p width times @p height pixels.

@@ -27,8 +27,8 @@ void onAnswer(GObject* view, GAsyncResult* result, gpointer data) {
 }  // namespace
 
 void askPage(WebKitWebView* view, const char* question, const char* type, GCancellable* cancel,
-             std::function<void(GVariant* answer)> answered) {
-  webkit_web_view_send_message_to_page(view, webkit_user_message_new(question, nullptr), cancel, onAnswer,
+             std::function<void(GVariant* answer)> answered, GVariant* parameters) {
+  webkit_web_view_send_message_to_page(view, webkit_user_message_new(question, parameters), cancel, onAnswer,
                                        new Question{type, std::move(answered)});
 }
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/remote_keys.h"
 
-#include <gdk/gdkkeysyms.h>
-
 #include <algorithm>
 
 namespace browser {
@@ -31,6 +29,7 @@ const std::vector<RemoteKey> kKeys = {
     {"Info", "Insert", GDK_KEY_Insert, GDK_KEY_F14},
     {"ChannelUp", "Page Up", GDK_KEY_Page_Up, GDK_KEY_F15},
     {"ChannelDown", "Page Down", GDK_KEY_Page_Down, GDK_KEY_F16},
+    {"Subtitles", "Ctrl+S", 0, kSubtitleKey},
     {"0", "0", 0, GDK_KEY_0},
     {"1", "1", 0, GDK_KEY_1},
     {"2", "2", 0, GDK_KEY_2},

@@ -3,11 +3,15 @@
 #pragma once
 
 #include <gdk/gdk.h>
+#include <gdk/gdkkeysyms.h>
 
 #include <string>
 #include <vector>
 
 namespace browser {
+
+/// The browser's own, as on a television: no page gets it.
+inline constexpr guint kSubtitleKey = GDK_KEY_Subtitle;
 
 struct RemoteKey {
   const char* name;      ///< as --keys and the help call it

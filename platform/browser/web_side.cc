@@ -50,8 +50,11 @@ void WebSide::load(const std::map<std::string, std::string>& start) {
   if (m_media == nullptr) return;
   m_media->preferLanguages(at(start, kStartAudioLanguages),
                            at(start, kStartSubtitleLanguages));  // one that does not ask has its own
-  _SubtitleSettingsParams settings;
-  if (shell::parseSubtitleSettings(at(start, kStartSubtitleSettings), settings)) m_media->changeSubtitleSettings(settings);
+  const std::string& subtitles = at(start, kStartSubtitleSettings);
+  if (!subtitles.empty() && !changeSubtitles(subtitles)) {
+    m_error = "this media library takes no subtitle settings; leave --subtitle-settings out or give another --media-library";
+    return;
+  }
   shell::ProtectionOptions protection;
   if (!protection.unpack(at(start, kStartProtection), m_error) || !protection.apply(*m_media, m_error)) return;
   const std::string& trace = at(start, kStartTrace);
@@ -222,12 +225,28 @@ gboolean WebSide::onMessage(WebKitWebPage*, WebKitUserMessage* message, gpointer
     webkit_user_message_send_reply(message, webkit_user_message_new(kMessageStatus, side.status()));
     return TRUE;
   }
+  if (name == kMessageSubtitles) {
+    GVariant* const parameters = webkit_user_message_get_parameters(message);
+    const char* settings = "";
+    if (parameters != nullptr) g_variant_get(parameters, "(&s)", &settings);
+    GVariant* const taken = g_variant_new(kSubtitlesTakenType, side.changeSubtitles(settings) ? TRUE : FALSE);
+    webkit_user_message_send_reply(message, webkit_user_message_new(kMessageSubtitles, taken));
+    return TRUE;
+  }
   if (name == kMessageSettled) {
     GVariant* const settled = g_variant_new(kSettledType, side.isSettled() ? TRUE : FALSE);
     webkit_user_message_send_reply(message, webkit_user_message_new(kMessageSettled, settled));
     return TRUE;
   }
   return FALSE;
+}
+
+// @return false for a media library that takes none.
+bool WebSide::changeSubtitles(const std::string& settings) {
+  _SubtitleSettingsParams parsed;
+  if (m_media == nullptr || !shell::parseSubtitleSettings(settings, parsed)) return false;
+  m_subtitlesEnabled = parsed.value != 0;
+  return m_media->changeSubtitleSettings(parsed);
 }
 
 // A window passes two queues, the plugin's and the media library's, before pictures are where it says. A library that does not tell

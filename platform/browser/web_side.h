@@ -38,6 +38,7 @@ class WebSide : public FrameOwner {
   bool othersHaveObjects(const FrameScript& frame) const override;
   void placeOthers(const FrameScript& frame) override;
   FrameScript* frameOf(JSObjectRef window) override;
+  bool subtitlesEnabled() const override { return m_subtitlesEnabled; }
 
  private:
   using Frames = std::map<WebKitFrame*, std::unique_ptr<FrameScript>>;
@@ -60,6 +61,7 @@ class WebSide : public FrameOwner {
   bool comeToRest();
   GVariant* status();
   bool isSettled() const;
+  bool changeSubtitles(const std::string& settings);
 
   std::string m_error;  ///< why nothing can play, or ""
   std::string m_settings;
@@ -77,6 +79,7 @@ class WebSide : public FrameOwner {
   gint64 m_framesAt = 0;
   guint m_tick = 0;
   guint m_return = 0;
+  bool m_subtitlesEnabled = true;  ///< unless the viewer's settings say otherwise
   bool m_atEnd = false;
 };
 

@@ -128,6 +128,44 @@ class OverlayTest(television.Case):
         self.assertEqual(set(run.logged()[0].split(",")), {"65 a"})
 
 
+class SubtitleKeyTest(television.Case):
+    def heard(self, *arguments):
+        """What a page hears of the viewer's settings, and how many of the keys were its own; the key was pressed as often as there are waits."""
+        return self.browse("subtitles.html", *arguments, "--wait", "report()").logged()
+
+    def test_key_switches_subtitles_off_and_on(self):
+        press = [part for count in (1, 2, 3) for part in ("--keys", "Subtitles", "--wait", "heard.length === %d" % count)]
+        self.assertEqual(self.heard(*press), ["0: false,1: true,0: false", "0"])
+
+    def test_key_keeps_the_settings_of_the_command_line(self):
+        start = ("--subtitle-settings", "3:size=150 color=yellow", "--wait", "heard.length === 1")
+        press = [part for count in (2, 3) for part in ("--keys", "Subtitles", "--wait", "heard.length === %d" % count)]
+        told, keys = self.heard(*start, *press)
+        self.assertEqual(told, ",".join("%s:size=150 color=yellow %s" % pair for pair in (("3", "true"), ("0", "false"), ("3", "true"))))
+
+    def test_key_switches_subtitles_on_that_the_viewer_does_not_want_at_first(self):
+        told, keys = self.heard("--subtitle-settings", "0:", "--wait", "heard.length === 1", "--keys", "Subtitles", "--wait", "heard.length === 2")
+        self.assertEqual(told, "0: false,1: true")
+
+    def test_objects_to_come_hear_of_it(self):
+        late = "(window.late = document.body.appendChild(document.createElement('object'))).onSubtitleSettingsChanged = (value) => { window.value = value; }"
+        run = self.browse("subtitles.html", "--keys", "Subtitles", "--wait", "heard.length === 1", "--wait", "%s, late.type = 'video/mp4', true" % late,
+                          "--wait", "window.value === 0", "--screenshot", "a.png")
+        self.assertGreater(max(run.picture("a.png").around(640, 640, 40)), 0)  # the viewer is told, too
+
+    def test_keyboard_has_it(self):
+        process = self.start("subtitles.html", "--wait", "heard.length > 0 && report()", "--quit-after", "60")
+        deadline = time.monotonic() + 60
+        while process.poll() is None and time.monotonic() < deadline:  # the window may not be there yet
+            self.pressOnKeyboard("ctrl+s")
+            try:
+                process.wait(0.5)
+            except subprocess.TimeoutExpired:
+                continue
+        told, keys = self.finish(process).logged()
+        self.assertTrue(told.startswith("0: false"), told)
+
+
 class StepTest(television.Case):
     def test_script_runs_in_the_page(self):
         with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:

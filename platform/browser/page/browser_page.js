@@ -6,6 +6,7 @@
 // host: print(level, text, source, line)    uncaught(text, source, line)    settings: a JSON text
 //       wake(): flush is to be called once no script runs    ended(): this window goes
 //       othersHaveObjects() -> boolean    placeOthers(): the objects of all other windows are to be placed
+//       subtitlesEnabled() -> boolean: does the viewer want them?
 //       frameOffset(parentWindow) -> {x, y} of this window's page on the plane, null when it cannot be seen
 // native, makeLayer: see av_element.js    parts: {keys, environment}: see there
 // The result is what the program calls: see the last lines.
@@ -314,7 +315,9 @@
   // ---- the parts
 
   parts.keys();
-  parts.environment({ settings, isElement, getAttribute, warn: (text) => host.print('warn', text, '', 0) });
+  parts.environment({
+    settings, subtitlesEnabled: host.subtitlesEnabled, isElement, getAttribute, warn: (text) => host.print('warn', text, '', 0),
+  });
 
   const layer = makeLayer(native, {
     prototypes: [HTMLObjectElement.prototype, HTMLEmbedElement.prototype],

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // (page) -> undefined: the objects of an HbbTV page's environment, each small and honest about what is not there.
 // page: settings: audioLanguages, subtitleLanguages, uiLanguages, country    isElement(value)    getAttribute(element, name)
-//       warn(text)
+//       subtitlesEnabled() -> boolean: does the viewer want them?    warn(text)
 (function (page) {
   'use strict';
 
@@ -98,7 +98,7 @@
       preferredSubtitleLanguage: settings.subtitleLanguages,
       preferredUILanguage: settings.uiLanguages,
       countryId: settings.country,
-      subtitlesEnabled: true,
+      get subtitlesEnabled() { return page.subtitlesEnabled(); },
       audioDescriptionEnabled: false,
       dtt_network_ids: [],
       deviceId: '',
