@@ -3,8 +3,10 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <charconv>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -19,6 +21,9 @@ namespace browser {
 namespace {
 
 constexpr char kSection[] = "browser";
+constexpr int kLeastWindow = 160;
+constexpr int kMostWindow = 16384;
+constexpr const char* kProtectionKeys[] = {"clearkey-file", "parental-country", "parental-limit"};
 
 // Read without the process's locale: "1.5" is one and a half everywhere.
 bool parseSeconds(std::string_view text, double& out) {
@@ -36,9 +41,8 @@ Step screenshotStep(const std::string& text) {
 }
 
 bool parseWhole(std::string_view text, int least, int& out) {
-  constexpr int kMost = 16384;
   const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), out);
-  return error == std::errc() && stop == text.data() + text.size() && out >= least && out <= kMost;
+  return error == std::errc() && stop == text.data() + text.size() && out >= least && out <= kMostWindow;
 }
 
 bool parseSize(std::string_view text, int least, int& width, int& height) {
@@ -65,6 +69,20 @@ std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
           {"ui-languages", &preferences.uiLanguages},
           {"country", &preferences.country},
           {"user-agent", &preferences.userAgent}};
+}
+
+bool isCode(std::string_view text, char first, char last) {
+  return text.size() == 3 && std::all_of(text.begin(), text.end(), [=](char c) { return c >= first && c <= last; });
+}
+
+// Pages compare these texts as they are. @return why @p value cannot be the preference @p name, "" when it can.
+std::string wrongPreference(const std::string& name, const std::string& value) {
+  if (name == "country" && !isCode(value, 'A', 'Z'))
+    return name + " needs three capital letters, such as DEU, not \"" + value + "\"";
+  if (!name.ends_with("-languages")) return "";
+  const std::vector<std::string> codes = split(value);
+  if (std::all_of(codes.begin(), codes.end(), [](const std::string& code) { return isCode(code, 'a', 'z'); })) return "";
+  return name + " needs codes of three small letters, such as deu,eng, not \"" + value + "\"";
 }
 
 // "FILE" or "FILE@X,Y,WxH"; an "@" that no such part of the window follows belongs to the name.
@@ -136,7 +154,13 @@ class Parser {
     if (text != texts.end()) return [out = text->second](const std::string& value) { *out = value; };
     auto preferences = preferenceTexts(m_out.preferences);
     const auto preference = name.size() > 2 ? preferences.find(name.substr(2)) : preferences.end();
-    if (preference != preferences.end()) return [out = preference->second](const std::string& value) { *out = value; };
+    if (preference != preferences.end()) {
+      return [this, out = preference->second, bare = name.substr(2)](const std::string& value) {
+        const std::string problem = wrongPreference(bare, value);
+        if (!problem.empty()) m_error = "--" + problem;
+        *out = value;
+      };
+    }
     if (name == "--script") return [this](const std::string& value) { addStep({Step::Kind::script, value, {}, 0}); };
     if (name == "--wait") return [this](const std::string& value) { addStep({Step::Kind::wait, value, {}, 0}); };
     if (name == "--screenshot") return [this](const std::string& value) { addStep(screenshotStep(value)); };
@@ -152,9 +176,10 @@ class Parser {
   }
 
   void readWindow(const std::string& value) {
-    constexpr int kLeast = 160;
-    if (!parseSize(value, kLeast, m_out.width, m_out.height))
-      m_error = "--window needs a size such as 1280x720, not \"" + value + "\"";
+    if (parseSize(value, kLeastWindow, m_out.width, m_out.height)) return;
+    const auto square = [](int side) { return std::to_string(side) + "x" + std::to_string(side); };
+    m_error = "--window needs a size from " + square(kLeastWindow) + " to " + square(kMostWindow) + ", such as 1280x720, not \"" +
+              value + "\"";
   }
 
   void readQuit(const std::string& value) {
@@ -185,8 +210,10 @@ class Parser {
     } else if (m_at + 1 < m_arguments.size()) {
       out = m_arguments[++m_at];
     }
+    const bool isText = g_utf8_validate(out.c_str(), -1, nullptr) != FALSE;  // the page's process takes nothing else
     if (out.empty()) m_error = "option " + name + " needs a value";
-    return !out.empty();
+    if (!isText) m_error = "option " + name + " needs a text in UTF-8";
+    return m_error.empty();
   }
 
   std::vector<std::string> m_arguments;
@@ -204,20 +231,44 @@ std::string absoluteBeside(const std::string& configurationFile, const std::stri
   return out;
 }
 
-// The options of the same names but for single keys, which belong into a file of their own; its name is relative to the
-// configuration.
-bool readProtection(GKeyFile* file, const std::string& path, shell::ProtectionOptions& out, std::string& error) {
-  for (const char* name : {"parental-limit", "parental-country", "clearkey-file"}) {
-    char* const text = g_key_file_get_string(file, kSection, name, nullptr);
-    if (text == nullptr) continue;
-    std::string value = text;
-    g_free(text);
-    if (name == std::string_view("clearkey-file")) value = absoluteBeside(path, value);
-    if (out.read(std::string("--") + name, value, error)) continue;
-    error = path + ": " + error.substr(2);
-    return false;
+// A list that GLib made, as texts.
+std::vector<std::string> taken(char** list) {
+  const std::vector<std::string> out(list, list + g_strv_length(list));
+  g_strfreev(list);
+  return out;
+}
+
+// The options of the same names but for single clear keys, which belong into a file of their own; its name is relative to the
+// configuration. @return what is wrong, or "".
+std::string setFromFile(const std::string& name, const std::string& value, const std::string& path, Options& out) {
+  auto preferences = preferenceTexts(out.preferences);
+  const auto preference = preferences.find(name);
+  if (preference != preferences.end()) {
+    *preference->second = value;
+    return wrongPreference(name, value);
   }
-  return true;
+  if (std::find(std::begin(kProtectionKeys), std::end(kProtectionKeys), name) == std::end(kProtectionKeys)) {
+    std::string known;
+    for (const auto& each : preferences) known += each.first + ", ";
+    for (const char* each : kProtectionKeys) known += std::string(each) + ", ";
+    return "there is no key \"" + name + "\"; there are " + known.substr(0, known.size() - 2);
+  }
+  std::string error;
+  const bool good = out.protection.read("--" + name, name == "clearkey-file" ? absoluteBeside(path, value) : value, error);
+  return good ? "" : error.substr(2);
+}
+
+std::string readGroup(GKeyFile* file, const std::string& group, const std::string& path, Options& out) {
+  if (group != kSection) return "there is no group \"" + group + "\"; all keys belong to \"" + kSection + "\"";
+  for (const std::string& name : taken(g_key_file_get_keys(file, kSection, nullptr, nullptr))) {
+    GError* problem = nullptr;
+    char* const text = g_key_file_get_string(file, kSection, name.c_str(), &problem);
+    const std::string wrong = text == nullptr ? problem->message : setFromFile(name, text, path, out);
+    g_free(text);
+    g_clear_error(&problem);
+    if (!wrong.empty()) return wrong;
+  }
+  return "";
 }
 
 // @return false for a file that is there and cannot be understood.
@@ -230,12 +281,12 @@ bool readConfiguration(const std::string& path, Options& out, std::string& error
     g_error_free(problem);
     return false;
   }
-  for (const auto& [name, text] : preferenceTexts(out.preferences)) {
-    char* const value = g_key_file_get_string(file.get(), kSection, name.c_str(), nullptr);
-    if (value != nullptr) *text = value;
-    g_free(value);
+  for (const std::string& group : taken(g_key_file_get_groups(file.get(), nullptr))) {
+    const std::string wrong = readGroup(file.get(), group, path, out);
+    if (!wrong.empty()) error = path + ": " + wrong;
+    if (!wrong.empty()) return false;
   }
-  return readProtection(file.get(), path, out.protection, error);
+  return true;
 }
 
 // The shared text begins its explanations four columns earlier.
@@ -249,7 +300,12 @@ std::string protectionHelp() {
 }  // namespace
 
 bool parseOptions(int argc, const char* const* argv, const std::string& configurationFile, Options& out, std::string& error) {
-  return readConfiguration(configurationFile, out, error) && Parser(argc, argv, out).run(error);
+  std::string wrongFile;
+  const bool isRead = readConfiguration(configurationFile, out, wrongFile);
+  if (!Parser(argc, argv, out).run(error)) return false;
+  if (isRead || out.help || out.version) return true;
+  error = wrongFile;
+  return false;
 }
 
 std::string defaultConfigurationFile() {

@@ -95,7 +95,8 @@ bool ProtectionOptions::readKeyFile(const std::string& path, std::string& error)
     error = "--clearkey-file: line " + std::to_string(number) + " of " + path + " is not KID:KEY, both 32 hexadecimal digits";
     return false;
   }
-  return true;
+  if (file.bad()) error = "--clearkey-file: cannot read " + path;  // a folder opens as well as a file
+  return !file.bad();
 }
 
 std::string ProtectionOptions::packed() const {

@@ -202,6 +202,10 @@ class StatusTest(television.Case):
     def test_wrong_command_lines(self):
         for arguments, words in ((["--bogus"], "unknown option --bogus"), (["--window", "big"], "--window needs a size"),
                                  (["--keys", "Purple"], 'there is no key "Purple"'), (["--quit-after", "soon"], "number of seconds"),
+                                 (["--window", "100x100"], "from 160x160 to 16384x16384"), (["--country", "DE"], "--country needs three capital letters"),
+                                 (["--audio-languages", "deu,en"], "--audio-languages needs codes of three small letters"),
+                                 (["--ui-languages", "deu,"], "--ui-languages needs"), (["--user-agent", "\udcff"], "--user-agent needs a text in UTF-8"),
+                                 (["--clearkey-file", "/"], "cannot read /"),
                                  (["--trace", "/nowhere/trace"], "cannot write the trace file")):
             run = self.finish(self.start("player.html", *arguments))
             self.assertEqual(run.status, 2, run.output)

@@ -207,6 +207,30 @@ class EnvironmentTest(television.Case):
         self.assertEqual(configured, "eng,und eng,und fra DEU")
         self.assertEqual(agent, "Telly/1 HbbTV/1.7.1 (+DRM;a;b;c;d;e;)")
 
+    def configure(self, text):
+        file = os.path.join(self.folder, ".config", "avcontrol", "browser.ini")
+        os.makedirs(os.path.dirname(file), exist_ok=True)
+        with open(file, "wb") as out:
+            out.write(text)
+        return file
+
+    def test_configuration_file_that_is_wrong_is_told_in_one_line(self):
+        for text, words in ((b"country", "not a key-value pair"), (b"[brwser]\ncountry = DEU", 'no group "brwser"'),
+                            (b"[browser]\ncountri = DEU", 'no key "countri"; there are audio-languages, country, '),
+                            (b"[browser]\nclearkey = 1", 'no key "clearkey"'), (b"[browser]\ncountry = \\q", "country"),
+                            (b"[browser]\ncountry = \xff", "UTF-8"), (b"[browser]\ncountry = Germany", 'country needs three capital letters'),
+                            (b"[browser]\nui-languages = de", "ui-languages needs codes of three small letters"),
+                            (b"[browser]\nparental-limit = old", "parental-limit needs an age"),
+                            (b"[browser]\nclearkey-file =", "clearkey-file: cannot read"), (b"[browser]\nclearkey-file = none", "cannot read")):
+            file = self.configure(text)
+            run = self.finish(self.start("keys.html", "--quit-after", "1"))
+            self.assertEqual(run.status, 2, text)
+            self.assertTrue(run.output.startswith("avc-browser: %s: " % file), run.output)
+            self.assertIn(words, run.output)
+            self.assertEqual(run.output.count("\n"), 1, run.output)
+        self.assertIn("Usage:", self.finish(self.start("keys.html", "--help")).output)
+        self.assertIn("avc-browser", self.finish(self.start("keys.html", "--version")).output)
+
     def test_media_requests_carry_the_page_s_user_agent(self):
         self.browse("player.html", "--wait", "done", "--user-agent", "Telly/2")
         agents = {entry["agent"] for entry in self.requests() if entry["path"].endswith("/two.mp4")}
