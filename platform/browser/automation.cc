@@ -21,6 +21,17 @@ constexpr char kAfterFrames[] =
     "return new Promise((done) => { let frames = 3; const next = () => { frames -= 1; if (frames < 0) done(''); "
     "else requestAnimationFrame(next); }; next(); setTimeout(done, 2000, ''); });";
 
+// What the engine says to an expression that is none, "" to one that is.
+std::string wrongExpression(const std::string& text) {
+  JSCContext* const context = jsc_context_new();
+  JSCException* problem = nullptr;
+  jsc_context_check_syntax(context, ("(" + text + "\n)").c_str(), -1, JSC_CHECK_SYNTAX_MODE_SCRIPT, nullptr, 1, &problem);
+  const std::string out = problem == nullptr ? "" : jsc_exception_get_message(problem);
+  g_clear_object(&problem);
+  g_object_unref(context);
+  return out;
+}
+
 void printStatus(const std::string& lines) {
   std::istringstream in(lines);
   for (std::string line; std::getline(in, line);) std::printf("status: %s\n", line.c_str());
@@ -49,6 +60,23 @@ void Automation::loaded() {
   m_loadedAt = g_get_monotonic_time();
   if (m_steps.empty()) return;
   run(m_steps.front());
+}
+
+std::string Automation::wrongStep() const {
+  for (const Step& step : m_steps) {
+    const std::string problem = step.kind == Step::Kind::wait ? wrongExpression(step.text) : "";
+    if (!problem.empty()) return "--wait needs an expression of JavaScript, not \"" + step.text + "\": " + problem;
+  }
+  return "";
+}
+
+std::string Automation::place() const {
+  static const char* const kNames[] = {"--script", "--keys", "--wait", "--screenshot", "--status"};
+  if (!m_started) return "before the page was loaded";
+  const Step& step = m_steps[m_at];
+  std::string out = std::string("in step ") + std::to_string(m_at + 1) + ", \"" + kNames[static_cast<int>(step.kind)];
+  for (std::size_t i = 0; i < step.keys.size(); ++i) out.append(i == 0 ? " " : ",").append(step.keys[i]);
+  return out + (step.text.empty() ? "" : " " + step.text) + "\"";
 }
 
 void Automation::next() {
@@ -111,7 +139,7 @@ void Automation::wait(const std::string& expression) {
   };
   // Caught here, or the engine would tell the page of it as an error of its own.
   std::string source = "(() => { try { return (";
-  source.append(expression).append(") ? true : false; } catch { return false; } })()");
+  source.append(expression).append("\n) ? true : false; } catch { return false; } })()");
   webkit_web_view_evaluate_javascript(m_view, source.c_str(), -1, nullptr, "avc-browser:wait", m_cancel, finish, this);
 }
 

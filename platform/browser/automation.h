@@ -24,6 +24,11 @@ class Automation {
 
   /// The page has been loaded; the first time starts the steps.
   void loaded();
+  /// @return what is wrong with a step that can never be done, or "". Not before there is a web view: the engine must be made
+  /// first.
+  std::string wrongStep() const;
+  /// Where the steps are, for a line that says so.
+  std::string place() const;
   bool finished() const { return m_started && m_at == m_steps.size(); }
 
  private:

@@ -222,13 +222,37 @@ void Browser::printUncaught(GVariant* parameters) {
   m_failed = true;
 }
 
-// WebKit shows this type as XML when it is asked to; the page side makes HTML of what scripts create in it.
-gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer) {
+// As its own scripts' errors are: it is the page that names the frame.
+void Browser::printNotLoaded(const std::string& address, const std::string& why) {
+  std::printf("console.error: cannot be loaded: %s: %s\n", address.c_str(), why.c_str());
+  std::fflush(stdout);
+}
+
+std::string Browser::whyNotShown(WebKitResponsePolicyDecision* answer) {
+  constexpr guint kFirstError = 400;
+  WebKitURIResponse* const response = webkit_response_policy_decision_get_response(answer);
+  const char* const address = webkit_uri_response_get_uri(response);
+  const char* const type = webkit_uri_response_get_mime_type(response);
+  const std::string mime = type == nullptr ? "" : type;
+  const guint status = webkit_uri_response_get_status_code(response);
+  const bool isFrame = webkit_response_policy_decision_is_main_frame_main_resource(answer) == FALSE;
+  const bool isMedia = mime.starts_with("video/") || mime.starts_with("audio/");  // the engine has pages of its own for these
+  const bool isPage = g_ascii_strcasecmp(mime.c_str(), kTelevisionXhtml) == 0 ||
+                      (webkit_response_policy_decision_is_mime_type_supported(answer) != FALSE && !isMedia);
+  std::string problem = status < kFirstError ? "" : "the server answers with status " + std::to_string(status);
+  if (problem.empty() && !isPage) problem = mime + " is no type of a page";
+  if (!problem.empty()) isFrame ? printNotLoaded(address, problem) : fail(std::string(address) + ": " + problem, kExitFailed);
+  return isPage ? "" : problem;
+}
+
+// WebKit shows the television's type as XML when it is asked to; the page side makes HTML of what scripts create in it.
+gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer self) {
   if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return FALSE;
-  WebKitURIResponse* const response = webkit_response_policy_decision_get_response(WEBKIT_RESPONSE_POLICY_DECISION(decision));
-  const char* const mime = webkit_uri_response_get_mime_type(response);
-  if (mime == nullptr || g_ascii_strcasecmp(mime, kTelevisionXhtml) != 0) return FALSE;
-  webkit_policy_decision_use(decision);
+  auto& browser = *static_cast<Browser*>(self);
+  WebKitResponsePolicyDecision* const answer = WEBKIT_RESPONSE_POLICY_DECISION(decision);
+  const std::string problem = browser.whyNotShown(answer);
+  if (webkit_response_policy_decision_is_main_frame_main_resource(answer) != FALSE) browser.m_notShown = problem;
+  problem.empty() ? webkit_policy_decision_use(decision) : webkit_policy_decision_ignore(decision);
   return TRUE;
 }
 
@@ -242,12 +266,13 @@ void Browser::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self
 
 gboolean Browser::onLoadFailed(WebKitWebView* view, WebKitLoadEvent, const char* url, GError* error, gpointer self) {
   auto& browser = *static_cast<Browser*>(self);
-  // A page that is left while it loads has not failed, and a response that is not shown as a page neither.
+  // A page that is left while it loads has not failed, nor has one that stays because there is nothing to take its place.
   if (g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED)) return TRUE;
-  if (error->domain == WEBKIT_POLICY_ERROR && error->code == WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE)
+  std::string why = std::exchange(browser.m_notShown, "");
+  if (g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) && why.empty())
     return TRUE;
-  browser.fail(std::string(url) + ": " + error->message, kExitFailed);
-  webkit_web_view_load_alternate_html(view, noticePage("This page cannot be shown", error->message).c_str(), url, nullptr);
+  if (why.empty()) browser.fail(std::string(url) + ": " + (why = error->message), kExitFailed);
+  webkit_web_view_load_alternate_html(view, noticePage("This page cannot be shown", why).c_str(), url, nullptr);
   return TRUE;
 }
 
@@ -382,7 +407,9 @@ void Browser::stepsDone() {
 
 void Browser::timeOut() {
   if (m_options.steps.empty() || m_automation->finished()) return end(0);
-  fail("time-out: steps were left after " + std::to_string(m_options.quitSeconds) + " s; give a longer --quit-after", kExitTimeout);
+  char seconds[32];
+  std::snprintf(seconds, sizeof seconds, "%g", m_options.quitSeconds);
+  fail(std::string("time-out after ") + seconds + " s, " + m_automation->place() + "; give a longer --quit-after", kExitTimeout);
   end(kExitTimeout);
 }
 

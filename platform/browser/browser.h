@@ -25,6 +25,8 @@ class Browser {
   Browser& operator=(const Browser&) = delete;
   ~Browser();
 
+  /// @return what is wrong with the steps, or "".
+  std::string wrongStep() const { return m_automation->wrongStep(); }
   /// Shows the page and runs until the end. @return the exit status.
   int run();
 
@@ -36,6 +38,8 @@ class Browser {
   static void onInitializeExtensions(WebKitWebContext* context, gpointer self);
   static gboolean onMessage(WebKitWebView* view, WebKitUserMessage* message, gpointer self);
   static gboolean onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer self);
+  /// @return why the response is not shown, "" when it is; a page that the server calls wrong is told of and shown.
+  std::string whyNotShown(WebKitResponsePolicyDecision* answer);
   static void onLoadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer self);
   static gboolean onLoadFailed(WebKitWebView* view, WebKitLoadEvent event, const char* url, GError* error, gpointer self);
   static void onTerminated(WebKitWebView* view, WebKitWebProcessTerminationReason reason, gpointer self);
@@ -54,6 +58,7 @@ class Browser {
   void askStatus();
   void crashed();
   void restart();
+  void printNotLoaded(const std::string& address, const std::string& why);
   void fail(const std::string& problem, int status);
   void timeOut();
   void stepsDone();
@@ -75,8 +80,9 @@ class Browser {
   int m_status = 0;
   int m_signal = 0;  ///< the signal that ended it, or 0
   bool m_failed = false;
-  bool m_shown = false;  ///< something of what was loaded last
-  bool m_down = false;   ///< the page's process has ended
+  std::string m_notShown;  ///< why not, while what came is given up
+  bool m_shown = false;    ///< something of what was loaded last
+  bool m_down = false;     ///< the page's process has ended
   bool m_traceUsed = false;
   guint m_limit = 0;
   guint m_patience = 0;

@@ -45,7 +45,8 @@ int runMain(int argc, char** argv) {
   if (!gtk_init_check(nullptr, nullptr)) return fail("no display; without one, start it with xvfb-run -a");
   setlocale(LC_NUMERIC, "C");
   Browser browser(options, std::move(film));
-  return browser.run();
+  error = browser.wrongStep();
+  return error.empty() ? browser.run() : fail(error);
 }
 
 }  // namespace

@@ -179,6 +179,7 @@ class StatusTest(television.Case):
 
     def test_page_that_is_not_well_formed(self):
         run = self.browse("malformed.hbbtv", "--wait", "document.readyState === 'complete'", status=1)
+        self.assertNotIn("rendering", run.output)
         self.assertRegex(run.output, r"uncaught: not well-formed XML: .*line 6.*br.* \(%spages/malformed\.hbbtv:6\)" % re.escape(self.base))
 
     def test_files_of_the_page_that_are_not_there(self):
@@ -187,22 +188,36 @@ class StatusTest(television.Case):
             self.assertIn("console.error: cannot be loaded: %spages/%s (%spages/missing.html)" % (self.base, name, self.base), run.output)
 
     def test_time_out(self):
-        run = self.browse("player.html", "--wait", "false", "--quit-after", "2", status=3)
-        self.assertIn("time-out", run.output)
+        run = self.browse("player.html", "--wait", "done", "--wait", "false // never", "--quit-after", "8", status=3)
+        self.assertIn('avc-browser: time-out after 8 s, in step 2, "--wait false // never"; give a longer --quit-after\n', run.output)
+        run = self.browse(self.base + "fault/hang/page.html", "--wait", "true", "--quit-after", "0.5", status=3)
+        self.assertIn("avc-browser: time-out after 0.5 s, before the page was loaded; give a longer --quit-after\n", run.output)
 
     def test_page_that_is_not_there(self):
-        run = self.browse(self.base + "pages/none.html", "--wait", "true")
-        self.assertEqual(run.status, 0)
+        for address, answer in (("pages/none.html", 404), ("fault/status/503/page.html", 503)):
+            run = self.browse(self.base + address, "--wait", "true", status=1)
+            self.assertEqual(run.output, "avc-browser: %s%s: the server answers with status %d\n" % (self.base, address, answer))
         with socket.socket() as unused:
             unused.bind(("127.0.0.1", 0))  # and does not listen
             run = self.browse("http://127.0.0.1:%d/" % unused.getsockname()[1], "--wait", "true", "--screenshot", "a.png", status=1)
         self.assertIn("Connection refused", run.output)
         self.assertColour(run.picture("a.png"), (100, 100), (16, 20, 24), 2)  # the browser says so on the screen
 
+    def test_what_is_no_page(self):
+        for address, kind in (("two.mp4", "video/mp4"), ("stamp", "application/octet-stream"), ("dash/av.mpd", "application/dash+xml")):
+            run = self.browse(self.base + address, "--wait", "true", "--screenshot", "a.png", status=1)
+            self.assertEqual(run.output, "avc-browser: %s%s: %s is no type of a page\n" % (self.base, address, kind))
+            self.assertColour(run.picture("a.png"), (100, 100), (16, 20, 24), 2)
+
+    def test_frames_that_cannot_be_shown(self):
+        run = self.browse("lost-frames.html", "--wait", "document.readyState === 'complete'", "--wait", "done")
+        for name, reason in (("none.html", "the server answers with status 404"), ("../stamp", "application/octet-stream is no type of a page")):
+            self.assertIn("console.error: cannot be loaded: %s: %s\n" % (self.base + os.path.normpath("pages/" + name), reason), run.output)
+
     def test_wrong_command_lines(self):
         for arguments, words in ((["--bogus"], "unknown option --bogus"), (["--window", "big"], "--window needs a size"),
                                  (["--keys", "Purple"], 'there is no key "Purple"'), (["--quit-after", "soon"], "number of seconds"),
-                                 (["--window", "100x100"], "from 160x160 to 16384x16384"), (["--country", "DE"], "--country needs three capital letters"),
+                                 (["--wait", "done("], 'an expression of JavaScript, not "done(": '), (["--window", "100x100"], "from 160x160 to 16384x16384"), (["--country", "DE"], "--country needs three capital letters"),
                                  (["--audio-languages", "deu,en"], "--audio-languages needs codes of three small letters"),
                                  (["--ui-languages", "deu,"], "--ui-languages needs"), (["--user-agent", "\udcff"], "--user-agent needs a text in UTF-8"),
                                  (["--clearkey-file", "/"], "cannot read /"),
@@ -210,6 +225,7 @@ class StatusTest(television.Case):
             run = self.finish(self.start("player.html", *arguments))
             self.assertEqual(run.status, 2, run.output)
             self.assertIn(words, run.output)
+            self.assertEqual(run.output.count("\n"), 1, run.output)
 
     def test_library_that_is_none(self):
         run = self.finish(self.start("player.html", "--media-library", "/etc/hostname"))

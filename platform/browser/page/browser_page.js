@@ -291,7 +291,7 @@
   addListener(document, 'DOMContentLoaded', () => {
     const box = contentType(document) === 'text/html' ? null : documentQuery(document, 'parsererror')[0];
     if (!box) return;
-    const [, text, line] = /(error on line (\d+)[^\n]*)/.exec(textContent(box)) || [null, textContent(box), 0];
+    const [, text, line] = /(error on line (\d+)[^\n]*?)(?:Below is|\n|$)/.exec(textContent(box)) || [null, textContent(box), 0];
     host.uncaught('not well-formed XML: ' + text, documentAddress(document), Number(line));
   });
 
