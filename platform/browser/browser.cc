@@ -141,9 +141,13 @@ void Browser::makeView() {
   // What destroyApplication does. A television has no window that a page could close.
   g_signal_connect(m_view, "close",
                    G_CALLBACK(+[](WebKitWebView* view, gpointer) { webkit_web_view_load_uri(view, "about:blank"); }), nullptr);
-  // A page may not keep the user from leaving it, nor put up windows of its own.
+  // A page may not keep the user from leaving it, nor put up windows of its own; what it would have said in them is a console line.
   g_signal_connect(m_view, "script-dialog", G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer) -> gboolean {
                      const auto type = webkit_script_dialog_get_dialog_type(dialog);
+                     if (type != WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+                       std::printf("console.alert: %s\n", webkit_script_dialog_get_message(dialog));
+                       std::fflush(stdout);
+                     }
                      if (type == WEBKIT_SCRIPT_DIALOG_CONFIRM || type == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
                        webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
                      }

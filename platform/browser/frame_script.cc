@@ -126,12 +126,12 @@ void FrameScript::placeObjects() { call("placeWindows", {}); }
 JSValueRef FrameScript::offsetOf(JSObjectRef child) { return m_silent ? JSValueMakeNull(m_context) : call("offsetOf", {child}); }
 
 JSValueRef FrameScript::hostPrint(Arguments arguments) {
-  if (!m_silent) m_owner.print(text(arguments[0]), text(arguments[1]), text(arguments[2]), number(arguments[3]));
+  m_owner.print(text(arguments[0]), text(arguments[1]), text(arguments[2]), number(arguments[3]));
   return undefined();
 }
 
 JSValueRef FrameScript::hostUncaught(Arguments arguments) {
-  if (!m_silent) m_owner.uncaught(text(arguments[0]), text(arguments[1]), number(arguments[2]));
+  m_owner.uncaught(text(arguments[0]), text(arguments[1]), number(arguments[2]));
   return undefined();
 }
 

@@ -4,17 +4,21 @@
 #include <glib.h>
 #include <pango/pangocairo.h>
 
+#include <algorithm>
+
 #include "platform/browser/remote_keys.h"
 
 namespace browser {
 
 namespace {
 
+constexpr double kPageWidth = 1280;
+constexpr double kPageHeight = 720;
 constexpr double kMargin = 32;
 constexpr double kPadding = 16;
 
-// Everything is painted in page pixels, 1280 by 720.
-void scaleToPage(cairo_t* cairo, int width, int height) { cairo_scale(cairo, width / 1280.0, height / 720.0); }
+// Everything is painted in page pixels.
+void scaleToPage(cairo_t* cairo, int width, int height) { cairo_scale(cairo, width / kPageWidth, height / kPageHeight); }
 
 PangoLayout* makeLayout(cairo_t* cairo, const std::string& text, const char* font) {
   PangoLayout* const layout = pango_cairo_create_layout(cairo);
@@ -29,22 +33,28 @@ void paintCentred(cairo_t* cairo, const std::string& text, const char* font, dou
   PangoLayout* const layout = makeLayout(cairo, text, font);
   int width = 0;
   pango_layout_get_pixel_size(layout, &width, nullptr);
-  cairo_move_to(cairo, 640 - width / 2.0, y);
+  cairo_move_to(cairo, (kPageWidth - width) / 2, y);
   pango_cairo_show_layout(cairo, layout);
   g_object_unref(layout);
 }
 
+// What is too high for the page, as fonts differ, is made smaller.
 void paintPanel(cairo_t* cairo, const std::string& text, const char* font, double x, double y) {
   PangoLayout* const layout = makeLayout(cairo, text, font);
   int width = 0;
   int height = 0;
   pango_layout_get_pixel_size(layout, &width, &height);
+  const double scale = std::min(1.0, (kPageHeight - kMargin - y) / (height + 2 * kPadding));
+  cairo_save(cairo);
+  cairo_translate(cairo, x, y);
+  cairo_scale(cairo, scale, scale);
   cairo_set_source_rgba(cairo, 0.04, 0.06, 0.08, 0.82);
-  cairo_rectangle(cairo, x, y, width + 2 * kPadding, height + 2 * kPadding);
+  cairo_rectangle(cairo, 0, 0, width + 2 * kPadding, height + 2 * kPadding);
   cairo_fill(cairo);
   cairo_set_source_rgb(cairo, 0.91, 0.93, 0.95);
-  cairo_move_to(cairo, x + kPadding, y + kPadding);
+  cairo_move_to(cairo, kPadding, kPadding);
   pango_cairo_show_layout(cairo, layout);
+  cairo_restore(cairo);
   g_object_unref(layout);
 }
 
@@ -80,7 +90,7 @@ void Overlay::paint(cairo_t* cairo, int width, int height) const {
   }
   if (loading < 1) {
     cairo_set_source_rgb(cairo, 0.2, 0.6, 0.9);
-    cairo_rectangle(cairo, 0, 0, 1280 * loading, 4);
+    cairo_rectangle(cairo, 0, 0, kPageWidth * loading, 4);
     cairo_fill(cairo);
   }
   if (statusShown) paintPanel(cairo, status, "monospace 12", kMargin, kMargin);

@@ -177,6 +177,12 @@ class StatusTest(television.Case):
         self.assertRegex(run.output, r"uncaught: unhandled rejection: Error: there \(.*wrong\.html:9\)")
         self.assertRegex(run.output, r"console\.warn: careful \{a: 1, b: \[\"x\", null\]\} <p id=\"p\"> \(.*wrong\.html:7\)")
 
+    def test_what_a_page_says_in_windows_of_its_own_and_when_it_goes(self):
+        run = self.browse("talking.html", "--wait", "location.search === '?gone' && done", status=1)
+        self.assertEqual([line.split(" (")[0] for line in run.output.splitlines()],
+                         ["console.alert: one", "console.alert: two?", "console.alert: three", "console.log: true null", "console.log: goes 1 true",
+                          "uncaught: Error: too late"])
+
     def test_page_that_is_not_well_formed(self):
         run = self.browse("malformed.hbbtv", "--wait", "document.readyState === 'complete'", status=1)
         self.assertNotIn("rendering", run.output)

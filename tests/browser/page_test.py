@@ -128,6 +128,22 @@ class OverlayTest(television.Case):
         self.assertEqual(set(run.logged()[0].split(",")), {"65 a"})
 
 
+    def test_help_is_shown_whole(self):
+        process = self.start("keys.html", "--wait", "down.length > 0", "--screenshot", "ready.png", "--wait", "/66/.test(down)", "--screenshot", "help.png",
+                             "--quit-after", "60")
+        ready = os.path.join(self.folder, "ready.png")
+        while process.poll() is None and not os.path.exists(ready):  # the window may not be there yet
+            self.pressOnKeyboard("a")
+            time.sleep(0.05)
+        self.pressOnKeyboard("F12")
+        self.pressOnKeyboard("b")
+        run = self.finish(process)
+        self.assertEqual(run.status, 0, run.output)
+        plain, help = run.picture("ready.png"), run.picture("help.png")
+        self.assertNotEqual(help.at(824, 200), plain.at(824, 200))
+        self.assertEqual(help.at(824, 715), plain.at(824, 715))
+
+
 class SubtitleKeyTest(television.Case):
     def heard(self, *arguments):
         """What a page hears of the viewer's settings, and how many of the keys were its own; the key was pressed as often as there are waits."""

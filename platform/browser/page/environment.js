@@ -65,7 +65,7 @@
     deactivateInput() {},
     destroyApplication() { window.location.replace('about:blank'); },
     createApplication(address) {
-      if (!/^https?:/i.test(new URL(address, document.baseURI).protocol)) {
+      if (!isWebAddress(address)) {
         page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
         return null;
       }
@@ -73,6 +73,14 @@
       return application;
     },
   });
+
+  function isWebAddress(address) {
+    try {
+      return /^https?:/i.test(new URL(address, document.baseURI).protocol);
+    } catch {
+      return false;
+    }
+  }
 
   function tellApplication(name) {
     const handler = application['on' + name];
