@@ -574,6 +574,7 @@
     dispatch: (element, type, fields) => dispatch(element, Object.assign(new Event(type), fields)),
     reportError: (error) => host.reportError(error),
     warn: (text) => host.print('warn', text),
+    addressAdvice: ' or give a --document-url that begins with http',
     queueTask: (action) => setTimeout(action, 0),
     now: () => host.now(),
   });

@@ -18,7 +18,7 @@
 //         documentUrl(element)    resolveUrl(text, base) -> text    dispatch(element, type, fields): to DOM listeners
 //         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
 //         and, where a shell has need of it: upgraded(element): it became a live object    sync(): tell of changed attributes now
-//         wake(): flush has something to do    userAgent: of the media requests, unless the page names one
+//         addressAdvice: what else helps when a source is no web address    wake(): flush has something to do    userAgent: of the media requests, unless the page names one
 // The layer that it returns: see the last lines.
 (function (native, page) {
   'use strict';
@@ -258,7 +258,7 @@
     const url = absoluteSource(element, text.trim());
     if (!/^https?:/.test(url)) {
       page.warn('"' + url + '" is no http: or https: address and cannot play; serve the file over HTTP (for example with ' +
-        '"python3 -m http.server") or give a --document-url that begins with http');
+        '"python3 -m http.server")' + (page.addressAdvice || ''));
     }
     record.queued = false;
     record.renewing = false;

@@ -48,6 +48,14 @@ class ElementTest(television.Case):
         self.assertAllClosed(run)
 
 
+    def test_page_from_a_file_is_told_why_its_film_does_not_play(self):
+        with open(os.path.join(self.folder, "film.html"), "w", encoding="utf-8") as file:
+            file.write("<object type='video/mp4' data='film.mp4'></object>")
+        run = self.browse("file://%s/film.html" % self.folder, "--wait", "true")
+        advice = '"file://%s/film.mp4" is no http: or https: address and cannot play; serve the file over HTTP (for example with "python3 -m http.server")'
+        self.assertEqual(run.output, "console.warn: %s\n" % advice % self.folder)
+
+
 class KeyTest(television.Case):
     def test_keys_have_the_codes_of_a_remote_control(self):
         keys = ["Left", "Up", "Right", "Down", "Enter", "Back", "Red", "Green", "Yellow", "Blue", "Play", "Pause", "PlayPause", "Stop",
