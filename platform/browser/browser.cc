@@ -319,7 +319,8 @@ bool Browser::key(guint pcKey, GdkModifierType modifiers) {
     restart();
     return true;
   }
-  if ((modifiers & GDK_CONTROL_MASK) != 0 && pcKey == GDK_KEY_q) {
+  const guint withControl = (modifiers & GDK_CONTROL_MASK) != 0 ? gdk_keyval_to_lower(pcKey) : 0;
+  if (withControl == GDK_KEY_q) {
     end(0);
     return true;
   }
@@ -327,7 +328,7 @@ bool Browser::key(guint pcKey, GdkModifierType modifiers) {
     m_window->toggleFullScreen();
     return true;
   }
-  if (pcKey == kSubtitleKey || ((modifiers & GDK_CONTROL_MASK) != 0 && pcKey == GDK_KEY_s)) {
+  if (pcKey == kSubtitleKey || withControl == GDK_KEY_s) {
     toggleSubtitles();
     return true;
   }

@@ -102,9 +102,14 @@ gboolean TvWindow::onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self) {
 }
 
 gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
-  const auto& window = *static_cast<TvWindow*>(self);
-  const bool pressed = event->type == GDK_KEY_PRESS;
-  if (pressed && window.m_handlers.key(event->keyval, static_cast<GdkModifierType>(event->state))) return TRUE;
+  auto& window = *static_cast<TvWindow*>(self);
+  const guint16 place = event->hardware_keycode;  // the symbol depends on modifiers, which may be let go of first
+  if (event->type == GDK_KEY_RELEASE) {
+    if (window.m_ownKeys.erase(place) != 0) return TRUE;
+  } else if (window.m_handlers.key(event->keyval, static_cast<GdkModifierType>(event->state))) {
+    window.m_ownKeys.insert(place);
+    return TRUE;
+  }
   event->keyval = remoteKeyFor(event->keyval);
   return FALSE;
 }

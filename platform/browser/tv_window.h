@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "platform/browser/film.h"
@@ -62,6 +63,7 @@ class TvWindow {
   GtkWidget* m_layout;
   std::function<void()> m_whenDrawn;
   gulong m_painted = 0;
+  std::set<guint16> m_ownKeys;  ///< pressed ones that were not the page's; nor is their release
   std::unique_ptr<Film> m_film;
   bool m_fullScreen = false;
   bool m_redraws = false;  ///< it is the window itself that asks for it
