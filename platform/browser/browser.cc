@@ -105,6 +105,9 @@ void Browser::makeContext() {
   WebKitWebsiteDataManager* const data = makeData(m_options);
   m_context = webkit_web_context_new_with_website_data_manager(data);
   g_object_unref(data);
+  // Of a locale such as C.UTF-8 the engine would make the language "C", which no page can use; plain C is American English to it.
+  const char* const english[] = {"en-US", nullptr};
+  if (g_str_has_prefix(g_get_language_names()[0], "C.")) webkit_web_context_set_preferred_languages(m_context, english);
   webkit_web_context_set_cache_model(m_context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   if (m_options.sandbox) {
     // Without this the extension would be left out in silence.

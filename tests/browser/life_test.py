@@ -174,7 +174,8 @@ class StatusTest(television.Case):
     def test_uncaught_error_with_source_and_line(self):
         run = self.browse("wrong.html", "--wait", "done", status=1)
         self.assertIn("uncaught: Error: here (%spages/wrong.html:8)" % self.base, run.output)
-        self.assertRegex(run.output, r"uncaught: unhandled rejection: Error: there \(.*wrong\.html:9\)")
+        self.assertRegex(run.output, r"uncaught: unhandled rejection: Error: there \(.*wrong\.html:10\)")
+        self.assertIn("uncaught: {code: 7} (%spages/wrong.html:9)" % self.base, run.output)
         self.assertRegex(run.output, r"console\.warn: careful \{a: 1, b: \[\"x\", null\]\} <p id=\"p\"> \(.*wrong\.html:7\)")
 
     def test_what_a_page_says_in_windows_of_its_own_and_when_it_goes(self):

@@ -213,6 +213,9 @@ class LocaleTest(television.Case):
         self.assertTrue(any('"name":"SEEK"' in line and "5000.00" in line for line in run.trace()))
         self.assertFalse(any("5000,00" in line for line in run.trace()))
 
+    def test_language_is_one_without_a_country_s_locale_too(self):
+        self.browse("keys.html", "--wait", "new Intl.NumberFormat(navigator.language)", "--quit-after", "30", LC_ALL="C.UTF-8")
+
 
 class EnvironmentTest(television.Case):
     def test_objects_and_options(self):

@@ -278,7 +278,10 @@
   };
 
   addListener(window, 'error', (event) => {
-    if (event.message !== undefined) host.uncaught(String(event.message), String(event.filename), Number(event.lineno) || 0);
+    if (event.message === undefined) return;
+    const { error } = event;  // the engine's message of a thrown object that is no Error says nothing
+    const text = typeof error === 'object' && error !== null && !(error instanceof Error) ? inspect(error) : String(event.message);
+    host.uncaught(text, String(event.filename), Number(event.lineno) || 0);
   });
   // Of what an element of the page names only the capturing listener hears; it may be an A/V Control object, which has no such error.
   addListener(window, 'error', ({ target }) => {
