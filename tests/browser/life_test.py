@@ -239,6 +239,14 @@ class StatusTest(television.Case):
         self.assertEqual(run.status, 2, run.output)
         self.assertIn("media library", run.output)
 
+    def test_library_that_takes_no_subtitle_settings(self):
+        scripted = os.path.join(os.path.dirname(television.options.avc_browser), "..", "lib", "libscriptedmedia.so")
+        run = self.finish(self.start("keys.html", "--media-library", scripted, "--subtitle-settings", "1:"))
+        self.assertEqual(run.status, 2, run.output)
+        self.assertIn("avc-browser: this media library takes no subtitle settings; leave --subtitle-settings out", run.output)
+        run = self.finish(self.start("keys.html", "--media-library", scripted, "--keys", "Subtitles", "--status"))
+        self.assertIn("avc-browser: this media library takes no subtitle settings\n", run.output)
+
     def test_page_in_an_endless_loop_does_not_keep_the_browser(self):
         began = time.monotonic()
         run = self.finish(self.start("loop.html", "--quit-after", "2"))
