@@ -74,6 +74,7 @@ class CatalogueTest(television.Case):
         run = self.walk("--subtitle-settings", "1:color=yellow background=navy", "--keys", ",".join(["Down"] * 7 + ["Enter"]),
                         "--wait", VIDEO + ".playPosition > 300 && %s === ''" % drawn, "--keys", "Green", "--wait", "/^eng [0-9]+/.test(%s)" % drawn,
                         "--keys", "Pause", "--wait", VIDEO + ".playState === 2 && /^eng/.test(%s)" % drawn, "--screenshot", "subtitles.png",
+                        "--keys", "Subtitles", "--wait", drawn + " === ''", "--keys", "Subtitles", "--wait", "/^eng/.test(%s)" % drawn,
                         "--keys", "Blue", "--wait", "document.querySelector('#subtitles > div').offsetWidth === 1280",
                         "--keys", "Green", "--wait", "/^deu [0-9]+/.test(%s)" % drawn)
         picture = run.picture("subtitles.png")
