@@ -29,8 +29,8 @@ struct MediaPlaneHeader {
   std::uint32_t front;     ///< index of the newest complete picture; atomic access
   std::uint32_t sequence;  ///< counts pictures; atomic access; a reader that sees it unchanged after its copy has a whole picture
                            ///< unless it advanced by bufferCount - 1 or more
-  std::uint32_t moved;     ///< the sequence of the newest picture in which a player's rectangle is another one; atomic access, set
-                           ///< before that picture is the front one
+  std::uint32_t moved;  ///< the sequence of the newest picture in which a player's rectangle or place among the others is another
+                        ///< one; atomic access, set before that picture is the front one
 };
 
 extern "C" {
@@ -40,6 +40,11 @@ MEDIAMGMNT_API int mediaPlaneSnapshot(unsigned char* pixels, unsigned int size);
 MEDIAMGMNT_API int mediaPlaneExport(MediaPlaneExport* out);
 /// Number of video frames drawn on the plane since the process started, all players together.
 MEDIAMGMNT_API unsigned long mediaPlaneFrames();
+/// Stacks the players on the plane as @p players names their handles, the lowest first; what is covered otherwise then is on the
+/// plane when this returns. Players that are not named lie above those that are, in the order of their handles. A player may be
+/// named before it exists. A null @p players, or a @p count of 0, stacks all by their handles, as it is without this call.
+/// Waits for a picture that is just being drawn, a few milliseconds.
+MEDIAMGMNT_API void mediaPlaneArrange(const unsigned long* players, unsigned int count);
 /// Sets the viewer's parental limit, for all players, present and future: content for an age above @p age is blocked. A negative
 /// age ends the limit. @p country is two letters, or empty or null for none: the country whose ratings count.
 /// @return 0, and nothing changes, for another country text.

@@ -89,4 +89,8 @@ int mediaPlaneExport(MediaPlaneExport* out) {
 }
 
 unsigned long mediaPlaneFrames() { return media::VideoPlane::instance().frames(); }
+
+void mediaPlaneArrange(const unsigned long* players, unsigned int count) {
+  media::VideoPlane::instance().arrange({players, players == nullptr ? 0 : count});
+}
 }

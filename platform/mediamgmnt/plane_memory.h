@@ -25,7 +25,7 @@ class PlaneMemory {
   unsigned char* buffer(unsigned index) const { return m_bytes + kFirstBuffer + index * kBufferBytes; }
   unsigned front() const;
   /// Makes @p index the newest complete picture for readers everywhere.
-  /// @p moved: a player's rectangle has changed with it.
+  /// @p moved: a player's rectangle, or its place among the others, has changed with it.
   void publish(unsigned index, bool moved);
   /// Rings for the readers of other processes. Apart from publish() so that no lock is held over the system call.
   void ring() const;

@@ -50,8 +50,31 @@ bool VideoPlane::snapshot(unsigned char* pixels, std::size_t size) const {
 
 void VideoPlane::attach(VideoSurface& surface) {
   const std::lock_guard turn(m_turn);
-  const auto isHigher = [&](const VideoSurface* other) { return other->m_height > surface.m_height; };
+  const auto isHigher = [&](const VideoSurface* other) { return isBelow(&surface, other); };
   m_surfaces.insert(std::find_if(m_surfaces.begin(), m_surfaces.end(), isHigher), &surface);
+}
+
+bool VideoPlane::isBelow(const VideoSurface* one, const VideoSurface* other) const {
+  const auto placeOf = [&](const VideoSurface* surface) {
+    const auto named = m_order.find(surface->m_height);
+    return std::pair(named == m_order.end() ? m_order.size() : named->second, surface->m_height);
+  };
+  return placeOf(one) < placeOf(other);
+}
+
+void VideoPlane::arrange(std::span<const unsigned long> heights) {
+  const std::lock_guard turn(m_turn);
+  m_order.clear();
+  for (const unsigned long height : heights) m_order.emplace(height, m_order.size());
+  Region changed;
+  const auto isBefore = [this](const VideoSurface* one, const VideoSurface* other) { return isBelow(one, other); };
+  for (auto upper = m_surfaces.begin(); upper != m_surfaces.end(); ++upper) {
+    for (auto lower = m_surfaces.begin(); lower != upper; ++lower) {
+      if (isBelow(*upper, *lower)) changed.add(intersection((*lower)->area(), (*upper)->area()));
+    }
+  }
+  std::stable_sort(m_surfaces.begin(), m_surfaces.end(), isBefore);
+  compose(changed, Cause::Move);
 }
 
 void VideoPlane::detach(VideoSurface& surface) {

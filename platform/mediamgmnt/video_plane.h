@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The video plane and the surfaces that players put on it. A surface has a rectangle and a last picture; the plane keeps the one
-// image in which all of them are seen, later surfaces above earlier ones, black where there is none.
+// image in which all of them are seen, one above the other, black where there is none.
 #pragma once
 
 #include <gst/gst.h>
@@ -8,8 +8,10 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "platform/mediamgmnt/frame_painter.h"
@@ -44,6 +46,9 @@ class VideoPlane {
   bool exportTo(MediaPlaneExport& out) const { return m_memory.exportTo(out); }
   /// Frames drawn so far. A frame whose whole place is outside the plane or covered is not drawn.
   unsigned long frames() const { return m_frames; }
+  /// Stacks the surfaces by their heights as @p heights has them, the lowest first; heights that are not named lie above, in their
+  /// own order. Also those of surfaces to come. What that uncovers is redrawn before this returns.
+  void arrange(std::span<const unsigned long> heights);
 
  private:
   friend class VideoSurface;
@@ -51,6 +56,7 @@ class VideoPlane {
   void attach(VideoSurface& surface);
   void detach(VideoSurface& surface);
   // The following want m_turn.
+  bool isBelow(const VideoSurface* one, const VideoSurface* other) const;
   Region uncovered(const VideoSurface& surface, const Rect& part) const;
   bool showsIn(const VideoSurface& surface, const Region& changed) const;
   enum class Cause { Picture, Move };
@@ -59,7 +65,8 @@ class VideoPlane {
 
   std::atomic<unsigned long> m_frames = 0;
   mutable std::mutex m_turn;
-  std::vector<VideoSurface*> m_surfaces;                   ///< under m_turn; lowest first, by their height
+  std::map<unsigned long, std::size_t> m_order;            ///< under m_turn; places by height, of those that arrange() named
+  std::vector<VideoSurface*> m_surfaces;                   ///< under m_turn; lowest first
   std::array<Region, PlaneMemory::kBufferCount> m_behind;  ///< under m_turn; where a buffer differs from the newest picture
   mutable std::mutex m_front;
   PlaneMemory m_memory;  ///< front switched under both locks, so read under either; other buffers under m_turn
@@ -67,12 +74,12 @@ class VideoPlane {
 
 /// One player's picture on the plane.
 ///
-/// Created with the whole plane as its rectangle and no picture, above all surfaces that are not higher.
+/// Created with the whole plane as its rectangle and no picture, above all surfaces that are not higher or arranged above it.
 /// The picture keeps its display aspect ratio in the rectangle; the rest of the rectangle is black, and covers what is below.
 /// Threads: paint() one at a time (the streaming thread); all others any, also at the same time.
 class VideoSurface {
  public:
-  /// @p height orders the surfaces of a plane: a higher one covers a lower one.
+  /// @p height orders the surfaces of a plane: a higher one covers a lower one, unless they are arranged otherwise.
   explicit VideoSurface(unsigned long height = 0) : VideoSurface(VideoPlane::instance(), height) {}
   explicit VideoSurface(VideoPlane& plane, unsigned long height = 0);
   VideoSurface(const VideoSurface&) = delete;

@@ -53,6 +53,7 @@ void readOptional(SymbolReader& reader, MediaFunctions& out) {
   reader.optional("mediaPlaneSnapshot", out.planeSnapshot);
   reader.optional("mediaPlaneExport", out.planeExport);
   reader.optional("mediaPlaneFrames", out.planeFrames);
+  reader.optional("mediaPlaneArrange", out.planeArrange);
   reader.optional("mediaSetParentalLimit", out.setParentalLimit);
   reader.optional("mediaAddClearKey", out.addClearKey);
   reader.optional("mediaLibraryWaitIdle", out.waitIdle);
@@ -103,6 +104,12 @@ bool MediaLibrary::exportPlane(MediaPlaneExport& out) const {
 }
 
 unsigned long MediaLibrary::planeFrames() const { return s_table.planeFrames == nullptr ? 0 : s_table.planeFrames(); }
+
+bool MediaLibrary::arrangePlane(const std::vector<unsigned long>& players) const {
+  if (s_table.planeArrange == nullptr) return false;
+  s_table.planeArrange(players.data(), static_cast<unsigned int>(players.size()));
+  return true;
+}
 
 bool MediaLibrary::setParentalLimit(int age, const std::string& country) const {
   return s_table.setParentalLimit != nullptr && s_table.setParentalLimit(age, country.c_str()) != 0;

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/mediamgmnt.h"
 #include "platform/mediamgmnt/media_plane.h"
@@ -31,6 +32,8 @@ class AVCSHELL_API MediaLibrary {
   bool snapshot(unsigned char* pixels, unsigned int size) const;
   bool exportPlane(MediaPlaneExport& out) const;
   unsigned long planeFrames() const;
+  /// Stacks the players on the plane, the lowest first; see mediaPlaneArrange(). @return false where the library cannot.
+  bool arrangePlane(const std::vector<unsigned long>& players) const;
   /// Content for an age above @p age is blocked from now on; a negative age ends that. @p country may be empty. @return false when
   /// the library has no such limit.
   bool setParentalLimit(int age, const std::string& country) const;

@@ -26,6 +26,7 @@ struct MediaFunctions {
   int (*planeSnapshot)(unsigned char*, unsigned int);
   int (*planeExport)(MediaPlaneExport*);
   unsigned long (*planeFrames)();
+  void (*planeArrange)(const unsigned long*, unsigned int);
   int (*setParentalLimit)(int, const char*);
   int (*addClearKey)(const char*, const char*);
   int (*waitIdle)(int);

@@ -18,9 +18,9 @@ constexpr std::array<Colour, kPlayers> kColours{kRed, kGreen, kBlue, kWhite};
 
 Rect placeOf(int player) { return {player * 160, player * 90, 320, 180}; }
 
-TEST_F(PlaneTest, EndsRight_AfterPaintingMovingClearingAndLookingAtOnce) {
-  std::array<VideoSurface, kPlayers> surfaces{VideoSurface(m_plane), VideoSurface(m_plane), VideoSurface(m_plane),
-                                              VideoSurface(m_plane)};
+TEST_F(PlaneTest, EndsRight_AfterPaintingMovingArrangingClearingAndLookingAtOnce) {
+  std::array<VideoSurface, kPlayers> surfaces{VideoSurface(m_plane, 1), VideoSurface(m_plane, 2), VideoSurface(m_plane, 3),
+                                              VideoSurface(m_plane, 4)};
   std::atomic<bool> done = false;
   std::vector<std::thread> painters;
   for (int player = 0; player < kPlayers; ++player) {
@@ -36,6 +36,9 @@ TEST_F(PlaneTest, EndsRight_AfterPaintingMovingClearingAndLookingAtOnce) {
   std::thread clearer([&] {
     for (int i = 0; !done; ++i) surfaces[static_cast<std::size_t>(i % kPlayers)].clear();
   });
+  std::thread arranger([&] {
+    for (unsigned long i = 0; !done; ++i) m_plane.arrange(std::array{i % 4 + 1, (i + 1) % 4 + 1, i % 3});
+  });
   std::thread viewer([&] {
     while (!done) {
       const Pixels pixels(m_plane);
@@ -44,7 +47,8 @@ TEST_F(PlaneTest, EndsRight_AfterPaintingMovingClearingAndLookingAtOnce) {
   });
   for (std::thread& painter : painters) painter.join();
   done = true;
-  for (std::thread* const thread : {&mover, &clearer, &viewer}) thread->join();
+  for (std::thread* const thread : {&mover, &arranger, &clearer, &viewer}) thread->join();
+  m_plane.arrange({});
 
   for (int player = 0; player < kPlayers; ++player) {
     VideoSurface& surface = surfaces[static_cast<std::size_t>(player)];
