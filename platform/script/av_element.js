@@ -262,7 +262,9 @@
     }
     record.queued = false;
     record.renewing = false;
+    const isAnother = sourceOf(record) !== '';
     record.object.data = url;
+    if (isAnother) renewWindow(record);
     if (sourceOf(record) === url) expect(element, record, kReadyWait, true);
     updateHold(element, record);
   }
@@ -539,6 +541,11 @@
     native.setWindow(record.id, box.x, box.y, box.width, box.height);
   }
 
+  // Another source gets another player, which fills the plane until it is told.
+  function renewWindow(record) {
+    if (record.box !== null) sendWindow(record, native.flag(record.id, 'fullScreen') ? kPlane : record.box);
+  }
+
   function placeWindow(element, record) {
     const box = page.box(element);
     if (box === null || sameBox(record.box, box)) return;
@@ -595,6 +602,7 @@
     const record = records.get(element);
     const state = name === 'onPlayStateChange' ? parameters[0] : undefined;
     if (state !== undefined) noteState(element, record, state);
+    if (name === 'onPlayerHandle' && record.renewing) renewWindow(record);
     raise(element, name, parameters);
     if (records.get(element) !== record) return;  // a handler gave the object up
     runSubtitlePlayer(record, name, parameters);

@@ -27,6 +27,13 @@ class GeometryTest(television.Case):
         self.assertCard(run.picture("byScrolling.png"), 40, 100, 320, 180)
         self.assertCard(run.picture("byAncestor.png"), 540, 40, 320, 180)
 
+    def test_next_source_is_in_the_same_box(self):
+        run = self.browse("geometry.html", *steps("start", "another", "queued", "byStyle"))
+        for name in ("another.png", "queued.png"):
+            with self.subTest(name):
+                self.assertCard(run.picture(name), 40, 40, 320, 180)
+        self.assertCard(run.picture("byStyle.png"), 700, 500, 320, 180)
+
     def test_hidden_removed_and_full_screen(self):
         run = self.browse("geometry.html", *steps("start", "hidden", "shown", "notDisplayed", "displayed", "tall", "fullScreen",
                                                   "notFullScreen", "removed"))
