@@ -47,6 +47,7 @@ JSObjectRef FrameScript::makeHost(const std::string& settings) {
   addHostFunction(host, "othersHaveObjects", 0, &FrameScript::hostOthersHaveObjects);
   addHostFunction(host, "placeOthers", 0, &FrameScript::hostPlaceOthers);
   addHostFunction(host, "subtitlesEnabled", 0, &FrameScript::hostSubtitlesEnabled);
+  addHostFunction(host, "stackAll", 0, &FrameScript::hostStackAll);
   return host;
 }
 
@@ -63,6 +64,7 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "inspect", compile("avc-browser:inspect", script::kInspectSource));
   script::setProperty(m_context, parts, "keys", compile("avc-browser:keys", script::kRemoteKeysSource));
   script::setProperty(m_context, parts, "environment", compile("avc-browser:environment", script::kEnvironmentSource));
+  script::setProperty(m_context, parts, "stacking", compile("avc-browser:stacking", script::kStackingSource));
   return parts;
 }
 
@@ -125,6 +127,28 @@ void FrameScript::placeObjects() { call("placeWindows", {}); }
 
 JSValueRef FrameScript::offsetOf(JSObjectRef child) { return m_silent ? JSValueMakeNull(m_context) : call("offsetOf", {child}); }
 
+// The page hands over a chain: {value, next}, the value an object's id or the window of a frame.
+void FrameScript::appendPlayers(std::vector<unsigned long>& out) {
+  JSValueRef item = m_silent ? undefined() : call("stack", {});
+  while (JSValueIsObject(m_context, item)) {
+    JSObjectRef entry = JSValueToObject(m_context, item, nullptr);
+    const JSValueRef value = script::property(m_context, entry, "value");
+    if (JSValueIsObject(m_context, value)) {
+      FrameScript* const child = m_owner.frameOf(JSValueToObject(m_context, value, nullptr));
+      if (child != nullptr) child->appendPlayers(out);
+    } else {
+      appendPlayer(static_cast<std::uint64_t>(JSValueToNumber(m_context, value, nullptr)), out);
+    }
+    item = script::property(m_context, entry, "next");
+  }
+}
+
+void FrameScript::appendPlayer(std::uint64_t objectId, std::vector<unsigned long>& out) const {
+  CorvelNativePluginBase* const object = m_binding->plugin(objectId);
+  const unsigned long player = object == nullptr ? 0 : object->getNativePlayerHandle();
+  if (player != 0) out.push_back(player);
+}
+
 JSValueRef FrameScript::hostPrint(Arguments arguments) {
   m_owner.print(text(arguments[0]), text(arguments[1]), text(arguments[2]), number(arguments[3]));
   return undefined();
@@ -155,6 +179,11 @@ JSValueRef FrameScript::hostPlaceOthers(Arguments) {
 }
 
 JSValueRef FrameScript::hostSubtitlesEnabled(Arguments) { return JSValueMakeBoolean(m_context, m_owner.subtitlesEnabled()); }
+
+JSValueRef FrameScript::hostStackAll(Arguments) {
+  if (!m_silent) m_owner.stackObjects();
+  return undefined();
+}
 
 JSValueRef FrameScript::hostFrameOffset(Arguments arguments) {
   FrameScript* parent = nullptr;

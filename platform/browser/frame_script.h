@@ -5,6 +5,7 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -33,6 +34,8 @@ class FrameOwner {
   virtual bool othersHaveObjects(const FrameScript& frame) const = 0;
   /// Their objects may be elsewhere on the plane now.
   virtual void placeOthers(const FrameScript& frame) = 0;
+  /// The objects of all windows are to be put one above the other as their elements are.
+  virtual void stackObjects() = 0;
   /// @return the window whose global object is @p window, or null.
   virtual FrameScript* frameOf(JSObjectRef window) = 0;
   /// Does the viewer want subtitles?
@@ -61,10 +64,14 @@ class FrameScript {
   void tick();
   /// Looks at where its objects are.
   void placeObjects();
-  bool hasObjects() const { return !m_silent && m_binding->pluginCount() > 0; }
+  std::size_t objectCount() const { return m_silent ? 0 : m_binding->pluginCount(); }
+  bool hasObjects() const { return objectCount() > 0; }
   void destroyObjects() { m_binding->destroyAll(); }
   /// Where the page in the child window @p child begins; a script value: {x, y} or null.
   JSValueRef offsetOf(JSObjectRef child);
+  /// Adds the media library's handles of its objects and of those in its frames, as their elements are painted, the highest first.
+  /// Objects without a player are left out.
+  void appendPlayers(std::vector<unsigned long>& out);
 
  private:
   using Arguments = std::span<const JSValueRef>;
@@ -76,6 +83,7 @@ class FrameScript {
   JSValueRef compile(const char* name, const char* source);
   JSValueRef call(const char* name, const std::vector<JSValueRef>& arguments);
   void reportFault(JSValueRef exception);
+  void appendPlayer(std::uint64_t objectId, std::vector<unsigned long>& out) const;
 
   std::string text(JSValueRef value) const;
   unsigned number(JSValueRef value) const;
@@ -89,6 +97,7 @@ class FrameScript {
   JSValueRef hostOthersHaveObjects(Arguments arguments);
   JSValueRef hostPlaceOthers(Arguments arguments);
   JSValueRef hostSubtitlesEnabled(Arguments arguments);
+  JSValueRef hostStackAll(Arguments arguments);
 
   FrameOwner& m_owner;
   JSGlobalContextRef m_context;

@@ -10,6 +10,7 @@
 
 #include "host/mediamgmnt.h"
 #include "platform/browser/messages.h"
+#include "platform/browser/overlap.h"
 #include "platform/browser/settings_text.h"
 #include "platform/browser/status_text.h"
 #include "platform/mediamgmnt/media_report.h"
@@ -158,6 +159,31 @@ void WebSide::placeOthers(const FrameScript& frame) {
   }
 }
 
+// Where no two objects share a part of the plane, which is almost everywhere, there is nothing to be stacked.
+bool WebSide::objectsOverlap() const {
+  std::size_t objects = 0;
+  for (const auto& [frame, script] : m_frames) objects += script == nullptr ? 0 : script->objectCount();
+  if (objects < 2) return false;
+  std::vector<script::PlaneWindow> windows;
+  for (const FrameScript* script : framesWithObjects()) {
+    for (const auto& [player, window] : script->binding().windows()) windows.push_back(window);
+  }
+  return anyOverlap(windows);
+}
+
+/// Puts the objects one above the other as the page's engine paints their elements. @return true when they were not so before.
+bool WebSide::stackAsPainted() {
+  if (!objectsOverlap()) return false;
+  const auto top = std::ranges::find_if(m_frames, [](const auto& each) { return webkit_frame_is_main_frame(each.first); });
+  if (top == m_frames.end() || top->second == nullptr) return false;
+  std::vector<unsigned long> players;
+  top->second->appendPlayers(players);
+  std::ranges::reverse(players);
+  if (players == m_stacked) return false;
+  m_stacked = std::move(players);
+  return m_media->arrangePlane(m_stacked);
+}
+
 FrameScript* WebSide::frameOf(JSObjectRef window) {
   for (const auto& [frame, script] : m_frames) {
     if (script != nullptr && script->window() == window) return script.get();
@@ -251,14 +277,15 @@ bool WebSide::changeSubtitles(const std::string& settings) {
 
 // A window passes two queues, the plugin's and the media library's, before pictures are where it says. A library that does not tell
 // is taken to be quick; objects that have gone have left the plane when their threads have.
-bool WebSide::isSettled() const {
+bool WebSide::isSettled() {
+  if (stackAsPainted()) return false;
   if (!m_retired.empty() || (m_media != nullptr && !m_media->waitIdle(0))) return false;
   for (const auto& [frame, script] : m_frames) {
     if (script == nullptr) continue;
     for (const auto& [player, window] : script->binding().windows()) {
       char inForce[64];
       const bool told = getPlayerProperty(player, mediamgmnt::report::kWindow, inForce, sizeof inForce) != 0;
-      if (told && window != inForce) return false;
+      if (told && window.text() != inForce) return false;
     }
   }
   return true;
@@ -285,8 +312,9 @@ void WebSide::deliver(const pluginhost::Event& event) {
   for (const auto& [frame, script] : m_frames) {
     if (script == nullptr || !script->owns(event.objectId)) continue;
     script->deliver(event);  // may change m_frames
-    return;
+    break;
   }
+  stackAsPainted();  // the object may have another player now, or fill the plane
 }
 
 void WebSide::flushAll() {
@@ -304,6 +332,7 @@ void WebSide::keepTicking() {
     auto& side = *static_cast<WebSide*>(data);
     const std::vector<FrameScript*> frames = side.framesWithObjects();
     for (FrameScript* script : frames) script->tick();
+    side.stackAsPainted();
     if (!frames.empty()) return G_SOURCE_CONTINUE;
     side.m_tick = 0;
     return G_SOURCE_REMOVE;

@@ -37,6 +37,7 @@ class WebSide : public FrameOwner {
   void ended(FrameScript& frame) override;
   bool othersHaveObjects(const FrameScript& frame) const override;
   void placeOthers(const FrameScript& frame) override;
+  void stackObjects() override { stackAsPainted(); }
   FrameScript* frameOf(JSObjectRef window) override;
   bool subtitlesEnabled() const override { return m_subtitlesEnabled; }
 
@@ -60,8 +61,10 @@ class WebSide : public FrameOwner {
   std::vector<FrameScript*> framesWithObjects() const;
   bool comeToRest();
   GVariant* status();
-  bool isSettled() const;
   bool changeSubtitles(const std::string& settings);
+  bool objectsOverlap() const;
+  bool stackAsPainted();
+  bool isSettled();
 
   std::string m_error;  ///< why nothing can play, or ""
   std::string m_settings;
@@ -75,7 +78,8 @@ class WebSide : public FrameOwner {
   std::vector<std::unique_ptr<FrameScript>> m_retired;
   Deferred m_flush;
   Deferred m_bury;
-  unsigned long m_framesSeen = 0;  ///< of the plane, when the status was asked for last
+  std::vector<unsigned long> m_stacked;  ///< the players as the plane has them, the lowest first
+  unsigned long m_framesSeen = 0;        ///< of the plane, when the status was asked for last
   gint64 m_framesAt = 0;
   guint m_tick = 0;
   guint m_return = 0;

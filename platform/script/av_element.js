@@ -722,5 +722,6 @@
     layoutChanged,             // boxes may be elsewhere: they are looked at with the next flush
     placeWindows,              // they are looked at now
     hasObjects: () => elements.size > 0,
+    forEach: (visit) => forEachObject((element, record) => visit(element, record.id)),
   };
 })

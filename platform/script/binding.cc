@@ -81,18 +81,22 @@ std::vector<CorvelNativePluginBase*> Binding::plugins() const {
   return out;
 }
 
-bool Binding::setWindow(std::uint64_t id, int x, int y, int width, int height) {
-  CorvelNativePluginBase* const object = plugin(id);
-  if (object == nullptr) return false;
-  std::string& text = m_windows[id];
-  text.clear();
-  for (const int number : {x, y, width, height}) text.append(std::to_string(number)).append("|");
-  return object->setWindowProperties(x, y, width, height);
+std::string PlaneWindow::text() const {
+  std::string out;
+  for (const int number : {x, y, width, height}) out.append(std::to_string(number)).append("|");
+  return out;
 }
 
-std::map<unsigned long, std::string> Binding::windows() const {
-  std::map<unsigned long, std::string> out;
-  for (const auto& [id, text] : m_windows) out.emplace(plugin(id)->getNativePlayerHandle(), text);
+bool Binding::setWindow(std::uint64_t id, const PlaneWindow& window) {
+  CorvelNativePluginBase* const object = plugin(id);
+  if (object == nullptr) return false;
+  m_windows[id] = window;
+  return object->setWindowProperties(window.x, window.y, window.width, window.height);
+}
+
+std::map<unsigned long, PlaneWindow> Binding::windows() const {
+  std::map<unsigned long, PlaneWindow> out;
+  for (const auto& [id, window] : m_windows) out.emplace(plugin(id)->getNativePlayerHandle(), window);
   return out;
 }
 

@@ -25,6 +25,16 @@ struct Tables {
 
 Tables tablesOf(const CorvelNativePropertyBase& object);
 
+/// A rectangle on the video plane, any part of which may lie outside it.
+struct PlaneWindow {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+  /// As the media library writes it: "x|y|width|height|".
+  std::string text() const;
+};
+
 class Binding : public ObjectWrapper {
  public:
   /// @p context must outlive the binding.
@@ -46,9 +56,9 @@ class Binding : public ObjectWrapper {
   /// The plugin objects of this context, oldest first.
   std::vector<CorvelNativePluginBase*> plugins() const;
   /// Where the page wants the object's window on the video plane. @return false for an unknown id and a refusal.
-  bool setWindow(std::uint64_t id, int x, int y, int width, int height);
-  /// The windows that were set last, by the media library's handles of their objects, as "x|y|width|height|".
-  std::map<unsigned long, std::string> windows() const;
+  bool setWindow(std::uint64_t id, const PlaneWindow& window);
+  /// The windows that were set last, by the media library's handles of their objects.
+  std::map<unsigned long, PlaneWindow> windows() const;
   /// What every plugin object has, for a page layer that must know before the first is made. @p tables must outlive the binding.
   void setKnownTables(const Tables* tables) { m_knownTables = tables; }
   const Tables* knownTables() const { return m_knownTables; }
@@ -67,7 +77,7 @@ class Binding : public ObjectWrapper {
   std::shared_ptr<pluginhost::PluginLibrary> m_library;
   std::map<const void*, std::unique_ptr<ScriptClass>> m_classes;  ///< by table id
   std::map<std::uint64_t, std::shared_ptr<NativeSlot>> m_plugins;
-  std::map<std::uint64_t, std::string> m_windows;  ///< of those in m_plugins that have one
+  std::map<std::uint64_t, PlaneWindow> m_windows;  ///< of those in m_plugins that have one
   const Tables* m_knownTables = nullptr;
   KnownNumbers m_numbers;
   std::shared_ptr<WrapperLink> m_link;

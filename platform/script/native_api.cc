@@ -111,8 +111,9 @@ JSValueRef setDocumentUrl(Binding& binding, Arguments arguments, JSValueRef*) {
 
 JSValueRef setWindow(Binding& binding, Arguments arguments, JSValueRef*) {
   const auto id = static_cast<std::uint64_t>(number(binding, arguments[0]));
-  return boolean(binding, binding.setWindow(id, integer(binding, arguments[1]), integer(binding, arguments[2]),
-                                            integer(binding, arguments[3]), integer(binding, arguments[4])));
+  const PlaneWindow window{integer(binding, arguments[1]), integer(binding, arguments[2]), integer(binding, arguments[3]),
+                           integer(binding, arguments[4])};
+  return boolean(binding, binding.setWindow(id, window));
 }
 
 JSValueRef setFlag(Binding& binding, Arguments arguments, JSValueRef*) {

@@ -147,6 +147,15 @@ class Film:
         line = self.frames[frame][y * width * 3:(y + 1) * width * 3]
         return next((x for x in range(width) if bright(line[3 * x:3 * x + 3])), None)
 
+    def pixel(self, frame, x, y):
+        at = (y * self.sizes[frame][0] + x) * 3
+        return self.frames[frame][at:at + 3]
+
+    def changes(self, holds):
+        """The frames in which this begins or ceases to hold of the pixels at(x, y)."""
+        held = [holds(lambda x, y, frame=frame: self.pixel(frame, x, y)) for frame in range(len(self))]
+        return [frame for frame in range(1, len(held)) if held[frame] != held[frame - 1]]
+
     def firstFrames(self, places, y, bright):
         """For each of these places, which follow each other to the right: the first frame in which the edge has come there."""
         edges = [self.leftEdge(frame, y, bright) for frame in range(len(self))]
@@ -186,6 +195,7 @@ class Case(unittest.TestCase):
         cls.root = tempfile.mkdtemp()
         os.symlink(os.path.join(HERE, "pages"), os.path.join(cls.root, "pages"))
         os.symlink(os.path.join(HERE, "..", "..", "examples"), os.path.join(cls.root, "examples"))
+        os.symlink(os.path.join(HERE, "..", "..", "platform", "browser", "page"), os.path.join(cls.root, "page-side"))
         os.symlink(os.path.abspath(options.media), os.path.join(cls.root, "media"))
         for name in os.listdir(options.media):  # where the example application and the server's live streams look for them
             os.symlink(os.path.join(os.path.abspath(options.media), name), os.path.join(cls.root, name))

@@ -7,8 +7,9 @@
 //       wake(): flush is to be called once no script runs    ended(): this window goes
 //       othersHaveObjects() -> boolean    placeOthers(): the objects of all other windows are to be placed
 //       subtitlesEnabled() -> boolean: does the viewer want them?
+//       stackAll(): the objects of all windows are to be put one above the other, as their elements are
 //       frameOffset(parentWindow) -> {x, y} of this window's page on the plane, null when it cannot be seen
-// native, makeLayer: see av_element.js    parts: {keys, environment}: see there
+// native, makeLayer: see av_element.js    parts: {inspect, keys, environment, stacking}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -162,6 +163,7 @@
   function placeAll() {
     layer.placeWindows();
     host.placeOthers();
+    host.stackAll();
   }
 
   function isAnimated() {
@@ -243,6 +245,21 @@
     if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
     const padding = (side) => parseFloat(styleValue(style, 'padding-' + side)) || 0;
     return { x: from.x + left + clientLeft(frame) + padding('left'), y: from.y + top + clientTop(frame) + padding('top') };
+  }
+
+  // What lies in this window one above the other, the highest first: ids of its objects, and windows of its frames where others have
+  // objects.
+  const makePile = parts.stacking();
+
+  function stack() {
+    const pile = makePile();
+    layer.forEach((element, id) => { if (isConnected(element)) pile.add(element, id); });
+    const frames = host.othersHaveObjects() ? documentQuery(document, 'iframe, frame, object') : { length: 0 };
+    for (let i = 0; i < frames.length; i += 1) {
+      const child = contentWindowOf(frames[i]);
+      if (child !== null) pile.add(frames[i], child);
+    }
+    return pile.top();
   }
 
   // ---- console and errors
@@ -357,6 +374,6 @@
 
   return {
     fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,
-    placeWindows: layer.placeWindows,
+    placeWindows: layer.placeWindows, stack,
   };
 })

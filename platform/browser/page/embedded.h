@@ -8,6 +8,7 @@ extern const char kBrowserPageSource[];
 extern const char kInspectSource[];
 extern const char kRemoteKeysSource[];
 extern const char kEnvironmentSource[];
+extern const char kStackingSource[];
 /// The style sheet that every page gets.
 extern const char kTelevisionStyle[];
 
