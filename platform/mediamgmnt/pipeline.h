@@ -187,6 +187,7 @@ class Pipeline {
   void rememberAdaptiveDemux(GstElement* adaptiveDemux);
   GstElement* referenceTo(GstElement* const& element) const;
   void reportStore(StreamReport& out) const;
+  int storedPercent(GstMessage* message) const;
 
   void reportUnplayable();
 

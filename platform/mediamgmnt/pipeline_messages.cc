@@ -82,11 +82,7 @@ void Pipeline::handle(GstMessage* message) {
   switch (GST_MESSAGE_TYPE(message)) {
     case GST_MESSAGE_ERROR: return handleError(message);
     case GST_MESSAGE_EOS: return m_listener.onEnd();
-    case GST_MESSAGE_BUFFERING: {
-      int percent = 0;
-      gst_message_parse_buffering(message, &percent);
-      return m_listener.onBuffering(percent);
-    }
+    case GST_MESSAGE_BUFFERING: return m_listener.onBuffering(storedPercent(message));
     case GST_MESSAGE_ELEMENT: return handleElementMessage(message);
     case GST_MESSAGE_STREAM_COLLECTION: reportAnswered(); return m_listener.onTracksChanged();
     case GST_MESSAGE_STREAMS_SELECTED: return handleSelection(message);

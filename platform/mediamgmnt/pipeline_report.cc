@@ -76,6 +76,23 @@ void Pipeline::reportStore(StreamReport& out) const {
   }
 }
 
+/// Of what is needed to play. The download buffer of GStreamer 1.22 tells of it on two threads, without a lock: that little is
+/// there may be heard after that all is, and would be the last word. So it is asked.
+int Pipeline::storedPercent(GstMessage* message) const {
+  int percent = 0;
+  gst_message_parse_buffering(message, &percent);
+  GstElement* const download = referenceTo(m_download);
+  if (download == nullptr) return percent;
+  GstQuery* const query = gst_query_new_buffering(GST_FORMAT_PERCENT);
+  gboolean isFilling = TRUE;
+  if (GST_MESSAGE_SRC(message) == GST_OBJECT(download) && gst_element_query(download, query)) {
+    gst_query_parse_buffering_percent(query, &isFilling, &percent);
+  }
+  gst_query_unref(query);
+  gst_object_unref(download);
+  return isFilling ? percent : 100;
+}
+
 StreamReport Pipeline::report() const {
   StreamReport out;
   reportStore(out);
