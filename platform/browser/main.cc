@@ -23,6 +23,9 @@ void prepareEngine() {
   for (const char* name : {"WEBKIT_DISABLE_DMABUF_RENDERER", "WEBKIT_DISABLE_COMPOSITING_MODE"}) g_unsetenv(name);
   // Nobody to tell: without a session bus the toolkit would only complain.
   if (g_getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) g_setenv("NO_AT_BRIDGE", "1", FALSE);
+  // Every player brings a dozen threads, and the C library of the page's process would give each an arena of its own as long as
+  // there are few. What the threads of one page leave in theirs, those of the next use again only when the arenas are the same.
+  g_setenv("MALLOC_ARENA_MAX", "2", FALSE);
 }
 
 bool canWrite(const std::string& file) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What WebKit loads into the page's process.
 #include <dlfcn.h>
-#include <malloc.h>
 #include <webkit2/webkit-web-extension.h>
 
 #include <map>
@@ -15,13 +14,6 @@ namespace {
 // WebKit loads this file for itself alone; the plugin looks for the host and the seam among what everybody sees.
 void showLibrariesToPlugin() {
   for (const char* name : {"libpluginsrequirements.so", "libavcshell.so"}) dlopen(name, RTLD_NOW | RTLD_GLOBAL | RTLD_NOLOAD);
-}
-
-// Every player brings a dozen threads, and the C library would give each an arena of its own as long as there are few. What the
-// threads of one page leave in theirs, those of the next page use again only when the arenas are the same.
-void shareMemoryAmongThreads() {
-  constexpr int kArenas = 2;  // those that the engine's threads have already stay
-  mallopt(M_ARENA_MAX, kArenas);
 }
 
 std::map<std::string, std::string> readStart(GVariant* data) {
@@ -46,7 +38,6 @@ void onWindowCleared(WebKitScriptWorld* world, WebKitWebPage*, WebKitFrame* fram
 }  // namespace
 
 extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension, GVariant* data) {
-  shareMemoryAmongThreads();
   showLibrariesToPlugin();
   // Lives as long as the process: the engine may still call when its own globals go.
   auto* const side = new browser::WebSide(readStart(data));
