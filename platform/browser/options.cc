@@ -115,6 +115,7 @@ class Parser {
       }
     }
     if (m_error.empty() && !m_out.help && !m_out.version && m_out.url.empty()) m_error = "no address given";
+    if (m_error.empty() && !m_out.fullScreen) checkFilm();
     error = m_error.empty() ? "" : m_error + "; \"avc-browser --help\" lists what can be given";
     return error.empty();
   }
@@ -180,6 +181,14 @@ class Parser {
     const auto square = [](int side) { return std::to_string(side) + "x" + std::to_string(side); };
     m_error = "--window needs a size from " + square(kLeastWindow) + " to " + square(kMostWindow) + ", such as 1280x720, not \"" +
               value + "\"";
+  }
+
+  void checkFilm() {
+    const FilmFrame& frame = m_out.filmFrame;
+    if (frame.x < m_out.width && frame.y < m_out.height) return;
+    const auto pair = [](int a, char sign, int b) { return std::to_string(a) + sign + std::to_string(b); };
+    m_error = "--film: the part at " + pair(frame.x, ',', frame.y) + " lies outside the window of " +
+              pair(m_out.width, 'x', m_out.height);
   }
 
   void readQuit(const std::string& value) {

@@ -228,6 +228,7 @@ class StatusTest(television.Case):
                                  (["--audio-languages", "deu,en"], "--audio-languages needs codes of three small letters"),
                                  (["--ui-languages", "deu,"], "--ui-languages needs"), (["--user-agent", "\udcff"], "--user-agent needs a text in UTF-8"),
                                  (["--clearkey-file", "/"], "cannot read /"),
+                                 (["--film", "a.ppm@1280,0,1x1"], "--film: the part at 1280,0 lies outside the window of 1280x720"),
                                  (["--trace", "/nowhere/trace"], "cannot write the trace file")):
             run = self.finish(self.start("player.html", *arguments))
             self.assertEqual(run.status, 2, run.output)
