@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "platform/browser/browser.h"
+#include "platform/browser/configuration_file.h"
+#include "platform/browser/help_text.h"
 #include "platform/browser/options.h"
 
 namespace browser {

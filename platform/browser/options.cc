@@ -3,16 +3,13 @@
 
 #include <glib.h>
 
-#include <algorithm>
 #include <charconv>
 #include <functional>
-#include <iterator>
 #include <map>
-#include <memory>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
+#include "platform/browser/configuration_file.h"
 #include "platform/browser/remote_keys.h"
 #include "platform/shell/subtitle_settings.h"
 
@@ -20,10 +17,8 @@ namespace browser {
 
 namespace {
 
-constexpr char kSection[] = "browser";
 constexpr int kLeastWindow = 160;
 constexpr int kMostWindow = 16384;
-constexpr const char* kProtectionKeys[] = {"clearkey-file", "parental-country", "parental-limit"};
 
 // Read without the process's locale: "1.5" is one and a half everywhere.
 bool parseSeconds(std::string_view text, double& out) {
@@ -51,46 +46,12 @@ bool parseSize(std::string_view text, int least, int& width, int& height) {
          parseWhole(text.substr(cross + 1), least, height);
 }
 
-std::vector<std::string> split(const std::string& text) {
-  std::vector<std::string> out;
-  std::size_t at = 0;
-  for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', at)) {
-    out.push_back(text.substr(at, comma - at));
-    at = comma + 1;
-  }
-  out.push_back(text.substr(at));
-  return out;
-}
-
-// The preferences by their names: "--NAME TEXT" on the command line, "NAME = TEXT" in the configuration file.
-std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
-  return {{"audio-languages", &preferences.audioLanguages},
-          {"subtitle-languages", &preferences.subtitleLanguages},
-          {"ui-languages", &preferences.uiLanguages},
-          {"country", &preferences.country},
-          {"user-agent", &preferences.userAgent}};
-}
-
-bool isCode(std::string_view text, char first, char last) {
-  return text.size() == 3 && std::all_of(text.begin(), text.end(), [=](char c) { return c >= first && c <= last; });
-}
-
-// Pages compare these texts as they are. @return why @p value cannot be the preference @p name, "" when it can.
-std::string wrongPreference(const std::string& name, const std::string& value) {
-  if (name == "country" && !isCode(value, 'A', 'Z'))
-    return name + " needs three capital letters, such as DEU, not \"" + value + "\"";
-  if (!name.ends_with("-languages")) return "";
-  const std::vector<std::string> codes = split(value);
-  if (std::all_of(codes.begin(), codes.end(), [](const std::string& code) { return isCode(code, 'a', 'z'); })) return "";
-  return name + " needs codes of three small letters, such as deu,eng, not \"" + value + "\"";
-}
-
 // "FILE" or "FILE@X,Y,WxH"; an "@" that no such part of the window follows belongs to the name.
 void readFilm(const std::string& text, Options& out) {
   out.filmFile = text;
   const std::size_t at = text.rfind('@');
   if (at == std::string::npos || at == 0) return;
-  const std::vector<std::string> parts = split(text.substr(at + 1));
+  const std::vector<std::string> parts = splitList(text.substr(at + 1));
   FilmFrame frame;
   const bool framed = parts.size() == 3 && parseWhole(parts[0], 0, frame.x) && parseWhole(parts[1], 0, frame.y) &&
                       parseSize(parts[2], 1, frame.width, frame.height);
@@ -207,7 +168,7 @@ class Parser {
   void addStep(Step step) { m_out.steps.push_back(std::move(step)); }
 
   void readKeys(const std::string& value) {
-    addStep({Step::Kind::keys, "", split(value), 0});
+    addStep({Step::Kind::keys, "", splitList(value), 0});
     for (const std::string& key : m_out.steps.back().keys) {
       if (!isRemoteKey(key)) m_error = "--keys: there is no key \"" + key + "\"; there are " + remoteKeyNames();
     }
@@ -231,81 +192,6 @@ class Parser {
   std::string m_error;
 };
 
-std::string absoluteBeside(const std::string& configurationFile, const std::string& path) {
-  char* const folder = g_path_get_dirname(configurationFile.c_str());
-  char* const absolute = g_canonicalize_filename(path.c_str(), folder);
-  const std::string out = absolute;
-  g_free(absolute);
-  g_free(folder);
-  return out;
-}
-
-// A list that GLib made, as texts.
-std::vector<std::string> taken(char** list) {
-  const std::vector<std::string> out(list, list + g_strv_length(list));
-  g_strfreev(list);
-  return out;
-}
-
-// The options of the same names but for single clear keys, which belong into a file of their own; its name is relative to the
-// configuration. @return what is wrong, or "".
-std::string setFromFile(const std::string& name, const std::string& value, const std::string& path, Options& out) {
-  auto preferences = preferenceTexts(out.preferences);
-  const auto preference = preferences.find(name);
-  if (preference != preferences.end()) {
-    *preference->second = value;
-    return wrongPreference(name, value);
-  }
-  if (std::find(std::begin(kProtectionKeys), std::end(kProtectionKeys), name) == std::end(kProtectionKeys)) {
-    std::string known;
-    for (const auto& each : preferences) known += each.first + ", ";
-    for (const char* each : kProtectionKeys) known += std::string(each) + ", ";
-    return "there is no key \"" + name + "\"; there are " + known.substr(0, known.size() - 2);
-  }
-  std::string error;
-  const bool good = out.protection.read("--" + name, name == "clearkey-file" ? absoluteBeside(path, value) : value, error);
-  return good ? "" : error.substr(2);
-}
-
-std::string readGroup(GKeyFile* file, const std::string& group, const std::string& path, Options& out) {
-  if (group != kSection) return "there is no group \"" + group + "\"; all keys belong to \"" + kSection + "\"";
-  for (const std::string& name : taken(g_key_file_get_keys(file, kSection, nullptr, nullptr))) {
-    GError* problem = nullptr;
-    char* const text = g_key_file_get_string(file, kSection, name.c_str(), &problem);
-    const std::string wrong = text == nullptr ? problem->message : setFromFile(name, text, path, out);
-    g_free(text);
-    g_clear_error(&problem);
-    if (!wrong.empty()) return wrong;
-  }
-  return "";
-}
-
-// @return false for a file that is there and cannot be understood.
-bool readConfiguration(const std::string& path, Options& out, std::string& error) {
-  if (!g_file_test(path.c_str(), G_FILE_TEST_EXISTS)) return true;
-  const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(), g_key_file_unref);
-  GError* problem = nullptr;
-  if (!g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &problem)) {
-    error = path + ": " + problem->message;
-    g_error_free(problem);
-    return false;
-  }
-  for (const std::string& group : taken(g_key_file_get_groups(file.get(), nullptr))) {
-    const std::string wrong = readGroup(file.get(), group, path, out);
-    if (!wrong.empty()) error = path + ": " + wrong;
-    if (!wrong.empty()) return false;
-  }
-  return true;
-}
-
-// The shared text begins its explanations four columns earlier.
-std::string protectionHelp() {
-  std::string out;
-  std::istringstream lines(shell::ProtectionOptions::helpText());
-  for (std::string line; std::getline(lines, line);) out += "    " + line + '\n';
-  return out;
-}
-
 }  // namespace
 
 bool parseOptions(int argc, const char* const* argv, const std::string& configurationFile, Options& out, std::string& error) {
@@ -315,13 +201,6 @@ bool parseOptions(int argc, const char* const* argv, const std::string& configur
   if (isRead || out.help || out.version) return true;
   error = wrongFile;
   return false;
-}
-
-std::string defaultConfigurationFile() {
-  char* const path = g_build_filename(g_get_user_config_dir(), "avcontrol", "browser.ini", nullptr);
-  const std::string out = path;
-  g_free(path);
-  return out;
 }
 
 std::string addressOf(const std::string& urlOrFile) {
@@ -336,59 +215,5 @@ std::string addressOf(const std::string& urlOrFile) {
   g_free(absolute);
   return out;
 }
-
-std::string helpText() {
-  return R"(Usage: avc-browser [OPTION]... URL|FILE
-
-Shows an HbbTV application as a television does: the page over a 1280x720 video plane, the keyboard as remote control,
-every <object> of a supported type a live A/V Control object.
-
-What the page is told
-      --audio-languages LIST      preferred languages, ISO 639-2, such as "deu,eng"
-      --subtitle-languages LIST
-      --ui-languages LIST
-      --country CODE              ISO 3166-1 alpha-3, such as DEU
-      --user-agent TEXT           default: the engine's own followed by HbbTV/1.7.1
-      --subtitle-settings VALUE:TEXT
-                                  the viewer's subtitle settings: a number, and up to 64 bytes
-
-What the viewer may see
-)" + protectionHelp() +
-         R"(
-  The same names, but for subtitle-settings and clearkey, are the keys of the group [browser] in
-  )" + defaultConfigurationFile() +
-         R"(
-
-What is shown
-      --window WxH                size of the window; the page is always 1280x720. Default 1280x720
-      --fullscreen                fills the screen
-      --overlay                   starts with the status overlay (F11)
-
-For scripts and tests: steps, done in the order given once the page has been loaded, as often as given. With --wait,
---screenshot or --status among them the browser ends after the last one.
-      --script FILE               runs the file in the page
-      --keys KEY,...              presses keys of the remote control: )" +
-         remoteKeyNames() + R"(
-      --wait EXPRESSION           waits until it is true in the page
-      --screenshot FILE.png[@S]   writes the window, at the earliest S seconds after the page has been loaded
-      --status                    prints the lines of the status overlay
-      --quit-after SECONDS        ends after so long; when steps are left, that is a time-out
-
-      --film FILE.ppm[@X,Y,WxH]   writes every frame that the window paints, or that part of it, as portable pixmaps, each
-                                  with the time in microseconds since 1970
-      --trace FILE                writes what crosses the host and the media library, one JSON object a line
-      --private                   keeps no cookies and no local storage after the end
-      --sandbox                   runs the page's process in WebKit's sandbox
-      --media-library PATH        default: libmediamgmnt.so in ../lib beside the program
-      --plugin PATH               default: libavcontrol.so in ../lib beside the program
-  -h, --help                      prints this and ends
-  -V, --version                   prints the version and ends
-
-Exit status: 0; 1 the page had an uncaught error, its process ended, or it or the screenshot failed; 2 a wrong command
-line, or a library that cannot be loaded; 3 time-out; 130 and 143 after SIGINT and SIGTERM.
-)";
-}
-
-std::string versionText() { return "avc-browser " AVC_VERSION "\n"; }
 
 }  // namespace browser

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/browser/film.h"
+#include "platform/browser/preferences.h"
 #include "platform/shell/protection_options.h"
 
 namespace browser {
@@ -13,15 +14,6 @@ namespace browser {
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitTimeout = 3;
-
-/// What the page is told about the viewer and the television; also the keys of the configuration file.
-struct Preferences {
-  std::string audioLanguages = "eng,und";     ///< ISO 639-2 codes, the most wanted first
-  std::string subtitleLanguages = "eng,und";  ///< the same
-  std::string uiLanguages = "eng,und";        ///< the same
-  std::string country = "GBR";                ///< ISO 3166-1 alpha-3
-  std::string userAgent;                      ///< empty: the engine's own with the HbbTV part behind it
-};
 
 /// One thing to do with the loaded page, after the one before is done.
 struct Step {
@@ -57,11 +49,7 @@ struct Options {
 /// Reads the command line and, for what it leaves open, the configuration file.
 /// @return false, with one line in @p error that says how to mend it, for one that is wrong.
 bool parseOptions(int argc, const char* const* argv, const std::string& configurationFile, Options& out, std::string& error);
-/// Where the configuration file is looked for; it need not exist.
-std::string defaultConfigurationFile();
 /// An address as it is, a file as its file: address.
 std::string addressOf(const std::string& urlOrFile);
-std::string helpText();
-std::string versionText();
 
 }  // namespace browser

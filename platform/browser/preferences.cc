@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/browser/preferences.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace browser {
+
+namespace {
+
+bool isCode(std::string_view text, char first, char last) {
+  return text.size() == 3 && std::all_of(text.begin(), text.end(), [=](char c) { return c >= first && c <= last; });
+}
+
+}  // namespace
+
+std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
+  return {{"audio-languages", &preferences.audioLanguages},
+          {"subtitle-languages", &preferences.subtitleLanguages},
+          {"ui-languages", &preferences.uiLanguages},
+          {"country", &preferences.country},
+          {"user-agent", &preferences.userAgent}};
+}
+
+// Pages compare these texts as they are.
+std::string wrongPreference(const std::string& name, const std::string& value) {
+  if (name == "country" && !isCode(value, 'A', 'Z'))
+    return name + " needs three capital letters, such as DEU, not \"" + value + "\"";
+  if (!name.ends_with("-languages")) return "";
+  const std::vector<std::string> codes = splitList(value);
+  if (std::all_of(codes.begin(), codes.end(), [](const std::string& code) { return isCode(code, 'a', 'z'); })) return "";
+  return name + " needs codes of three small letters, such as deu,eng, not \"" + value + "\"";
+}
+
+std::vector<std::string> splitList(const std::string& text) {
+  std::vector<std::string> out;
+  std::size_t at = 0;
+  for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', at)) {
+    out.push_back(text.substr(at, comma - at));
+    at = comma + 1;
+  }
+  out.push_back(text.substr(at));
+  return out;
+}
+
+}  // namespace browser
