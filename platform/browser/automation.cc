@@ -26,7 +26,7 @@ std::string wrongExpression(const std::string& text) {
   JSCContext* const context = jsc_context_new();
   JSCException* problem = nullptr;
   jsc_context_check_syntax(context, ("(" + text + "\n)").c_str(), -1, JSC_CHECK_SYNTAX_MODE_SCRIPT, nullptr, 1, &problem);
-  const std::string out = problem == nullptr ? "" : jsc_exception_get_message(problem);
+  std::string out = problem == nullptr ? "" : jsc_exception_get_message(problem);
   g_clear_object(&problem);
   g_object_unref(context);
   return out;

@@ -18,7 +18,7 @@ constexpr const char* kProtectionKeys[] = {"clearkey-file", "parental-country", 
 std::string absoluteBeside(const std::string& configurationFile, const std::string& path) {
   char* const folder = g_path_get_dirname(configurationFile.c_str());
   char* const absolute = g_canonicalize_filename(path.c_str(), folder);
-  const std::string out = absolute;
+  std::string out = absolute;
   g_free(absolute);
   g_free(folder);
   return out;
@@ -26,7 +26,7 @@ std::string absoluteBeside(const std::string& configurationFile, const std::stri
 
 // A list that GLib made, as texts.
 std::vector<std::string> taken(char** list) {
-  const std::vector<std::string> out(list, list + g_strv_length(list));
+  std::vector<std::string> out(list, list + g_strv_length(list));
   g_strfreev(list);
   return out;
 }
@@ -56,7 +56,7 @@ std::string readGroup(GKeyFile* file, const std::string& group, const std::strin
   for (const std::string& name : taken(g_key_file_get_keys(file, kSection, nullptr, nullptr))) {
     GError* problem = nullptr;
     char* const text = g_key_file_get_string(file, kSection, name.c_str(), &problem);
-    const std::string wrong = text == nullptr ? problem->message : setFromFile(name, text, path, out);
+    std::string wrong = text == nullptr ? problem->message : setFromFile(name, text, path, out);
     g_free(text);
     g_clear_error(&problem);
     if (!wrong.empty()) return wrong;
@@ -68,7 +68,7 @@ std::string readGroup(GKeyFile* file, const std::string& group, const std::strin
 
 std::string defaultConfigurationFile() {
   char* const path = g_build_filename(g_get_user_config_dir(), "avcontrol", "browser.ini", nullptr);
-  const std::string out = path;
+  std::string out = path;
   g_free(path);
   return out;
 }
@@ -83,9 +83,10 @@ bool readConfiguration(const std::string& path, Options& out, std::string& error
     return false;
   }
   for (const std::string& group : taken(g_key_file_get_groups(file.get(), nullptr))) {
-    const std::string wrong = readGroup(file.get(), group, path, out);
-    if (!wrong.empty()) error = path + ": " + wrong;
-    if (!wrong.empty()) return false;
+    error = readGroup(file.get(), group, path, out);
+    if (error.empty()) continue;
+    error.insert(0, path + ": ");
+    return false;
   }
   return true;
 }

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace browser {
@@ -11,7 +10,7 @@ namespace browser {
 std::unique_ptr<Film> Film::open(const std::string& path, const FilmFrame& frame, std::string& error) {
   std::FILE* const file = std::fopen(path.c_str(), "wbe");
   if (file != nullptr) return std::unique_ptr<Film>(new Film(file, frame));
-  error = "cannot write the film " + path + ": " + std::strerror(errno);
+  error = "cannot write the film " + path + ": " + g_strerror(errno);
   return nullptr;
 }
 

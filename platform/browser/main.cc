@@ -48,7 +48,7 @@ int runMain(int argc, char** argv) {
   if (!error.empty()) return fail(error);
   prepareEngine();
   if (!gtk_init_check(nullptr, nullptr)) return fail("no display; without one, start it with xvfb-run -a");
-  setlocale(LC_NUMERIC, "C");
+  setlocale(LC_NUMERIC, "C");  // NOLINT(concurrency-mt-unsafe): the toolkit has just set it; nobody reads numbers yet
   Browser browser(options, std::move(film));
   error = browser.wrongStep();
   return error.empty() ? browser.run() : fail(error);

@@ -210,7 +210,7 @@ std::string addressOf(const std::string& urlOrFile) {
   if (isAddress) return urlOrFile;
   char* const absolute = g_canonicalize_filename(urlOrFile.c_str(), nullptr);
   char* const url = g_filename_to_uri(absolute, nullptr, nullptr);
-  const std::string out = url == nullptr ? "" : url;
+  std::string out = url == nullptr ? "" : url;
   g_free(url);
   g_free(absolute);
   return out;

@@ -102,11 +102,10 @@ void Overlay::paint(cairo_t* cairo, int width, int height) const {
 std::string noticePage(const std::string& heading, const std::string& text) {
   char* const safeHeading = g_markup_escape_text(heading.c_str(), -1);
   char* const safeText = g_markup_escape_text(text.c_str(), -1);
-  const std::string out =
-      std::string("<!DOCTYPE html><title>") + safeHeading +
-      "</title><body style='margin:0;background:#101418;color:#e8ecf0;font-family:sans-serif;text-align:center'>"
-      "<h1 style='margin:280px 0 24px;font-weight:normal'>" +
-      safeHeading + "</h1><p style='font-size:22px'>" + safeText + "</p>";
+  std::string out = std::string("<!DOCTYPE html><title>") + safeHeading +
+                    "</title><body style='margin:0;background:#101418;color:#e8ecf0;font-family:sans-serif;text-align:center'>"
+                    "<h1 style='margin:280px 0 24px;font-weight:normal'>" +
+                    safeHeading + "</h1><p style='font-size:22px'>" + safeText + "</p>";
   g_free(safeText);
   g_free(safeHeading);
   return out;

@@ -279,7 +279,8 @@ void restart(Decryptor& state) {
 
 gboolean handleEvent(GstPad* pad, GstObject* parent, GstEvent* event) {
   AvcClearKey* const element = self(parent);
-  const bool isInOrder = GST_EVENT_IS_SERIALIZED(event) && GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_STOP;
+  const bool isSerialized = (gst_event_type_get_flags(GST_EVENT_TYPE(event)) & GST_EVENT_TYPE_SERIALIZED) != 0;
+  const bool isInOrder = isSerialized && GST_EVENT_TYPE(event) != GST_EVENT_FLUSH_STOP;
   if (isInOrder && !element->state->cancelled) release(element);
   switch (GST_EVENT_TYPE(event)) {
     case GST_EVENT_CAPS: return passCaps(element, event);
