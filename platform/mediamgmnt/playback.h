@@ -30,7 +30,7 @@ namespace mediamgmnt {
 /// whenever something changed. At most one seek is in flight; the newest of those asked meanwhile follows it.
 ///
 /// Threads: all on the control thread, construction and destruction too. Borrows all that it is made of. Milliseconds throughout.
-class Playback : private PipelineListener {
+class Playback final : private PipelineListener {
  public:
   Playback(TaskLoop& loop, PlaybackFacts& facts, ProtectionFacts& protection, Voice& voice, Components& components,
            unsigned long player);

@@ -48,7 +48,7 @@ std::string addressOfSource(const xmlNode* root, const std::string& source, cons
 }
 
 std::string locationOf(const xmlNode* root, const xmlNode* font, const std::string& base) {
-  if (const std::string own = addressOfSource(root, attribute(font, "src"), base); !own.empty()) return own;
+  if (std::string own = addressOfSource(root, attribute(font, "src"), base); !own.empty()) return own;
   if (const xmlNode* const data = findBelow(font, "data"); data != nullptr) return addressOfData(data);
   const xmlNode* const source = findBelow(font, "source");
   return source != nullptr ? addressOfSource(root, attribute(source, "src"), base) : "";
@@ -79,7 +79,7 @@ SubtitleFonts fontsNamedIn(std::string_view document, const SubtitleFonts& offer
 std::string resolvedAddress(const std::string& base, const std::string& reference) {
   constexpr auto kFlags = static_cast<GUriFlags>(G_URI_FLAGS_PARSE_RELAXED | G_URI_FLAGS_ENCODED);
   char* const resolved = g_uri_resolve_relative(base.empty() ? nullptr : base.c_str(), reference.c_str(), kFlags, nullptr);
-  const std::string address = resolved != nullptr ? resolved : reference;
+  std::string address = resolved != nullptr ? resolved : reference;
   g_free(resolved);
   return address;
 }
