@@ -117,6 +117,13 @@ class LifeTest(television.Case):
             self.assertAllClosed(run)
             self.assertColour(run.picture("a.png"), (200, 200), television.BLACK, 0)
 
+    def test_application_that_starts_another_and_ends_itself(self):
+        app = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
+        run = self.browse("playing.html", "--wait", "playing()", "--wait",
+                          "%s.createApplication('playing.html?next', false) !== null && (%s.destroyApplication(), true)" % (app, app),
+                          "--wait", "location.search === '?next' && playing()")
+        self.assertAllClosed(run)
+
     def test_object_in_a_frame_ends_with_it(self):
         run = self.browse("frames.html", "--wait", "ready === 2 && without()", "--wait", "ready === 2")
         self.assertAllClosed(run)

@@ -42,6 +42,8 @@
     },
   };
 
+  let replaced = false;  // another application has been started: pages then end themselves, which must not keep it from coming
+
   const application = Object.assign(new EventTarget(), {
     visible: true,
     active: true,
@@ -63,13 +65,14 @@
     deactivate() {},
     activateInput() { return true; },
     deactivateInput() {},
-    destroyApplication() { window.location.replace('about:blank'); },
+    destroyApplication() { if (!replaced) window.location.replace('about:blank'); },
     createApplication(address) {
       if (!isWebAddress(address)) {
         page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
         return null;
       }
       window.location.assign(address);
+      replaced = true;
       return application;
     },
   });
