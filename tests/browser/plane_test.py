@@ -56,6 +56,12 @@ class GeometryTest(television.Case):
         self.assertColour(edged, (104, 200), (0, 0, 204), 0)
         self.assertCard(run.picture("scaled.png"), 108, 108, 160, 90)
 
+    def test_video_is_zoomed_with_its_page(self):
+        for size, scale in (("1280x720", 1), ("640x360", 0.5)):
+            with self.subTest(size):
+                run = self.browse("geometry.html", "--window", size, *steps("start", "zoomed"))
+                self.assertCard(run.picture("zoomed.png"), *(round(scale * 0.375 * length) for length in (408, 208, 640, 360)))
+
     def test_other_window_sizes_scale_page_and_video(self):
         run = self.browse("geometry.html", "--window", "640x480", *steps("start", "byClass"))
         picture = run.picture("byClass.png")

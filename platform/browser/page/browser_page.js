@@ -34,6 +34,7 @@
   const textContent = getter(Node.prototype, 'textContent');
   const documentAddress = getter(Document.prototype, 'URL');
   const ownerDocument = getter(Node.prototype, 'ownerDocument');
+  const parentElement = getter(Node.prototype, 'parentElement');
   const localName = getter(Element.prototype, 'localName');
   const offsetWidth = getter(HTMLElement.prototype, 'offsetWidth');
   const offsetHeight = getter(HTMLElement.prototype, 'offsetHeight');
@@ -209,16 +210,24 @@
     return { x, y, width: Math.round(from.x + right) - x, height: Math.round(from.y + bottom) - y };
   }
 
+  // By how much the pixels of an element are larger than the engine's functions say: these tell of lengths before any CSS zoom.
+  function zoomOf(element) {
+    let zoom = 1;
+    for (let at = element; at !== null; at = parentElement(at)) zoom *= parseFloat(styleValue(computedStyle(at), 'zoom')) || 1;
+    return zoom;
+  }
+
   // Inside border and padding, which a transformation of the element scales, too.
   function contentBox(element, style) {
+    const zoom = zoomOf(element);
     const { left, top, right, bottom } = boundingBox(element);
     const length = (name) => parseFloat(styleValue(style, name)) || 0;
     const edge = (side) => length('border-' + side + '-width') + length('padding-' + side);
     const across = offsetWidth(element) > 0 ? (right - left) / offsetWidth(element) : 1;
     const down = offsetHeight(element) > 0 ? (bottom - top) / offsetHeight(element) : 1;
     return {
-      left: left + edge('left') * across, top: top + edge('top') * down,
-      right: right - edge('right') * across, bottom: bottom - edge('bottom') * down,
+      left: zoom * (left + edge('left') * across), top: zoom * (top + edge('top') * down),
+      right: zoom * (right - edge('right') * across), bottom: zoom * (bottom - edge('bottom') * down),
     };
   }
 
@@ -244,7 +253,10 @@
     const style = computedStyle(frame);
     if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
     const padding = (side) => parseFloat(styleValue(style, 'padding-' + side)) || 0;
-    return { x: from.x + left + clientLeft(frame) + padding('left'), y: from.y + top + clientTop(frame) + padding('top') };
+    const zoom = zoomOf(frame);
+    return {
+      x: from.x + zoom * (left + clientLeft(frame) + padding('left')), y: from.y + zoom * (top + clientTop(frame) + padding('top')),
+    };
   }
 
   // What lies in this window one above the other, the highest first: ids of its objects, and windows of its frames where others have
