@@ -62,6 +62,11 @@ class GeometryTest(television.Case):
                 run = self.browse("geometry.html", "--window", size, *steps("start", "zoomed"))
                 self.assertCard(run.picture("zoomed.png"), *(round(scale * 0.375 * length) for length in (408, 208, 640, 360)))
 
+    def test_hidden_application_shows_nothing(self):
+        run = self.browse("geometry.html", *steps("start", "hiddenApplication", "shownApplication"))
+        self.assertNothing(run.picture("hiddenApplication.png"))
+        self.assertCard(run.picture("shownApplication.png"), 40, 40, 320, 180)
+
     def test_other_window_sizes_scale_page_and_video(self):
         run = self.browse("geometry.html", "--window", "640x480", *steps("start", "byClass"))
         picture = run.picture("byClass.png")

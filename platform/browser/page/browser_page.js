@@ -108,7 +108,8 @@
 
   const observer = new MutationObserver((records) => changed(records));
   observe(observer, document, {
-    childList: true, subtree: true, attributes: true, attributeFilter: ['type', 'style', 'class', 'hidden', 'width', 'height'],
+    childList: true, subtree: true, attributes: true,
+    attributeFilter: ['type', 'style', 'class', 'hidden', 'width', 'height', 'data-application-hidden'],
   });
 
   // An element that has just read all of its attributes does not read them again for what was noted before.

@@ -51,13 +51,13 @@
     privateData: { keyset, currentChannel: null, getFreeMem: () => -1 },
     window,
     show() {
-      document.documentElement.style.removeProperty('visibility');
+      document.documentElement.removeAttribute('data-application-hidden');
       application.visible = true;
       tellApplication('ApplicationShown');
       return true;
     },
     hide() {
-      document.documentElement.style.setProperty('visibility', 'hidden', 'important');
+      document.documentElement.setAttribute('data-application-hidden', '');  // television.css knows it
       application.visible = false;
       tellApplication('ApplicationHidden');
     },
