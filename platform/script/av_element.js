@@ -18,6 +18,7 @@
 //         documentUrl(element)    resolveUrl(text, base) -> text    dispatch(element, type, fields): to DOM listeners
 //         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
 //         and, where a shell has need of it: upgraded(element): it became a live object    sync(): tell of changed attributes now
+//         baseUrl(element): what addresses are relative to, if that need not be the document's own
 //         addressAdvice: what else helps when a source is no web address    wake(): flush has something to do    userAgent: of the media requests, unless the page names one
 // The layer that it returns: see the last lines.
 (function (native, page) {
@@ -76,6 +77,7 @@
   const sync = page.sync || doNothing;
   const wake = page.wake || doNothing;
   const upgraded = page.upgraded || doNothing;
+  const baseUrl = page.baseUrl || page.documentUrl;
 
   const records = sealed(new WeakMap());  // element -> its record
   const objects = sealed(new WeakMap());  // element -> its record's object, where that answers all reads itself
@@ -183,7 +185,7 @@
     record.object.numOfSubtitles = record.subtitles + added.length;
     for (const each of added) {
       record.subtitles += 1;
-      const url = page.resolveUrl(each.src, page.documentUrl(element));
+      const url = page.resolveUrl(each.src, baseUrl(element));
       record.object.subParamAttr = kSubtitle + '|' + kSubtitleType + '|0|' + record.subtitles + '|0|||0|' + inRecord(url) + '||' +
         inRecord(each.srclang || '') + '||0|';
     }
@@ -251,7 +253,7 @@
 
   function absoluteSource(element, text) {
     if (/^https?:/.test(text)) return text;
-    return page.resolveUrl(text, page.documentUrl(element));
+    return page.resolveUrl(text, baseUrl(element));
   }
 
   function setSource(element, record, text) {

@@ -371,6 +371,7 @@
     },
     box,
     documentUrl: (element) => documentAddress(ownerDocument(element)),
+    baseUrl: baseUri,
     resolveUrl,
     dispatch: (element, type, fields) => dispatchEvent(element, assign(new Event(type), fields)),
     reportError,
