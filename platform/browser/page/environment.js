@@ -25,6 +25,7 @@
 </profilelist>`;
   const kProfiles = ['OITF_HD_UIPROF', 'META_SI', 'TRICKMODE', 'AVCAD', 'TV_UIPROF'];
   const kStopped = 0;
+  const kUnknownDrmSystem = 5;
 
   // ---- the application and who manages it
 
@@ -131,6 +132,29 @@
     hasCapability: (name) => String(name).replace(/^\+/, '').split('+').every((part) => kProfiles.includes(part)),
   };
 
+  // ---- a DRM agent that has no DRM system to pass messages to: keys are the viewer's to give
+
+  let messages = 0;
+
+  const drmAgent = {
+    sendDRMMessage() {
+      messages += 1;
+      const id = String(messages);
+      setTimeout(() => tellMessageResult(this, id), 0);
+      return id;
+    },
+  };
+
+  function tellMessageResult(element, msgID) {
+    const handler = element.onDRMMessageResult;
+    try {
+      if (typeof handler === 'function') Reflect.apply(handler, element, [msgID, '', kUnknownDrmSystem]);
+    } catch (error) {
+      window.reportError(error);
+    }
+    element.dispatchEvent(Object.assign(new Event('DRMMessageResult'), { msgID, resultMsg: '', resultCode: kUnknownDrmSystem }));
+  }
+
   // ---- a broadcast object on a television without a tuner
 
   const broadcast = {
@@ -164,6 +188,7 @@
     ['application/oipfapplicationmanager', manager],
     ['application/oipfconfiguration', configuration],
     ['application/oipfcapabilities', capabilities],
+    ['application/oipfdrmagent', drmAgent],
     ['video/broadcast', broadcast],
   ]);
 
@@ -230,6 +255,7 @@
       createApplicationManagerObject: () => make('application/oipfApplicationManager'),
       createConfigurationObject: () => make('application/oipfConfiguration'),
       createCapabilitiesObject: () => make('application/oipfCapabilities'),
+      createDrmAgentObject: () => make('application/oipfDrmAgent'),
       createVideoBroadcastObject: () => make('video/broadcast'),
       createVideoMpegObject: () => make('video/mpeg'),
     },
