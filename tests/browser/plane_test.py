@@ -56,6 +56,10 @@ class GeometryTest(television.Case):
         self.assertColour(edged, (104, 200), (0, 0, 204), 0)
         self.assertCard(run.picture("scaled.png"), 108, 108, 160, 90)
 
+    def test_background_of_the_element_itself_is_behind_its_video(self):
+        run = self.browse("geometry.html", *steps("start", "onBackground"))
+        self.assertCard(run.picture("onBackground.png"), 40, 40, 320, 180)
+
     def test_video_is_zoomed_with_its_page(self):
         for size, scale in (("1280x720", 1), ("640x360", 0.5)):
             with self.subTest(size):
