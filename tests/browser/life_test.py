@@ -124,6 +124,12 @@ class LifeTest(television.Case):
                           "--wait", "location.search === '?next' && playing()")
         self.assertAllClosed(run)
 
+    def test_application_that_goes_on_at_a_place_of_its_own_can_still_end_itself(self):
+        app = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
+        run = self.browse("playing.html", "--wait", "playing()", "--wait", "%s.createApplication(location.pathname + '#place', false) !== null" % app,
+                          "--wait", "location.hash === '#place' && (%s.destroyApplication(), true)" % app, "--wait", "location.href === 'about:blank'")
+        self.assertAllClosed(run)
+
     def test_object_in_a_frame_ends_with_it(self):
         run = self.browse("frames.html", "--wait", "ready === 2 && without()", "--wait", "ready === 2")
         self.assertAllClosed(run)

@@ -72,11 +72,17 @@
         page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
         return null;
       }
+      replaced = !isPlaceHere(address);
       window.location.assign(address);
-      replaced = true;
       return application;
     },
   });
+
+  // To go to a place in a document keeps the document.
+  function isPlaceHere(address) {
+    const wanted = new URL(address, document.baseURI);
+    return wanted.hash !== '' && wanted.href.split('#')[0] === window.location.href.split('#')[0];
+  }
 
   function isWebAddress(address) {
     try {
