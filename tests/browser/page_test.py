@@ -41,6 +41,8 @@ class ElementTest(television.Case):
         run = self.browse("objects.html", "--wait", "done")
         self.assertEqual(run.logged(), ["fine"])
         self.assertAllClosed(run)
+        for name, file in (("queue", "silent.mp4"), ("subParamAttr", "eng.ttml")):
+            self.assertTrue(any('"name":"%s"' % name in line and self.base + "media/short/" + file in line for line in run.trace()), name)
 
     def test_events(self):
         run = self.browse("events.html", "--wait", "done")
