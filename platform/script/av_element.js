@@ -18,6 +18,7 @@
 //         documentUrl(element)    resolveUrl(text, base) -> text    dispatch(element, type, fields): to DOM listeners
 //         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
 //         and, where a shell has need of it: upgraded(element): it became a live object    sync(): tell of changed attributes now
+//         shows(element, box, fullScreen): where its picture is now, null where it has none
 //         baseUrl(element): what addresses are relative to, if that need not be the document's own
 //         addressAdvice: what else helps when a source is no web address    wake(): flush has something to do    userAgent: of the media requests, unless the page names one
 // The layer that it returns: see the last lines.
@@ -246,6 +247,7 @@
     elements.delete(record.id);
     held.delete(record.id);
     retired.push(record.id);
+    if (page.shows !== undefined) page.shows(element, null, false);
     wake();
   }
 
@@ -548,8 +550,15 @@
     if (record.box !== null) sendWindow(record, native.flag(record.id, 'fullScreen') ? kPlane : record.box);
   }
 
+  function tellWhatShows(element, record, box) {
+    if (page.shows === undefined) return;
+    const shows = stateOf(record) !== kStopped;
+    page.shows(element, shows ? box : null, shows && native.flag(record.id, 'fullScreen'));
+  }
+
   function placeWindow(element, record) {
     const box = page.box(element);
+    tellWhatShows(element, record, box);
     if (box === null || sameBox(record.box, box)) return;
     record.box = box;
     if (!native.flag(record.id, 'fullScreen')) sendWindow(record, box);
@@ -561,6 +570,7 @@
     placeWindow(element, record);
     sendWindow(record, on || record.box === null ? kPlane : record.box);
     native.setFlag(record.id, 'fullScreen', on);
+    layoutChanged();
     native.raise(record.id, 'onFullScreenChange');
   }
 
@@ -608,7 +618,10 @@
     raise(element, name, parameters);
     if (records.get(element) !== record) return;  // a handler gave the object up
     runSubtitlePlayer(record, name, parameters);
-    if (state !== undefined) playOn(record, state);
+    if (state !== undefined) {
+      playOn(record, state);
+      layoutChanged();
+    }
     updateHold(element, record);
   }
 

@@ -117,6 +117,9 @@ class FollowTest(television.Case):
     def test_also_in_a_frame_that_is_moved(self):
         self.assertFollows("?framed")
 
+    def test_also_on_a_page_that_paints_below_it(self):
+        self.assertFollows("?covered")
+
     def test_film_that_cannot_be_written(self):
         run = self.finish(self.start("player.html", "--film", "/nowhere/film.ppm"))
         self.assertEqual(run.status, 2, run.output)
@@ -152,15 +155,21 @@ class FlickerTest(television.Case):
         first, last = seen.index(True), len(seen) - 1 - seen[::-1].index(True)
         self.assertEqual(seen[first:last + 1].count(False), 0, "%s: %s" % (what, "".join(" #"[one] for one in seen)))
 
-    def test_neither_video_nor_page_vanishes_at_start_seek_pause_and_speed(self):
+    def assertSteady(self, query):
         camera, name = self.film()
         self.addCleanup(camera.kill)
-        self.browse("flicker.html", "--wait", "done")
+        self.browse("flicker.html" + query, "--wait", "done")
         camera.communicate(b"q", timeout=television.PATIENCE_S)
         pictures = list(self.pictures(name))
         shown = [sum(self.like(pixel, bar) for pixel, bar in zip(video, television.BARS)) >= 4 for video, _ in pictures]
         self.assertOnceOnly(shown, "video")
         self.assertOnceOnly([all(self.like(pixel, (0, 128, 0)) for pixel in page) for _, page in pictures], "page")
+
+    def test_neither_video_nor_page_vanishes_at_start_seek_pause_and_speed(self):
+        self.assertSteady("")
+
+    def test_nor_on_a_page_that_paints_below_the_video(self):
+        self.assertSteady("?covered")
 
 
 class FrameTest(television.Case):

@@ -8,13 +8,15 @@
 //       othersHaveObjects() -> boolean    placeOthers(): the objects of all other windows are to be placed
 //       subtitlesEnabled() -> boolean: does the viewer want them?
 //       stackAll(): the objects of all windows are to be put one above the other, as their elements are
-//       frameOffset(parentWindow) -> {x, y} of this window's page on the plane, null when it cannot be seen
-// native, makeLayer: see av_element.js    parts: {inspect, keys, environment, stacking}: see there
+//       frameOffset(parentWindow) -> {x, y, covered}: where this window's page is on the plane, and whether something is painted
+//       below it; null when it cannot be seen
+// native, makeLayer: see av_element.js    parts: {inspect, keys, environment, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
 
   const kNowhere = { x: 1280, y: 720, width: 1280, height: 720 };  // just outside the plane
+  const kPlane = { left: 0, top: 0, right: 1280, bottom: 720 };
   const kLeast = { width: 150, height: 80 };  // the A/V Control object takes no smaller window
   const kXhtml = 'http://www.w3.org/1999/xhtml';
   const kTelevisionXhtml = 'application/vnd.hbbtv.xhtml+xml';
@@ -196,40 +198,21 @@
   }
 
   function origin() {
-    return isTop ? { x: 0, y: 0 } : host.frameOffset(parentWindow);
+    return isTop ? { x: 0, y: 0, covered: false } : host.frameOffset(parentWindow);
   }
+
+  const { zoomOf, contentBox, wholePixels } = parts.boxes();
 
   function box(element) {
     if (!isConnected(element)) return kNowhere;
     const from = origin();
     const style = computedStyle(element);
-    const { left, top, right, bottom } = contentBox(element, style);
+    const { left, top, right, bottom } = contentBox(element);
     if (from === null || right - left < kLeast.width || bottom - top < kLeast.height) return kNowhere;
     if (styleValue(style, 'visibility') !== 'visible') return kNowhere;
     const x = Math.round(from.x + left);
     const y = Math.round(from.y + top);
     return { x, y, width: Math.round(from.x + right) - x, height: Math.round(from.y + bottom) - y };
-  }
-
-  // By how much the pixels of an element are larger than the engine's functions say: these tell of lengths before any CSS zoom.
-  function zoomOf(element) {
-    let zoom = 1;
-    for (let at = element; at !== null; at = parentElement(at)) zoom *= parseFloat(styleValue(computedStyle(at), 'zoom')) || 1;
-    return zoom;
-  }
-
-  // Inside border and padding, which a transformation of the element scales, too.
-  function contentBox(element, style) {
-    const zoom = zoomOf(element);
-    const { left, top, right, bottom } = boundingBox(element);
-    const length = (name) => parseFloat(styleValue(style, name)) || 0;
-    const edge = (side) => length('border-' + side + '-width') + length('padding-' + side);
-    const across = offsetWidth(element) > 0 ? (right - left) / offsetWidth(element) : 1;
-    const down = offsetHeight(element) > 0 ? (bottom - top) / offsetHeight(element) : 1;
-    return {
-      left: zoom * (left + edge('left') * across), top: zoom * (top + edge('top') * down),
-      right: zoom * (right - edge('right') * across), bottom: zoom * (bottom - edge('bottom') * down),
-    };
   }
 
   function contentWindowOf(element) {
@@ -257,15 +240,16 @@
     const zoom = zoomOf(frame);
     return {
       x: from.x + zoom * (left + clientLeft(frame) + padding('left')), y: from.y + zoom * (top + clientTop(frame) + padding('top')),
+      covered: from.covered || isCovered(frame, boundingBox(frame)),
     };
   }
 
   // What lies in this window one above the other, the highest first: ids of its objects, and windows of its frames where others have
   // objects.
-  const makePile = parts.stacking();
+  const stacking = parts.stacking();
 
   function stack() {
-    const pile = makePile();
+    const pile = stacking.makePile();
     layer.forEach((element, id) => { if (isConnected(element)) pile.add(element, id); });
     const frames = host.othersHaveObjects() ? documentQuery(document, 'iframe, frame, object') : { length: 0 };
     for (let i = 0; i < frames.length; i += 1) {
@@ -273,6 +257,20 @@
       if (child !== null) pile.add(frames[i], child);
     }
     return pile.top();
+  }
+
+  // ---- the plane is seen through what the page paints below an element
+
+  const uncover = parts.videoHole();
+  const { isCovered, levelOfHole } = parts.cover(isElement, stacking);
+
+  function holeFor(element, fullScreen) {
+    const area = fullScreen ? kPlane : boundingBox(element);
+    const from = origin();
+    if (from === null || !(from.covered || isCovered(element, area))) return null;
+    const level = levelOfHole(element, area);
+    if (!fullScreen) return { area: 'box', level, ...wholePixels(element) };
+    return { area: 'plane', level, left: 0, top: 0, width: kPlane.right, height: kPlane.bottom };
   }
 
   // ---- console and errors
@@ -370,6 +368,10 @@
       return out;
     },
     box,
+    shows(element, place, fullScreen) {
+      const isSeen = fullScreen || (place !== null && place !== kNowhere);
+      uncover(element, isSeen ? holeFor(element, fullScreen) : null);
+    },
     documentUrl: (element) => documentAddress(ownerDocument(element)),
     baseUrl: baseUri,
     resolveUrl,

@@ -9,6 +9,9 @@ extern const char kInspectSource[];
 extern const char kRemoteKeysSource[];
 extern const char kEnvironmentSource[];
 extern const char kStackingSource[];
+extern const char kBoxesSource[];
+extern const char kCoverSource[];
+extern const char kVideoHoleSource[];
 /// The style sheet that every page gets.
 extern const char kTelevisionStyle[];
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> makePile() -> {add(element, value), top()}: elements of this window's document, put one above the other as the engine paints
-// them. top() -> {value, next}: the highest one, with the chain of those below it; null for none.
+// () -> {makePile, isPositioned, levelUnder}
+// makePile() -> {add(element, value), top()}: elements of this window's document, put one above the other as the engine paints them.
+// top() -> {value, next}: the highest one, with the chain of those below it; null for none.
+// isPositioned(element): what is in it can have its place among what has a z-index.
+// levelUnder(element, other): the z-index, 0 or -1, with which what is in the element is painted below the other element.
 //
 // An element's place is the path of the boxes through which it takes part in the painting of the page, the outermost first: each
 // stacking context around it, then what is painted in one piece with it in the innermost of these. Paths are chains, {level, node,
@@ -131,7 +134,20 @@
     return (comparePosition(two.node, one.node) & kFollowing) !== 0;
   }
 
-  return function makePile() {
+  // What has a z-index takes part in the innermost stacking context around it, and comes there before all that is not positioned or
+  // after it; the element itself may come in between.
+  function levelUnder(element, other) {
+    const boxes = new Map();
+    let path = { level: 0, node: element, next: null };
+    const root = documentElement(document);
+    for (let node = element; node !== null && node !== root; node = parentElement(node)) {
+      const box = boxOf(node, node === element);
+      if (box.kind >= kContext) path = { level: box.level, node, next: path };
+    }
+    return isAbove(pathOf(other, boxes), path) ? 0 : -1;
+  }
+
+  function makePile() {
     const boxes = new Map();  // what several elements are in is looked at once
     let top = null;
 
@@ -150,5 +166,9 @@
     }
 
     return { add, top: () => top };
-  };
+  }
+
+  const isPositioned = (element) => boxOf(element, true).kind >= kPositioned;
+
+  return { makePile, isPositioned, levelUnder };
 })

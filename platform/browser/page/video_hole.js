@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// () -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. hole: null: it is not;
+// or {area, left, top, width, height, level}: from the corner of the area, 'box', the element's, or 'plane'; lengths in CSS pixels,
+// level its z-index in the element. What the page paints above the element stays.
+//
+// The hole is a child of the element, on a layer of its own, that paints nothing and that the engine takes for opaque: such a layer
+// is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one with an opaque background that
+// covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. Its look is in television.css.
+(function () {
+  'use strict';
+
+  const kXhtml = 'http://www.w3.org/1999/xhtml';
+  const kMark = 'data-video-hole';
+  const kHasPicture = ':is([type^="video/" i], [type^="application/dash+xml" i], [type^="application/vnd.apple.mpegurl" i], ' +
+    '[type^="application/vnd.oipf.contentaccessstreaming+xml" i])';
+
+  const kPlaced = ['left', 'top', 'width', 'height', 'level'];
+
+  const { getOwnPropertyDescriptor } = Object;
+  const uncurry = (method) => Function.prototype.call.bind(method);
+  const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
+  const ownerDocument = getter(Node.prototype, 'ownerDocument');
+  const parentNode = getter(Node.prototype, 'parentNode');
+  const appendChild = uncurry(Node.prototype.appendChild);
+  const remove = uncurry(Element.prototype.remove);
+  const matches = uncurry(Element.prototype.matches);
+  const getAttribute = uncurry(Element.prototype.getAttribute);
+  const setAttribute = uncurry(Element.prototype.setAttribute);
+  const attachShadow = uncurry(Element.prototype.attachShadow);
+  const elementQuery = uncurry(Element.prototype.querySelectorAll);
+  const createElementNS = uncurry(Document.prototype.createElementNS);
+  const style = getter(HTMLElement.prototype, 'style');
+  const setProperty = uncurry(CSSStyleDeclaration.prototype.setProperty);
+  const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
+  const setStyle = uncurry(getOwnPropertyDescriptor(CSSStyleDeclaration.prototype, 'cssText').set);
+  const getHole = uncurry(WeakMap.prototype.get);
+  const keepHole = uncurry(WeakMap.prototype.set);
+  const holes = new WeakMap();
+
+  function makeBox(page, parent, look) {
+    const box = createElementNS(page, kXhtml, 'div');
+    setStyle(style(box), 'position: absolute; left: 0; top: 0; ' + look);
+    appendChild(parent, box);
+    return box;
+  }
+
+  function makeHole(element) {
+    const page = ownerDocument(element);
+    const hole = createElementNS(page, kXhtml, 'span');
+    const clip = makeBox(page, attachShadow(hole, { mode: 'closed' }), 'width: 0; height: 0; overflow: hidden');
+    makeBox(page, clip, 'margin: -100px; width: 10000px; height: 10000px; background: black');
+    return hole;
+  }
+
+  // A page that copies an element copies what is in it.
+  function removeOthers(element) {
+    const found = elementQuery(element, '[' + kMark + ']');
+    for (let i = 0; i < found.length; i += 1) remove(found[i]);
+  }
+
+  function set(hole, name, value) {
+    const property = '--video-hole-' + name;
+    const text = name === 'level' ? String(value) : value + 'px';
+    if (styleValue(style(hole), property) !== text) setProperty(style(hole), property, text);
+  }
+
+  function place(hole, wanted) {
+    const { area, left, top } = wanted;
+    const mark = area === 'box' && (left !== 0 || top !== 0) ? 'moved' : area;
+    if (getAttribute(hole, kMark) !== mark) setAttribute(hole, kMark, mark);
+    for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], wanted[kPlaced[i]]);
+  }
+
+  return function uncover(element, wanted) {
+    let hole = getHole(holes, element);
+    if (wanted === null || !matches(element, 'object' + kHasPicture)) {
+      if (hole !== undefined && parentNode(hole) === element) remove(hole);
+      return;
+    }
+    if (hole === undefined) keepHole(holes, element, hole = makeHole(element));
+    place(hole, wanted);
+    if (parentNode(hole) === element) return;
+    removeOthers(element);
+    appendChild(element, hole);
+  };
+})
