@@ -4,6 +4,10 @@
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdio>
+#include <string>
+
 #include "platform/mediamgmnt/error_map.h"
 #include "platform/mediamgmnt/number_text.h"
 #include "platform/mediamgmnt/property_text.h"
@@ -21,9 +25,19 @@ TEST(NumberTextTest, ReadsANumberAtTheFront) {
     EXPECT_EQ(parseNumber(text), std::nullopt) << text;
 }
 
+std::string withTwoDigits(double value) {
+  std::array<char, 32> text;
+  std::snprintf(text.data(), text.size(), "%.2f", value);
+  return text.data();
+}
+
 TEST(NumberTextTest, WritesTwoDigitsOrNone) {
   EXPECT_EQ(formatSpeed(0.5), "0.50");
   EXPECT_EQ(formatSpeed(-2), "-2.00");
+  EXPECT_EQ(formatSpeed(0), "0.00");
+  EXPECT_EQ(formatSpeed(-0.0), "-0.00");
+  for (const double value : {1.0, 16.0, -32.0, 999.0, 1000.0, -1000.0, 0.994, -0.25, 1.999, 123456789.125})
+    EXPECT_EQ(formatSpeed(value), withTwoDigits(value));
   EXPECT_EQ(formatWhole(-12), "-12");
 }
 
