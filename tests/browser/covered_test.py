@@ -69,6 +69,12 @@ class CoveredTest(television.Case):
             self.assertColour(cut, (40 + round((bar + 0.5) * 320 / 6), 150), (10, 48, 10), 0)
         self.assertGreater(cut.at(66, 120)[0], 200)
 
+    def test_rounded_corners_that_cut_off_become_square_meanwhile(self):
+        _, rounded, stopped = self.pictures("start", "rounded", "notRounded")
+        self.assertCard(rounded, 40, 40, 320, 180)
+        self.assertColour(stopped, (22, 22), (10, 48, 10), 0)  # the page, outside the portal's corner
+        self.assertColour(stopped, (60, 60), BELOW, 0)
+
     def test_what_a_page_does_to_the_contents_of_the_element(self):
         _, emptied, copied, other = self.pictures("start", "emptied", "copied", "otherType")
         self.assertCard(emptied, 40, 40, 320, 180)

@@ -5,15 +5,18 @@
 //
 // The hole is a child of the element, on a layer of its own, that paints nothing and that the engine takes for opaque: such a layer
 // is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one with an opaque background that
-// covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. Its look is in television.css.
+// covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is cut off at rounded corners is
+// blended all the same, so these become square meanwhile. The looks are in television.css.
 (function () {
   'use strict';
 
   const kXhtml = 'http://www.w3.org/1999/xhtml';
   const kMark = 'data-video-hole';
+  const kSquare = 'data-video-corners';
   const kHasPicture = ':is([type^="video/" i], [type^="application/dash+xml" i], [type^="application/vnd.apple.mpegurl" i], ' +
     '[type^="application/vnd.oipf.contentaccessstreaming+xml" i])';
 
+  const kCorners = ['border-top-left-radius', 'border-top-right-radius', 'border-bottom-left-radius', 'border-bottom-right-radius'];
   const kPlaced = ['left', 'top', 'width', 'height', 'level'];
 
   const { getOwnPropertyDescriptor } = Object;
@@ -21,11 +24,14 @@
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const ownerDocument = getter(Node.prototype, 'ownerDocument');
   const parentNode = getter(Node.prototype, 'parentNode');
+  const parentElement = getter(Node.prototype, 'parentElement');
   const appendChild = uncurry(Node.prototype.appendChild);
   const remove = uncurry(Element.prototype.remove);
   const matches = uncurry(Element.prototype.matches);
   const getAttribute = uncurry(Element.prototype.getAttribute);
   const setAttribute = uncurry(Element.prototype.setAttribute);
+  const removeAttribute = uncurry(Element.prototype.removeAttribute);
+  const computedStyle = window.getComputedStyle.bind(window);
   const attachShadow = uncurry(Element.prototype.attachShadow);
   const elementQuery = uncurry(Element.prototype.querySelectorAll);
   const createElementNS = uncurry(Document.prototype.createElementNS);
@@ -71,16 +77,42 @@
     for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], wanted[kPlaced[i]]);
   }
 
+  function cutsOffRound(element) {
+    const style = computedStyle(element);
+    if (styleValue(style, 'overflow-x') === 'visible' && styleValue(style, 'overflow-y') === 'visible') return false;
+    for (let i = 0; i < kCorners.length; i += 1) if (styleValue(style, kCorners[i]) !== '0px') return true;
+    return false;
+  }
+
+  // squared: the chain, {element, next}, of those whose corners have become square for this hole.
+  function squareCorners(entry, element) {
+    for (let at = element; at !== null; at = parentElement(at)) {
+      if (!cutsOffRound(at)) continue;
+      setAttribute(at, kSquare, '');
+      entry.squared = { element: at, next: entry.squared };
+    }
+  }
+
+  function fill(entry, element) {
+    if (parentNode(entry.hole) === element) remove(entry.hole);
+    for (let at = entry.squared; at !== null; at = at.next) removeAttribute(at.element, kSquare);
+    entry.squared = null;
+  }
+
   return function uncover(element, wanted) {
-    let hole = getHole(holes, element);
+    let entry = getHole(holes, element);
     if (wanted === null || !matches(element, 'object' + kHasPicture)) {
-      if (hole !== undefined && parentNode(hole) === element) remove(hole);
+      if (entry !== undefined) fill(entry, element);
       return;
     }
-    if (hole === undefined) keepHole(holes, element, hole = makeHole(element));
-    place(hole, wanted);
-    if (parentNode(hole) === element) return;
+    if (entry === undefined) {
+      entry = { hole: makeHole(element), squared: null };
+      keepHole(holes, element, entry);
+    }
+    place(entry.hole, wanted);
+    squareCorners(entry, element);
+    if (parentNode(entry.hole) === element) return;
     removeOthers(element);
-    appendChild(element, hole);
+    appendChild(element, entry.hole);
   };
 })
