@@ -87,7 +87,7 @@
   // squared: the chain, {element, next}, of those whose corners have become square for this hole.
   function squareCorners(entry, element) {
     for (let at = element; at !== null; at = parentElement(at)) {
-      if (!cutsOffRound(at)) continue;
+      if (getAttribute(at, kSquare) !== null || !cutsOffRound(at)) continue;
       setAttribute(at, kSquare, '');
       entry.squared = { element: at, next: entry.squared };
     }

@@ -44,3 +44,13 @@ async function test(run) {
     done = true;
   }
 }
+
+// For pages with a table `actions`: starts an action when it is first asked for; true when it is done.
+var results = {};
+function did(name) {
+  if (results[name] === undefined) {
+    results[name] = 'running';
+    Promise.resolve(actions[name]()).then(function () { results[name] = true; });
+  }
+  return results[name] === true;
+}
