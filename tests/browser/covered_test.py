@@ -8,14 +8,9 @@ BELOW = (48, 48, 10)
 TEAL = (10, 48, 48)
 
 
-def steps(*names):
-    """For each action of the page: do it, then take a picture of that name."""
-    return [part for name in names for part in ("--wait", "did('%s')" % name, "--screenshot", name + ".png")]
-
-
 class CoveredTest(television.Case):
     def pictures(self, *names):
-        run = self.browse("covered.html", *steps(*names))
+        run = self.browse("covered.html", *television.steps(*names))
         self.assertAllClosed(run)
         return [run.picture(name + ".png") for name in names]
 

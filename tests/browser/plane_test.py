@@ -7,18 +7,13 @@ import subprocess
 import television
 
 
-def steps(*names):
-    """For each action of the page: do it, then take a picture of that name."""
-    return [part for name in names for part in ("--wait", "did('%s')" % name, "--screenshot", name + ".png")]
-
-
 class GeometryTest(television.Case):
     def assertNothing(self, picture):
         for point in ((60, 60), (560, 60), (200, 200), (700, 400), (900, 600)):
             self.assertColour(picture, point, television.BLACK, 0)
 
     def test_video_follows_box(self):
-        run = self.browse("geometry.html", *steps("start", "byStyle", "byClass", "byAttribute", "byTransition", "byScrolling", "byAncestor"))
+        run = self.browse("geometry.html", *television.steps("start", "byStyle", "byClass", "byAttribute", "byTransition", "byScrolling", "byAncestor"))
         self.assertCard(run.picture("start.png"), 40, 40, 320, 180)
         self.assertCard(run.picture("byStyle.png"), 700, 500, 320, 180)
         self.assertCard(run.picture("byClass.png"), 400, 120, 640, 360)
@@ -28,14 +23,14 @@ class GeometryTest(television.Case):
         self.assertCard(run.picture("byAncestor.png"), 540, 40, 320, 180)
 
     def test_next_source_is_in_the_same_box(self):
-        run = self.browse("geometry.html", *steps("start", "another", "queued", "byStyle"))
+        run = self.browse("geometry.html", *television.steps("start", "another", "queued", "byStyle"))
         for name in ("another.png", "queued.png"):
             with self.subTest(name):
                 self.assertCard(run.picture(name), 40, 40, 320, 180)
         self.assertCard(run.picture("byStyle.png"), 700, 500, 320, 180)
 
     def test_hidden_removed_and_full_screen(self):
-        run = self.browse("geometry.html", *steps("start", "hidden", "shown", "notDisplayed", "displayed", "tall", "fullScreen",
+        run = self.browse("geometry.html", *television.steps("start", "hidden", "shown", "notDisplayed", "displayed", "tall", "fullScreen",
                                                   "notFullScreen", "removed"))
         self.assertNothing(run.picture("hidden.png"))
         self.assertCard(run.picture("shown.png"), 40, 40, 320, 180)
@@ -50,29 +45,29 @@ class GeometryTest(television.Case):
         self.assertAllClosed(run)
 
     def test_video_is_inside_border_and_padding(self):
-        run = self.browse("geometry.html", *steps("start", "edged", "scaled"))
+        run = self.browse("geometry.html", *television.steps("start", "edged", "scaled"))
         edged = run.picture("edged.png")
         self.assertCard(edged, 115, 115, 320, 180)
         self.assertColour(edged, (104, 200), (0, 0, 204), 0)
         self.assertCard(run.picture("scaled.png"), 108, 108, 160, 90)
 
     def test_background_of_the_element_itself_is_behind_its_video(self):
-        run = self.browse("geometry.html", *steps("start", "onBackground"))
+        run = self.browse("geometry.html", *television.steps("start", "onBackground"))
         self.assertCard(run.picture("onBackground.png"), 40, 40, 320, 180)
 
     def test_video_is_zoomed_with_its_page(self):
         for size, scale in (("1280x720", 1), ("640x360", 0.5)):
             with self.subTest(size):
-                run = self.browse("geometry.html", "--window", size, *steps("start", "zoomed"))
+                run = self.browse("geometry.html", "--window", size, *television.steps("start", "zoomed"))
                 self.assertCard(run.picture("zoomed.png"), *(round(scale * 0.375 * length) for length in (408, 208, 640, 360)))
 
     def test_hidden_application_shows_nothing(self):
-        run = self.browse("geometry.html", *steps("start", "hiddenApplication", "shownApplication"))
+        run = self.browse("geometry.html", *television.steps("start", "hiddenApplication", "shownApplication"))
         self.assertNothing(run.picture("hiddenApplication.png"))
         self.assertCard(run.picture("shownApplication.png"), 40, 40, 320, 180)
 
     def test_other_window_sizes_scale_page_and_video(self):
-        run = self.browse("geometry.html", "--window", "640x480", *steps("start", "byClass"))
+        run = self.browse("geometry.html", "--window", "640x480", *television.steps("start", "byClass"))
         picture = run.picture("byClass.png")
         self.assertEqual((picture.width, picture.height), (640, 480))
         self.assertCard(picture, 200, 120, 320, 180)  # half of 400,120, and 60 black lines above

@@ -7,11 +7,6 @@ ONE, TWO = (0, 0, 640, 360), (320, 0, 640, 360)
 OWN, NEAR, FAR = (0, 0, 640, 360), (213, 0, 640, 360), (427, 0, 640, 360)
 
 
-def steps(*names):
-    """For each action of the page: do it, then take a picture of that name."""
-    return [part for name in names for part in ("--wait", "did('%s')" % name, "--screenshot", name + ".png")]
-
-
 class StackingCase(television.Case):
     def assertShows(self, picture, box, *bars):
         for bar in bars:
@@ -34,33 +29,33 @@ class StackingCase(television.Case):
 
 class StackingTest(StackingCase):
     def test_order_of_the_document_and_indices(self):
-        run = self.browse("stacked.html", *steps("start", "index", "higherIndex", "negative", "reset", "anotherSource"))
+        run = self.browse("stacked.html", *television.steps("start", "index", "higherIndex", "negative", "reset", "anotherSource"))
         self.assertTwoAbove(run, "start", "higherIndex", "reset", "anotherSource")
         self.assertOneAbove(run, "index", "negative")
         self.assertAllClosed(run)
 
     def test_document_of_the_television_type(self):
-        run = self.browse("stacked.hbbtv", *steps("start", "index"))
+        run = self.browse("stacked.hbbtv", *television.steps("start", "index"))
         self.assertTwoAbove(run, "start")
         self.assertOneAbove(run, "index")
 
     def test_stacking_contexts_hold_what_is_in_them(self):
-        run = self.browse("stacked.html", *steps("start", "byAncestor", "byOpacity", "opaque"))
+        run = self.browse("stacked.html", *television.steps("start", "byAncestor", "byOpacity", "opaque"))
         self.assertOneAbove(run, "byAncestor", "byOpacity")
         self.assertTwoAbove(run, "opaque")
 
     def test_change_that_only_the_engine_knows_of(self):
-        run = self.browse("stacked.html", *steps("start", "byRule", "withoutRule"))
+        run = self.browse("stacked.html", *television.steps("start", "byRule", "withoutRule"))
         self.assertOneAbove(run, "byRule")
         self.assertTwoAbove(run, "withoutRule")
 
     def test_elements_that_change_places(self):
-        run = self.browse("stacked.html", *steps("start", "moved", "movedBack"))
+        run = self.browse("stacked.html", *television.steps("start", "moved", "movedBack"))
         self.assertOneAbove(run, "moved")
         self.assertTwoAbove(run, "movedBack")
 
     def test_full_screen_keeps_its_place(self):
-        run = self.browse("stacked.html", *steps("start", "fullScreen", "notFullScreen"))
+        run = self.browse("stacked.html", *television.steps("start", "fullScreen", "notFullScreen"))
         picture = run.picture("fullScreen.png")
         self.assertShows(picture, TWO, *range(6))
         self.assertShows(picture, (0, 0, 1280, 720), 0, 5)
@@ -78,7 +73,7 @@ class StackingTest(StackingCase):
         self.assertGreaterEqual(sum(-1 <= lag <= 0 for lag in lags), 17, lags)
 
     def test_page_that_replaces_what_the_order_stands_on(self):
-        run = self.browse("stacked.html", *steps("start", "tampered"))
+        run = self.browse("stacked.html", *television.steps("start", "tampered"))
         self.assertOneAbove(run, "tampered")
 
 

@@ -188,6 +188,11 @@ class Run:
             return file.read().splitlines()
 
 
+def steps(*names):
+    """For each action of the page: do it, then take a picture of that name."""
+    return [part for name in names for part in ("--wait", "did('%s')" % name, "--screenshot", name + ".png")]
+
+
 class Case(unittest.TestCase):
     @classmethod
     def setUpClass(cls):

@@ -4,7 +4,6 @@ var one = null;
 var two = null;
 var a = document.getElementById('a');
 var b = document.getElementById('b');
-var results = {};
 
 function makeVideo(left) {
   var video = document.createElement('object');
@@ -97,13 +96,4 @@ function frames(count) {
       else requestAnimationFrame(next);
     })();
   });
-}
-
-// Starts an action when it is first asked for; true when it is done.
-function did(name) {
-  if (results[name] === undefined) {
-    results[name] = 'running';
-    Promise.resolve(actions[name]()).then(function () { results[name] = true; });
-  }
-  return results[name] === true;
 }
