@@ -22,8 +22,8 @@ std::optional<double> parseNumber(std::string_view text) {
 // Pages ask for the speed often, and nearly always it is a whole number.
 std::string formatSpeed(double value) {
   constexpr double kFew = 1000;
-  if (std::fabs(value) < kFew && value == std::trunc(value) && value != 0)
-    return formatWhole(static_cast<long long>(value)) + ".00";
+  const bool isWhole = std::fabs(value) < kFew && value == std::trunc(value);
+  if (isWhole && (value != 0 || !std::signbit(value))) return formatWhole(static_cast<long long>(value)) + ".00";
   std::array<char, 32> buffer;  // sign, 15 digits, point, 2 digits
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, 2);
   return std::string(buffer.data(), result.ptr);
