@@ -8,7 +8,9 @@
 #include <filesystem>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "platform/browser/language_tags.h"
 #include "platform/browser/messages.h"
 #include "platform/browser/page/embedded.h"
 #include "platform/browser/page_question.h"
@@ -48,6 +50,17 @@ WebKitSettings* makeSettings(const Options& options) {
   webkit_settings_set_javascript_can_access_clipboard(settings, FALSE);
   webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);
   return settings;
+}
+
+// The television's language is the viewer's, whatever language the desktop of its developer has. An engine without any would take
+// the desktop's, which may be "C".
+void setLanguages(WebKitWebContext* context, const Preferences& preferences) {
+  std::vector<std::string> tags = languageTags(preferences.uiLanguages);
+  if (tags.empty()) tags.emplace_back("en");
+  std::vector<const char*> texts;
+  for (const std::string& tag : tags) texts.push_back(tag.c_str());
+  texts.push_back(nullptr);
+  webkit_web_context_set_preferred_languages(context, texts.data());
 }
 
 WebKitWebsiteDataManager* makeData(const Options& options) {
@@ -105,9 +118,7 @@ void Browser::makeContext() {
   WebKitWebsiteDataManager* const data = makeData(m_options);
   m_context = webkit_web_context_new_with_website_data_manager(data);
   g_object_unref(data);
-  // Of a locale such as C.UTF-8 the engine would make the language "C", which no page can use; plain C is American English to it.
-  const char* const english[] = {"en-US", nullptr};
-  if (g_str_has_prefix(g_get_language_names()[0], "C.")) webkit_web_context_set_preferred_languages(m_context, english);
+  setLanguages(m_context, m_options.preferences);
   webkit_web_context_set_cache_model(m_context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   if (m_options.sandbox) {
     // Without this the extension would be left out in silence.

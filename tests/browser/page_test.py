@@ -216,8 +216,17 @@ class LocaleTest(television.Case):
         self.assertTrue(any('"name":"SEEK"' in line and "5000.00" in line for line in run.trace()))
         self.assertFalse(any("5000,00" in line for line in run.trace()))
 
-    def test_language_is_one_without_a_country_s_locale_too(self):
-        self.browse("keys.html", "--wait", "new Intl.NumberFormat(navigator.language)", "--quit-after", "30", LC_ALL="C.UTF-8")
+    def test_engine_s_languages_are_the_viewer_s_and_not_the_desktop_s(self):
+        asked = "new Intl.NumberFormat(navigator.language).format(1.5)"
+        for more, wanted in (([], "en"), (["--ui-languages", "fre,deu,und,ger"], "fr"), (["--ui-languages", "und"], "en")):
+            self.browse("keys.html", "--wait", "navigator.language === '%s' && %s === '%s'" % (wanted, asked, "1,5" if wanted == "fr" else "1.5"),
+                        *more, "--quit-after", "30", LC_ALL="de_DE.UTF-8")
+        self.browse("keys.html", "--wait", "navigator.language === 'en'", "--quit-after", "30", LC_ALL="C.UTF-8")
+
+    def test_web_server_hears_the_viewer_s_languages(self):
+        self.browse("keys.html", "--ui-languages", "deu,eng", "--wait", "true")
+        heard = [entry["languages"] for entry in self.requests() if entry["path"].endswith("/keys.html")]
+        self.assertEqual(heard[-1], "de,en;q=0.90")
 
 
 class EnvironmentTest(television.Case):

@@ -469,7 +469,7 @@ class Server(socketserver.ThreadingTCPServer):
 
     def note(self, request):
         entry = {"method": request.method, "path": request.path, "range": request.headers.get("range"),
-                 "agent": request.headers.get("user-agent")}
+                 "agent": request.headers.get("user-agent"), "languages": request.headers.get("accept-language")}
         with self.note_lock:
             self.noted_requests.append(entry)
 
