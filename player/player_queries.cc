@@ -8,7 +8,8 @@ namespace {
 
 template <int kSize>
 bool readNumber(unsigned long handle, const char* key, double& out) {
-  char text[kSize] = "";
+  char text[kSize];  // not cleared: the largest is 2 KiB, and pages ask often
+  text[0] = '\0';
   if (getPlayerProperty(handle, key, text, kSize) == 0) return false;
   out = textToDouble(text);
   return true;

@@ -19,16 +19,19 @@ locale_t cLocale() {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// The short way for what nearly every number is: a few digits and nothing else. @return false when there is more to look at.
-bool readFewDigits(const char* text, int& out) {
+/// The short way for what nearly every number begins with: a few digits. @return where they end; null when there are none or more.
+const char* readFewDigits(const char* text, int& out) {
   constexpr int kMost = 9;  // cannot overflow
   int value = 0;
   int count = 0;
   for (; count < kMost && isDigit(text[count]); ++count) value = value * 10 + (text[count] - '0');
-  if (count == 0 || isDigit(text[count])) return false;
+  if (count == 0 || isDigit(text[count])) return nullptr;
   out = value;
-  return true;
+  return text + count;
 }
+
+/// Pages ask for positions, durations and speeds all the time: "5000" and "1.00".
+bool endsWhole(const char* afterDigits) { return *afterDigits == '\0' || std::strcmp(afterDigits, ".00") == 0; }
 
 }  // namespace
 
@@ -39,13 +42,16 @@ CLocaleScope::~CLocaleScope() { uselocale(static_cast<locale_t>(m_previous)); }
 int textToInt(const char* text) {
   if (text == nullptr) return 0;
   int few = 0;
-  if (readFewDigits(text, few)) return few;
+  if (readFewDigits(text, few) != nullptr) return few;
   const long value = std::strtol(text, nullptr, 10);
   return static_cast<int>(std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 double textToDouble(const char* text) {
   if (text == nullptr) return 0.0;
+  int few = 0;
+  const char* const afterDigits = readFewDigits(text, few);
+  if (afterDigits != nullptr && endsWhole(afterDigits)) return few;
   double value = 0.0;
   const auto [end, error] = std::from_chars(text, text + std::strlen(text), value);
   // The fast way knows plain decimal numbers in range. Blanks, "+", hexadecimal digits and overflow go the slow way.

@@ -7,6 +7,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -100,6 +101,13 @@ TEST(NumberTextTest, ReadsFractionsAsAtofDoes) {
   EXPECT_DOUBLE_EQ(textToDouble("1,5"), 1.0);
   EXPECT_DOUBLE_EQ(textToDouble("abc"), 0.0);
   EXPECT_DOUBLE_EQ(textToDouble(""), 0.0);
+}
+
+TEST(NumberTextTest, ReadsWholeFractionsAsAtofDoes) {
+  for (const char* text : {"0", "5000", "123456789", "1234567890", "1.00", "32.00", "0.00", "1.000", "1.0", "1.00 ", "1.001", "7|8",
+                           "2.00e1", "0x10", "12345678901234567890", "-1.00", "100.25"}) {
+    EXPECT_EQ(textToDouble(text), std::strtod(text, nullptr)) << text;
+  }
 }
 
 TEST(NumberTextTest, SaturatesFractions) {
