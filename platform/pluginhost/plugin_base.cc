@@ -35,7 +35,7 @@ CorvelNativePluginBase* CorvelNativePluginBase::cast(CorvelNativePropertyBase* o
 bool CorvelNativePluginBase::dispatchEvent(const char* name, const _CorvelNativeVariant* args, unsigned int count) {
   if (name == nullptr) return false;
   if (args == nullptr && count != 0) return false;
-  if (auto* const watching = pluginhost::observer()) watching->eventRaised(state()->id, name, args, count);
+  if (const pluginhost::Watch watch; watch) watch->eventRaised(state()->id, name, args, count);
   pluginhost::Event event{state()->id, name, std::vector<_CorvelNativeVariant>(count)};
   for (unsigned int i = 0; i < count; ++i) copyDetached(args[i], event.args[i]);
   return pluginhost::enqueueEvent(std::move(event));

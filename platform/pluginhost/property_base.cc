@@ -8,19 +8,19 @@ namespace {
 
 template <typename Value>
 void reportChange(const CorvelNativeObjectState& state, const char* name, const Value& value) {
-  pluginhost::Observer* const watching = pluginhost::observer();
-  if (watching == nullptr) return;
+  const pluginhost::Watch watch;
+  if (!watch) return;
   _CorvelNativeVariant copy;
   cvnplUtil::set(value, copy);
-  watching->propertyChanged(state.id, name, copy);
+  watch->propertyChanged(state.id, name, copy);
 }
 
 void reportChange(const CorvelNativeObjectState& state, const char* name, const char* text) {
-  pluginhost::Observer* const watching = pluginhost::observer();
-  if (watching == nullptr) return;
+  const pluginhost::Watch watch;
+  if (!watch) return;
   _CorvelNativeVariant borrowed;
   cvnplUtil::set(text, borrowed, false);
-  watching->propertyChanged(state.id, name, borrowed);
+  watch->propertyChanged(state.id, name, borrowed);
 }
 
 }  // namespace

@@ -121,7 +121,7 @@ bool readProperty(CorvelNativePropertyBase& object, unsigned int row, _CorvelNat
   const CorvelNativeProperty* const property = state.row(row);
   if (property == nullptr) return false;
   const bool ok = readRow(object, state, row, out);
-  if (Observer* const watching = observer()) watching->propertyRead(state.id, property->name, ok, out);
+  if (const Watch watch; watch) watch->propertyRead(state.id, property->name, ok, out);
   return ok;
 }
 
@@ -130,7 +130,7 @@ bool writeProperty(CorvelNativePropertyBase& object, unsigned int row, const _Co
   const CorvelNativeProperty* const property = state.row(row);
   if (property == nullptr) return false;
   const bool ok = property->setter != nullptr ? runSetter(object, *property, value) : storeWrite(state, row, value);
-  if (Observer* const watching = observer()) watching->propertyWritten(state.id, property->name, value, ok);
+  if (const Watch watch; watch) watch->propertyWritten(state.id, property->name, value, ok);
   return ok;
 }
 
@@ -144,7 +144,7 @@ bool callMethod(CorvelNativePropertyBase& object, unsigned int row, const _Corve
   static const _CorvelNativeVariant none;  // methods may read their first slot whatever argc says
   const bool ok = method->function(&object, argc == 0 ? &none : args, argc, &result);
   if (!ok) makeUndefined(result);
-  if (Observer* const watching = observer()) watching->methodCalled(state.id, method->name, args, argc, ok, result);
+  if (const Watch watch; watch) watch->methodCalled(state.id, method->name, args, argc, ok, result);
   return ok;
 }
 

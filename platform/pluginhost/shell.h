@@ -113,7 +113,8 @@ class CORVEL_API Observer {
   virtual void methodCalled(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant* args, unsigned int argc,
                             bool ok, const _CorvelNativeVariant& result) = 0;
 };
-/// Null for none (the default). Set it before the first object is made.
+/// Null for none (the default). Set it before the first object is made. Waits for calls of the one before that are running, so it
+/// may be destroyed then. Never from inside such a call.
 CORVEL_API void setObserver(Observer* observer);
 
 }  // namespace pluginhost

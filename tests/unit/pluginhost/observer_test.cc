@@ -2,7 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
+#include <latch>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/unit/pluginhost/fake_plugin.h"
@@ -105,6 +108,41 @@ TEST_F(ObserverTest, SeesNothing_OnceRemoved) {
   m_plugin.dispatchEvent("onThing", nullptr, 0);
 
   EXPECT_THAT(m_observer.lines, IsEmpty());
+}
+
+/// Stays in the call for "count" until it may go on.
+class SlowObserver : public LineObserver {
+ public:
+  void propertyChanged(std::uint64_t id, std::string_view name, const _CorvelNativeVariant& value) override {
+    if (name == "count") {
+      entered.count_down();
+      goOn.wait();
+    }
+    LineObserver::propertyChanged(id, name, value);
+  }
+
+  std::latch entered{1};
+  std::latch goOn{1};
+};
+
+TEST_F(ObserverTest, IsInNoCall_OnceRemoved) {
+  SlowObserver slow;
+  pluginhost::setObserver(&slow);
+  std::jthread storing([this] { m_plugin.setProperty("count", 3); });
+  slow.entered.wait();
+
+  auto linesAtRemoval = std::async(std::launch::async, [&slow] {
+    pluginhost::setObserver(nullptr);
+    return slow.lines.size();
+  });
+  std::size_t lines = 0;
+  do {
+    lines = slow.lines.size();
+    m_plugin.setProperty("flag", true);
+  } while (slow.lines.size() != lines);
+  slow.goOn.count_down();
+
+  EXPECT_EQ(linesAtRemoval.get(), lines + 1);
 }
 
 }  // namespace
