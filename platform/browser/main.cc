@@ -44,7 +44,7 @@ int runMain(int argc, char** argv) {
   if (options.help || options.version) return 0;
   if (!options.traceFile.empty() && !canWrite(options.traceFile)) return fail("cannot write the trace file " + options.traceFile);
   std::unique_ptr<Film> film;
-  if (!options.filmFile.empty()) film = Film::open(options.filmFile, options.filmFrame, error);
+  if (!options.filmFile.empty()) film = Film::open(options.filmFile, options.filmPart, error);
   if (!error.empty()) return fail(error);
   prepareEngine();
   if (!gtk_init_check(nullptr, nullptr)) return fail("no display; without one, start it with xvfb-run -a");

@@ -52,12 +52,12 @@ void readFilm(const std::string& text, Options& out) {
   const std::size_t at = text.rfind('@');
   if (at == std::string::npos || at == 0) return;
   const std::vector<std::string> parts = splitList(text.substr(at + 1));
-  FilmFrame frame;
-  const bool framed = parts.size() == 3 && parseWhole(parts[0], 0, frame.x) && parseWhole(parts[1], 0, frame.y) &&
-                      parseSize(parts[2], 1, frame.width, frame.height);
-  if (!framed) return;
+  WindowPart part;
+  const bool isPart = parts.size() == 3 && parseWhole(parts[0], 0, part.x) && parseWhole(parts[1], 0, part.y) &&
+                      parseSize(parts[2], 1, part.width, part.height);
+  if (!isPart) return;
   out.filmFile = text.substr(0, at);
-  out.filmFrame = frame;
+  out.filmPart = part;
 }
 
 class Parser {
@@ -145,11 +145,11 @@ class Parser {
   }
 
   void checkFilm() {
-    const FilmFrame& frame = m_out.filmFrame;
-    if (frame.x < m_out.width && frame.y < m_out.height) return;
+    const WindowPart& part = m_out.filmPart;
+    if (part.x < m_out.width && part.y < m_out.height) return;
     const auto pair = [](int a, char sign, int b) { return std::to_string(a) + sign + std::to_string(b); };
-    m_error = "--film: the part at " + pair(frame.x, ',', frame.y) + " lies outside the window of " +
-              pair(m_out.width, 'x', m_out.height);
+    m_error =
+        "--film: the part at " + pair(part.x, ',', part.y) + " lies outside the window of " + pair(m_out.width, 'x', m_out.height);
   }
 
   void readQuit(const std::string& value) {

@@ -30,7 +30,7 @@ struct Options {
   std::string plugin;
   std::string traceFile;
   std::string filmFile;          ///< empty: none
-  FilmFrame filmFrame;           ///< what of the window belongs into it
+  WindowPart filmPart;           ///< what of the window belongs into it
   std::string subtitleSettings;  ///< "VALUE:TEXT"; empty for none
   std::vector<Step> steps;
   double quitSeconds = 0;  ///< 0: never by itself

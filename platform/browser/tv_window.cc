@@ -1,22 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/tv_window.h"
 
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "platform/browser/page_view.h"
 #include "platform/browser/remote_keys.h"
+#include "platform/browser/window_picture.h"
 
 namespace browser {
 
 namespace {
 
+constexpr float kAspect = static_cast<float>(kMediaPlaneWidth) / kMediaPlaneHeight;
+
 GtkWidget* widget(WebKitWebView* view) { return GTK_WIDGET(view); }
 
 void makeBlack(GtkWidget* window) {
   GtkCssProvider* const css = gtk_css_provider_new();
-  gtk_css_provider_load_from_data(css, "window, layout { background: #000; }", -1, nullptr);
+  gtk_css_provider_load_from_data(css, "window { background: #000; } frame > border { border: none; padding: 0; }", -1, nullptr);
   gtk_style_context_add_provider_for_screen(gtk_widget_get_screen(window), GTK_STYLE_PROVIDER(css),
                                             GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
   g_object_unref(css);
@@ -29,13 +30,13 @@ TvWindow::TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers)
       m_plane(plane),
       m_handlers(std::move(handlers)),
       m_window(gtk_window_new(GTK_WINDOW_TOPLEVEL)),
-      m_layout(gtk_layout_new(nullptr, nullptr)) {
+      m_content(gtk_aspect_frame_new(nullptr, 0.5, 0.5, kAspect, FALSE)) {
   const GdkRGBA transparent = {0, 0, 0, 0};
   webkit_web_view_set_background_color(view, &transparent);
   makeBlack(m_window);
-  gtk_layout_put(GTK_LAYOUT(m_layout), widget(view), 0, 0);
-  gtk_container_add(GTK_CONTAINER(m_window), m_layout);
-  g_signal_connect(m_layout, "size-allocate", G_CALLBACK(onSize), this);
+  gtk_container_add(GTK_CONTAINER(m_content), widget(view));
+  gtk_container_add(GTK_CONTAINER(m_window), m_content);
+  g_signal_connect(view, "size-allocate", G_CALLBACK(onSize), this);
   g_signal_connect(view, "draw", G_CALLBACK(onDraw), this);
   g_signal_connect_after(view, "draw", G_CALLBACK(onDrawn), this);
   onRedrawAsked(view, [this] {
@@ -56,7 +57,6 @@ TvWindow::~TvWindow() {
 
 void TvWindow::show(int width, int height, bool fullScreen) {
   gtk_window_set_default_size(GTK_WINDOW(m_window), width, height);
-  fit(width, height);
   if (fullScreen) toggleFullScreen();
   gtk_widget_show_all(m_window);
   gtk_widget_grab_focus(widget(m_view));
@@ -75,18 +75,9 @@ void TvWindow::redraw() {
   m_redraws = false;
 }
 
-void TvWindow::onSize(GtkWidget*, GtkAllocation* size, gpointer self) {
-  static_cast<TvWindow*>(self)->fit(size->width, size->height);
-}
-
-// The largest 16:9 picture in the middle. The zoom makes it 1280 CSS pixels wide, whatever its size.
-void TvWindow::fit(int width, int height) {
-  const double scale = std::min(static_cast<double>(width) / kMediaPlaneWidth, static_cast<double>(height) / kMediaPlaneHeight);
-  const int fitted = std::max(1, static_cast<int>(std::lround(kMediaPlaneWidth * scale)));
-  const int fittedHeight = std::max(1, static_cast<int>(std::lround(kMediaPlaneHeight * scale)));
-  gtk_widget_set_size_request(widget(m_view), fitted, fittedHeight);
-  gtk_layout_move(GTK_LAYOUT(m_layout), widget(m_view), (width - fitted) / 2, (height - fittedHeight) / 2);
-  webkit_web_view_set_zoom_level(m_view, static_cast<double>(fitted) / kMediaPlaneWidth);
+// The page is 1280 CSS pixels wide in a view of any size.
+void TvWindow::onSize(GtkWidget* view, GtkAllocation* size, gpointer) {
+  webkit_web_view_set_zoom_level(WEBKIT_WEB_VIEW(view), static_cast<double>(size->width) / kMediaPlaneWidth);
 }
 
 gboolean TvWindow::onDraw(GtkWidget* view, cairo_t* cairo, gpointer self) {
@@ -158,7 +149,7 @@ void TvWindow::onPainted(GdkFrameClock* clock, gpointer self) {
 
 void TvWindow::beginFilm(std::unique_ptr<Film> film) {
   m_film = std::move(film);
-  m_film->begin(m_window);
+  m_film->begin(m_content);
 }
 
 bool TvWindow::endFilm() {
@@ -167,8 +158,7 @@ bool TvWindow::endFilm() {
 }
 
 bool TvWindow::screenshot(const std::string& path, std::string& error) const {
-  GdkWindow* const window = gtk_widget_get_window(m_window);
-  GdkPixbuf* const picture = gdk_pixbuf_get_from_window(window, 0, 0, gdk_window_get_width(window), gdk_window_get_height(window));
+  GdkPixbuf* const picture = pictureOf(m_content, {});
   if (picture == nullptr) {
     error = "the window gave no picture for " + path;
     return false;

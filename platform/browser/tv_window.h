@@ -46,21 +46,20 @@ class TvWindow {
   bool screenshot(const std::string& path, std::string& error) const;
 
  private:
-  static void onSize(GtkWidget* layout, GtkAllocation* size, gpointer self);
+  static void onSize(GtkWidget* view, GtkAllocation* size, gpointer self);
   static gboolean onDraw(GtkWidget* view, cairo_t* cairo, gpointer self);
   static gboolean onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self);
   static gboolean onKey(GtkWidget* view, GdkEventKey* event, gpointer self);
   static gboolean onDelete(GtkWidget* window, GdkEvent* event, gpointer self);
   static void onPainted(GdkFrameClock* clock, gpointer self);
 
-  void fit(int width, int height);
   void sendKey(guint sentKey, GdkEventType type);
 
   WebKitWebView* m_view;
   PlaneView& m_plane;
   Handlers m_handlers;
   GtkWidget* m_window;
-  GtkWidget* m_layout;
+  GtkWidget* m_content;  ///< keeps the view in the television's shape
   std::function<void()> m_whenDrawn;
   gulong m_painted = 0;
   std::set<guint16> m_ownKeys;  ///< pressed ones that were not the page's; nor is their release

@@ -36,19 +36,10 @@ def nameOf(process):
         return ""
 
 
-def until(condition, patience=television.PATIENCE_S):
-    deadline = time.monotonic() + patience
-    while not condition():
-        if time.monotonic() > deadline:
-            return False
-        time.sleep(0.02)
-    return True
-
-
 class LifeTest(television.Case):
     def startPlaying(self, *arguments, **environment):
         process = self.start("playing.html", "--trace", "trace.jsonl", *arguments, **environment)
-        self.assertTrue(until(lambda: any('"name":"PLAYING"' in line for line in self.traceSoFar())), "does not play")
+        self.assertTrue(television.until(lambda: any('"name":"PLAYING"' in line for line in self.traceSoFar())), "does not play")
         return process
 
     def traceSoFar(self):
@@ -59,7 +50,7 @@ class LifeTest(television.Case):
             return file.read().splitlines()
 
     def assertNothingRuns(self, processes):
-        self.assertTrue(until(lambda: not any(os.path.exists("/proc/%d" % one) for one in processes), 20), "processes are left")
+        self.assertTrue(television.until(lambda: not any(os.path.exists("/proc/%d" % one) for one in processes), 20), "processes are left")
 
     def test_quit_while_playing(self):
         run = self.browse("playing.html", "--wait", "playing()")
@@ -169,7 +160,7 @@ class LifeTest(television.Case):
         self.waitUntilTold(process)
         self.pressOnKeyboard("Return")
         again = lambda: [one for one in childrenOf(process.pid) if nameOf(one).startswith("WebKitWebProc")]
-        self.assertTrue(until(lambda: again() and again() != page), "no new process")
+        self.assertTrue(television.until(lambda: again() and again() != page), "no new process")
         process.send_signal(signal.SIGTERM)
         self.finish(process)
 

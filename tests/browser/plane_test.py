@@ -73,6 +73,27 @@ class GeometryTest(television.Case):
         self.assertCard(picture, 200, 120, 320, 180)  # half of 400,120, and 60 black lines above
 
 
+class ResizeTest(television.Case):
+    def test_page_and_video_grow_and_shrink_with_the_window(self):
+        with open(os.path.join(self.folder, "count.js"), "w", encoding="utf-8") as file:
+            file.write("window.presses = 0; addEventListener('keydown', function () { presses += 1; });")
+        sizes = ((640, 480), (1000, 400), (1280, 720))
+        shots = [part for count in range(1, len(sizes) + 1) for part in ("--wait", "presses >= %d" % count, "--screenshot", "%d.png" % count)]
+        process = self.start("geometry.html", "--script", "count.js", *television.steps("start"), *shots, "--quit-after", "90")
+        for count, size in enumerate(sizes):
+            name = os.path.join(self.folder, "%d.png" % count if count > 0 else "start.png")
+            self.assertTrue(television.until(lambda name=name: os.path.exists(name) or process.poll() is not None))
+            self.resizeWindow("Where the video is", *size)
+            self.pressOnKeyboard("a")
+        run = self.finish(process)
+        self.assertEqual(run.status, 0, run.output)
+        for count, (size, box) in enumerate(zip(sizes, ((20, 80, 160, 90), (167, 22, 178, 100), (40, 40, 320, 180))), 1):
+            with self.subTest(size):
+                picture = run.picture("%d.png" % count)
+                self.assertEqual((picture.width, picture.height), size)
+                self.assertCard(picture, *box)
+
+
 class SeveralTest(television.Case):
     def test_later_objects_lie_above_earlier_ones(self):
         run = self.browse("several.html", "--wait", "done", "--screenshot", "a.png")

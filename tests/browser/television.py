@@ -20,6 +20,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -44,6 +45,16 @@ def commandLine():
     parser.add_argument("--sanitizers", help="libraries to load before the browser's own, when it was built with sanitizers")
     parser.add_argument("tests", nargs="*")
     return parser.parse_args()
+
+
+def until(condition, patience=PATIENCE_S):
+    """@return whether the condition held within this time."""
+    deadline = time.monotonic() + patience
+    while not condition():
+        if time.monotonic() > deadline:
+            return False
+        time.sleep(0.02)
+    return True
 
 
 class Screen:
@@ -269,11 +280,19 @@ class Case(unittest.TestCase):
         """Presses a key as the screen's keyboard would."""
         subprocess.run(["xdotool", "key", key], env=self.environment(LD_PRELOAD=""), check=True)
 
-    def closeWindow(self, title):
-        """What a window manager does when the user closes the window."""
+    def findWindow(self, title):
         found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", title], env=self.environment(LD_PRELOAD=""),
                                check=True, stdout=subprocess.PIPE, text=True, timeout=PATIENCE_S).stdout.split()
-        sendDeleteWindow(self.screen.name, int(found[0]))
+        return int(found[0])
+
+    def closeWindow(self, title):
+        """What a window manager does when the user closes the window."""
+        sendDeleteWindow(self.screen.name, self.findWindow(title))
+
+    def resizeWindow(self, title, width, height):
+        """What a window manager does when the user drags a corner of the window. The keyboard is where the pointer is."""
+        subprocess.run(["xdotool", "mousemove", "5", "5", "windowsize", str(self.findWindow(title)), str(width), str(height)], env=self.environment(LD_PRELOAD=""),
+                       check=True)
 
     def assertColour(self, picture, point, colour, tolerance=24):
         seen = picture.around(*point)
