@@ -62,6 +62,7 @@ void FrameScript::addHostFunction(JSObjectRef host, const char* name, std::size_
 JSObjectRef FrameScript::makeParts() {
   JSObjectRef parts = JSObjectMake(m_context, nullptr, nullptr);
   script::setProperty(m_context, parts, "inspect", compile("avc-browser:inspect", script::kInspectSource));
+  script::setProperty(m_context, parts, "screen", compile("avc-browser:screen", script::kScreenSource));
   script::setProperty(m_context, parts, "keys", compile("avc-browser:keys", script::kRemoteKeysSource));
   script::setProperty(m_context, parts, "environment", compile("avc-browser:environment", script::kEnvironmentSource));
   script::setProperty(m_context, parts, "stacking", compile("avc-browser:stacking", script::kStackingSource));

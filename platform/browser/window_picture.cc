@@ -18,12 +18,16 @@ GdkRectangle clip(const WindowPart& part, int width, int height) {
 }
 
 GdkPixbuf* paintAgain(GtkWidget* content, const GdkRectangle& part) {
-  cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, part.width, part.height);
+  const int scale = gtk_widget_get_scale_factor(content);
+  const int width = part.width * scale;
+  const int height = part.height * scale;
+  cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
   cairo_t* const cairo = cairo_create(surface);
+  cairo_scale(cairo, scale, scale);
   cairo_translate(cairo, -part.x, -part.y);
   gtk_widget_draw(content, cairo);
   cairo_destroy(cairo);
-  GdkPixbuf* const picture = gdk_pixbuf_get_from_surface(surface, 0, 0, part.width, part.height);
+  GdkPixbuf* const picture = gdk_pixbuf_get_from_surface(surface, 0, 0, width, height);
   cairo_surface_destroy(surface);
   return picture;
 }

@@ -13,7 +13,8 @@ struct WindowPart {
   int height = 0;
 };
 
-/// A picture of that part of @p content, which fills its window; the caller's. Null when the desktop gives none.
+/// A picture of that part of @p content, which fills its window, in pixels of the screen; the caller's. Null when the desktop gives
+/// none.
 /// Right after the window has been painted: on Wayland nobody can read a window, so its content is painted once more.
 GdkPixbuf* pictureOf(GtkWidget* content, const WindowPart& part);
 

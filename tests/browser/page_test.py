@@ -229,6 +229,30 @@ class LocaleTest(television.Case):
         self.assertEqual(heard[-1], "de,en;q=0.90")
 
 
+class ScreenTest(television.Case):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.screen.close()
+        cls.screen = television.Screen(1920, 1080)
+
+    def test_screen_is_the_television_s_in_windows_and_frames_of_any_size(self):
+        with open(os.path.join(self.folder, "look.js"), "w", encoding="utf-8") as file:
+            file.write("""var frame = document.body.appendChild(document.createElement('iframe'));
+                          function sizes(of) {
+                            return [of.screen.width, of.screen.height, of.screen.availWidth, of.screen.availHeight, of.outerWidth, of.outerHeight,
+                                    of.devicePixelRatio, of.screenX, of.screenY, of.screenLeft, of.screenTop].join();
+                          }
+                          console.log(sizes(window), innerWidth, innerHeight);
+                          console.log(sizes(frame.contentWindow));
+                          var screenX = 5;
+                          console.log(screenX);""")
+        for more in ((), ("--window", "640x360"), ("--window", "1600x900")):
+            with self.subTest(more):
+                told = self.browse("keys.html", "--script", "look.js", "--wait", "true", *more).logged()
+                self.assertEqual(told, ["1280,720,1280,720,1280,720,1,0,0,0,0 1280 720", "1280,720,1280,720,1280,720,1,0,0,0,0", "5"])
+
+
 class EnvironmentTest(television.Case):
     def test_objects_and_options(self):
         run = self.browse("environment.html", "--wait", "done", "--audio-languages", "deu,eng", "--country", "DEU")
