@@ -50,6 +50,9 @@ class ElementTest(television.Case):
         self.assertAllClosed(run)
 
 
+    def test_parameters_count_once(self):
+        self.browse("parameters.html", "--wait", "done")
+
     def test_page_from_a_file_is_told_why_its_film_does_not_play(self):
         with open(os.path.join(self.folder, "film.html"), "w", encoding="utf-8") as file:
             file.write("<object type='video/mp4' data='film.mp4'></object>")

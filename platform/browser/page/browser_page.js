@@ -51,6 +51,8 @@
   const computedStyle = window.getComputedStyle.bind(window);
   const dispatchEvent = uncurry(EventTarget.prototype.dispatchEvent);
   const addListener = uncurry(EventTarget.prototype.addEventListener);
+  const readerOf = uncurry(WeakMap.prototype.get);
+  const keepReader = uncurry(WeakMap.prototype.set);
   const takeRecords = uncurry(MutationObserver.prototype.takeRecords);
   const observe = uncurry(MutationObserver.prototype.observe);
   const contentType = getter(Document.prototype, 'contentType');
@@ -94,12 +96,16 @@
     for (let i = 0; i < removedNodes.length; i += 1) visitObjects(removedNodes[i], layer.removed);
     for (let i = 0; i < addedNodes.length; i += 1) {
       const node = addedNodes[i];
-      if (isElement(target) && node instanceof HTMLParamElement) {
+      if (isElement(target) && node instanceof HTMLParamElement && readerOf(readParameters, node) !== target) {
+        keepReader(readParameters, node, target);
         layer.parameterAdded(target, getAttribute(node, 'name') || '', getAttribute(node, 'value') || '');
       }
       visitObjects(node, (element) => { if (isConnected(element)) layer.inserted(element); });
     }
   }
+
+  // An object that came with its parameters has read them before their own record is looked at.
+  const readParameters = new WeakMap();  // which object has read a parameter
 
   function visitObjects(node, visit) {
     if (nodeType(node) !== 1) return;
@@ -364,6 +370,7 @@
     parameters(element) {
       const out = [];
       for (const child of elementQuery(element, 'param')) {
+        keepReader(readParameters, child, element);
         out.push([getAttribute(child, 'name') || '', getAttribute(child, 'value') || '']);
       }
       return out;
