@@ -66,7 +66,7 @@ std::string_view fallbackName(const GstStructure& structure) {
   return {};
 }
 
-/// The media type of what encryption hides is a field then.
+/// The media type of what encryption hides, and of what became a plain text of documents, is a field then.
 GstCaps* inClear(const GstCaps* caps) {
   const GstStructure* const structure = gst_caps_get_structure(caps, 0);
   const char* const original = gst_structure_get_string(structure, "original-media-type");

@@ -5,7 +5,8 @@
 
 namespace {
 
-constexpr char kOutputCaps[] = "text/x-raw, format=(string)utf8, ttml=(boolean)true";
+constexpr char kOutputCaps[] =
+    "text/x-raw, format=(string)utf8, ttml=(boolean)true, original-media-type=(string)application/ttml+xml";
 
 struct AvcTtmlPassThrough {
   GstElement element;

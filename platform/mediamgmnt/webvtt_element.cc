@@ -13,7 +13,8 @@ namespace {
 using mediamgmnt::WebVttCue;
 using mediamgmnt::WebVttCues;
 
-constexpr char kOutputCaps[] = "text/x-raw, format=(string)utf8, ttml=(boolean)true";
+constexpr char kOutputCaps[] =
+    "text/x-raw, format=(string)utf8, ttml=(boolean)true, original-media-type=(string)application/x-subtitle-vtt";
 
 struct AvcWebVtt {
   GstElement element;

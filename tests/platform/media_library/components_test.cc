@@ -446,6 +446,15 @@ TEST(ComponentsTest, ASoundWithoutPictureHasNoVideo) {
   EXPECT_THAT(records(player, "AUDIO")[0], testing::StartsWith("1|mp3|0|"));
 }
 
+TEST(ComponentsTest, TimedTextOfAFileIsNamedByItsFormat) {
+  for (const char* const path : {"text.mp4", "text-frag.mp4"}) {
+    TestPlayer player;
+    player.start(url(path));
+
+    EXPECT_THAT(records(player, "SUBTITLE"), ElementsAre(testing::StartsWith("2|stpp|"), testing::StartsWith("2|stpp|"))) << path;
+  }
+}
+
 TEST(ComponentsTest, NothingIsListedBeforeTheFirstPlay) {
   TestPlayer player;
   player.load(url("short/two.mp4"));
