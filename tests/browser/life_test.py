@@ -121,6 +121,28 @@ class LifeTest(television.Case):
                           "--wait", "location.hash === '#place' && (%s.destroyApplication(), true)" % app, "--wait", "location.href === 'about:blank'")
         self.assertAllClosed(run)
 
+    APPLICATION = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
+
+    def test_frames_are_part_of_the_application(self):
+        for frame in ("near", "far"):
+            for act, wanted in (("createApplication('playing.html?next', false)", "location.search === '?next' && playing()"),
+                                ("destroyApplication()", "location.href === 'about:blank'")):
+                script = "onkeydown = function () { %s.%s }" % (self.APPLICATION, act)
+                run = self.browse("frames.html", "--wait", 'ready === 2 && act("%s", "%s")' % (frame, script),
+                                  "--wait", "document.activeElement.id === '%s'" % frame, "--keys", "Red", "--wait", wanted)
+                self.assertAllClosed(run)
+
+    def test_frame_of_another_origin_cannot_end_the_application_by_itself(self):
+        run = self.browse("frames.html", "--wait", "ready === 2 && act('far', '%s.destroyApplication(); parent.postMessage(`paused`, `*`)')" %
+                          self.APPLICATION, "--wait", "ready === 3")
+        self.assertEqual(run.lines("console.warn: "), ["a frame of another origin may end the application only once the viewer has used it"])
+
+    def test_application_is_hidden_from_a_frame(self):
+        run = self.browse("frames.html", "--wait", "ready === 2 && act('near', '%s.hide()')" % self.APPLICATION,
+                          "--wait", "getComputedStyle(document.body).visibility === 'hidden'", "--wait", "act('near', '%s.show()')" % self.APPLICATION,
+                          "--wait", "getComputedStyle(document.body).visibility === 'visible'")
+        self.assertAllClosed(run)
+
     def test_object_in_a_frame_ends_with_it(self):
         run = self.browse("frames.html", "--wait", "ready === 2 && without()", "--wait", "ready === 2")
         self.assertAllClosed(run)

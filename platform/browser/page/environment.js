@@ -52,13 +52,13 @@
     privateData: { keyset, currentChannel: null, getFreeMem: () => -1 },
     window,
     show() {
-      document.documentElement.removeAttribute('data-application-hidden');
+      rootElement().removeAttribute('data-application-hidden');
       application.visible = true;
       tellApplication('ApplicationShown');
       return true;
     },
     hide() {
-      document.documentElement.setAttribute('data-application-hidden', '');  // television.css knows it
+      rootElement().setAttribute('data-application-hidden', '');  // television.css knows it
       application.visible = false;
       tellApplication('ApplicationHidden');
     },
@@ -66,14 +66,15 @@
     deactivate() {},
     activateInput() { return true; },
     deactivateInput() {},
-    destroyApplication() { if (!replaced) window.location.replace('about:blank'); },
+    destroyApplication() { if (!replaced) leave((top) => top.location.replace('about:blank')); },
     createApplication(address) {
       if (!isWebAddress(address)) {
         page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
         return null;
       }
       replaced = !isPlaceHere(address);
-      window.location.assign(address);
+      const { href } = new URL(address, document.baseURI);
+      leave((top) => { top.location.href = href; });  // a frame of another origin may not call assign()
       return application;
     },
   });
@@ -81,8 +82,24 @@
   // To go to a place in a document keeps the document.
   function isPlaceHere(address) {
     const wanted = new URL(address, document.baseURI);
-    return wanted.hash !== '' && wanted.href.split('#')[0] === window.location.href.split('#')[0];
+    return wanted.hash !== '' && wanted.href.split('#')[0] === fromTop((top) => top.location.href.split('#')[0]);
   }
+
+  // The documents in frames are part of the application, but one of another origin cannot look at the top window.
+  function fromTop(look) {
+    try {
+      return look(window.top);
+    } catch {
+      return undefined;
+    }
+  }
+
+  function leave(navigate) {
+    const told = fromTop((top) => [navigate(top)]);
+    if (told === undefined) page.warn('a frame of another origin may end the application only once the viewer has used it');
+  }
+
+  const rootElement = () => fromTop((top) => top.document.documentElement) || document.documentElement;
 
   function isWebAddress(address) {
     try {
