@@ -47,6 +47,7 @@ WebKitSettings* makeSettings(const Options& options) {
   webkit_settings_set_enable_page_cache(settings, FALSE);
   webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_ALWAYS);
   webkit_settings_set_enable_media(settings, FALSE);
+  webkit_settings_set_enable_spatial_navigation(settings, TRUE);  // a remote control has arrows and no Tab
   webkit_settings_set_javascript_can_access_clipboard(settings, FALSE);
   webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);
   return settings;

@@ -79,6 +79,11 @@ class KeyTest(television.Case):
         self.assertEqual(made, "250,250,x")
 
 
+    def test_arrows_go_from_link_to_link_unless_the_page_takes_them(self):
+        self.browse("links.html", "--keys", "Down", "--wait", "at('two')", "--keys", "Right", "--wait", "at('three')", "--keys", "Left,Enter",
+                    "--wait", "at('two') && location.hash === '#two'", "--wait", "held = true", "--keys", "Up,Right", "--wait", "at('two')")
+
+
 class OverlayTest(television.Case):
     def test_status_and_help_are_shown_on_request(self):
         page = ("--wait", "playing() && (video.play(0), true)", "--wait", "video.playState === 2")
