@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/browser/messages.h"
+#include "platform/browser/television_entities.h"
 #include "platform/browser/web_side.h"
 
 namespace {
@@ -39,6 +40,7 @@ void onWindowCleared(WebKitScriptWorld* world, WebKitWebPage*, WebKitFrame* fram
 
 extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension, GVariant* data) {
   showLibrariesToPlugin();
+  browser::knowTelevisionEntities();
   // Lives as long as the process: the engine may still call when its own globals go.
   auto* const side = new browser::WebSide(readStart(data));
   g_signal_connect(extension, "page-created", G_CALLBACK(onPageCreated), side);

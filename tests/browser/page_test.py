@@ -13,6 +13,9 @@ class DocumentTest(television.Case):
     def test_television_xhtml(self):
         self.assertEqual(self.browse("document.hbbtv", "--wait", "done").logged(), ["fine"])
 
+    def test_entities_of_television_xhtml(self):
+        self.assertEqual(self.browse("entities.hbbtv", "--wait", "done").logged(), ["fine"])
+
     def test_xhtml(self):
         self.assertEqual(self.browse("document.xhtml", "--wait", "done").logged(), ["fine"])
 
