@@ -69,6 +69,7 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "boxes", compile("avc-browser:boxes", script::kBoxesSource));
   script::setProperty(m_context, parts, "cover", compile("avc-browser:cover", script::kCoverSource));
   script::setProperty(m_context, parts, "videoHole", compile("avc-browser:video-hole", script::kVideoHoleSource));
+  script::setProperty(m_context, parts, "namedEntities", compile("avc-browser:named-entities", script::kNamedEntitiesSource));
   return parts;
 }
 

@@ -10,7 +10,8 @@
 //       stackAll(): the objects of all windows are to be put one above the other, as their elements are
 //       frameOffset(parentWindow) -> {x, y, covered}: where this window's page is on the plane, and whether something is painted
 //       below it; null when it cannot be seen
-// native, makeLayer: see av_element.js    parts: {inspect, screen, keys, environment, boxes, stacking, cover, videoHole}: see there
+// native, makeLayer: see av_element.js
+// parts: {inspect, screen, keys, namedEntities, environment, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -353,6 +354,7 @@
 
   parts.screen();
   parts.keys();
+  parts.namedEntities();
   parts.environment({
     settings, subtitlesEnabled: host.subtitlesEnabled, isElement, getAttribute, warn: (text) => host.print('warn', text, '', 0),
   });

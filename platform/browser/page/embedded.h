@@ -13,6 +13,7 @@ extern const char kStackingSource[];
 extern const char kBoxesSource[];
 extern const char kCoverSource[];
 extern const char kVideoHoleSource[];
+extern const char kNamedEntitiesSource[];
 /// The style sheet that every page gets.
 extern const char kTelevisionStyle[];
 
