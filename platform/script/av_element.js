@@ -49,6 +49,7 @@
   const kStopped = 0;
   const kPlaying = 1;
   const kPaused = 2;
+  const kConnecting = 3;
   const kBuffering = 4;
   const kFinished = 5;
   const kError = 6;
@@ -607,6 +608,28 @@
     page.dispatch(element, type, fields);
   }
 
+  // The object does not wait for script, and may be further than what is told. What it has come to has an event of its own: a handler
+  // that is told of something earlier does not find it yet, or it would meet one error, or one end, several times.
+  function raiseState(element, record, name, parameters) {
+    const present = stateOf(record);
+    const earlier = earlierState(parameters[0], present);
+    if (earlier === present) {
+      raise(element, name, parameters);
+      return;
+    }
+    const now = () => { const one = records.get(element); return one === undefined ? undefined : stateOf(one); };
+    const get = () => (now() === present ? earlier : now());  // what the handler does changes it
+    Reflect.defineProperty(element, 'playState', { get, set() {}, enumerable: true, configurable: true });
+    raise(element, name, parameters);
+    Reflect.deleteProperty(element, 'playState');
+  }
+
+  // A stop that is followed by a play already, and ready, which is no state, are on the way to it.
+  function earlierState(told, present) {
+    if (present !== kPlaying && present !== kFinished && present !== kError) return present;
+    return told === kStopped || told === kReady ? kConnecting : told;
+  }
+
   function fire(id, name, parameters) {
     const weak = elements.get(id);
     const element = weak === undefined ? undefined : deref(weak);
@@ -615,7 +638,8 @@
     const state = name === 'onPlayStateChange' ? parameters[0] : undefined;
     if (state !== undefined) noteState(element, record, state);
     if (name === 'onPlayerHandle' && record.renewing) renewWindow(record);
-    raise(element, name, parameters);
+    if (state === undefined) raise(element, name, parameters);
+    else raiseState(element, record, name, parameters);
     if (records.get(element) !== record) return;  // a handler gave the object up
     runSubtitlePlayer(record, name, parameters);
     if (state !== undefined) {

@@ -39,7 +39,7 @@
 
   function withCharacters(element, markup) {
     if (markup === null) return markup;  // which is no text to these
-    const text = String(markup);
+    const text = `${markup}`;
     return includes(text, '&') && hasEntities(element) ? replace(text, kNames, resolved) : text;
   }
 

@@ -22,6 +22,53 @@ TEST_F(ElementAccessTest, ReadsWhatAnotherThreadHasJustSet) {
   object().setProperty("playState", 0);
 }
 
+/// The object is in the present state when script hears of the told one.
+class ToldStateTest : public PageTest {
+ protected:
+  std::string heard(int present, int told, const std::string& handler = "seen.push(av.playState)") {
+    object().setProperty("playState", present);
+    eval("globalThis.seen = []; av.onPlayStateChange = (state) => { " + handler + "; }");
+    eval("for (let id = 1; id < 50; id += 1) layer.fire(id, 'onPlayStateChange', [" + std::to_string(told) + "])");
+    eval("seen.push(Object.hasOwn(av, 'playState') ? 'left behind' : av.playState)");
+    return eval("seen.join()");
+  }
+  void TearDown() override {
+    object().setProperty("playState", 0);
+    PageTest::TearDown();
+  }
+};
+
+TEST_F(ToldStateTest, IsWhatAHandlerReads_WhileTheEventOfALaterOneIsToCome) {
+  for (const int last : {1, 5, 6}) {
+    const std::string after = "," + std::to_string(last);
+    EXPECT_EQ(heard(last, 3), "3" + after);
+    EXPECT_EQ(heard(last, 4), "4" + after);
+    EXPECT_EQ(heard(last, 2), "2" + after);
+    EXPECT_EQ(heard(last, last), std::to_string(last) + after);
+  }
+}
+
+TEST_F(ToldStateTest, OfAStopOrASourceThatIsReadyIsConnecting) {
+  for (const int told : {0, 7}) EXPECT_EQ(heard(6, told), "3,6");
+}
+
+TEST_F(ToldStateTest, IsThePresentOne_OnTheWayToTheNext) {
+  for (const int told : {0, 3, 5, 7}) EXPECT_EQ(heard(4, told), "4,4");
+}
+
+TEST_F(ToldStateTest, GivesWayToWhatTheHandlerDoes) {
+  object().setProperty("playState", 0);
+  eval("av.data = 'http://media.example/film.mp4'");
+
+  EXPECT_EQ(heard(5, 4, "seen.push(av.playState); av.play(1); seen.push(av.playState)"), "4,3,3");
+}
+
+TEST_F(ToldStateTest, CannotBeWrittenAndNeedsNoExtensibleElement) {
+  EXPECT_EQ(heard(6, 4, "av.playState = 9; seen.push(av.playState)"), "4,6");
+  eval("Object.preventExtensions(av)");
+  EXPECT_EQ(heard(6, 4), "6,6");
+}
+
 TEST_F(ElementAccessTest, ReadsWhatABoundTextHoldsNow) {
   char buffer[8] = "one";
   object().setProperty("data", buffer);
