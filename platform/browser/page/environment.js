@@ -13,8 +13,9 @@
   const kMediaTypes = ['video/mp4', 'video/mpeg', 'video/mp2t', 'audio/mpeg', 'audio/mp4', 'application/dash+xml',
     'application/vnd.apple.mpegurl', 'application/vnd.oipf.ContentAccessStreaming+xml'];
   const kCapabilities = `<profilelist>
-<ui_profile name="OITF_HD_UIPROF+META_SI+TRICKMODE+AVCAD">
-<ext><colorkeys>true</colorkeys><parentalcontrol schemes="dvb-si">true</parentalcontrol></ext>
+<ui_profile name="OITF_HD_UIPROF+META_SI+TRICKMODE+AVCAD+DRM">
+<ext><colorkeys>true</colorkeys><parentalcontrol schemes="dvb-si">true</parentalcontrol>
+<drm DRMSystemID="urn:uuid:e2719d58-a985-b3c9-781a-b030af78d30e">MP4_CENC</drm></ext>
 </ui_profile>
 <audio_profile name="MPEG1_L3" type="audio/mpeg"/>
 <audio_profile name="HEAAC" type="audio/mp4"/>
@@ -23,7 +24,7 @@
 <video_profile name="TS_AVC_HD_25_HEAAC" type="video/mpeg" transport="http"/>
 <video_profile name="MP4_AVC_HD_25_HEAAC" type="video/mp4" transport="dash"/>
 </profilelist>`;
-  const kProfiles = ['OITF_HD_UIPROF', 'META_SI', 'TRICKMODE', 'AVCAD', 'TV_UIPROF'];
+  const kProfiles = ['OITF_HD_UIPROF', 'META_SI', 'TRICKMODE', 'AVCAD', 'DRM', 'TV_UIPROF'];
   const kStopped = 0;
   const kUnknownDrmSystem = 5;
 
