@@ -19,6 +19,7 @@
 //         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
 //         and, where a shell has need of it: upgraded(element): it became a live object    sync(): tell of changed attributes now
 //         shows(element, box, fullScreen): where its picture is now, null where it has none
+//         focus(element, parameters): the keys are for it from now on
 //         baseUrl(element): what addresses are relative to, if that need not be the document's own
 //         addressAdvice: what else helps when a source is no web address    wake(): flush has something to do    userAgent: of the media requests, unless the page names one
 // The layer that it returns: see the last lines.
@@ -391,6 +392,11 @@
       if (url === null) record.queued = false;
       else if (result === true && state !== kStopped && state !== kFinished) record.queued = true;
       updateHold(element, record);
+      return result;
+    },
+    focus(element, record, parameters) {
+      const result = record.object.focus(...parameters);
+      if (page.focus !== undefined) page.focus(element, parameters);
       return result;
     },
     // For the object only an absent argument and undefined mean all of them; for a page null does, too.

@@ -50,6 +50,7 @@
   const boundingBox = uncurry(Element.prototype.getBoundingClientRect);
   const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
   const computedStyle = window.getComputedStyle.bind(window);
+  const originalFocus = HTMLElement.prototype.focus;
   const dispatchEvent = uncurry(EventTarget.prototype.dispatchEvent);
   const addListener = uncurry(EventTarget.prototype.addEventListener);
   const readerOf = uncurry(WeakMap.prototype.get);
@@ -382,6 +383,7 @@
       const isSeen = fullScreen || (place !== null && place !== kNowhere);
       uncover(element, isSeen ? holeFor(element, fullScreen) : null);
     },
+    focus: (element, parameters) => apply(originalFocus, element, parameters),
     documentUrl: (element) => documentAddress(ownerDocument(element)),
     baseUrl: baseUri,
     resolveUrl,
