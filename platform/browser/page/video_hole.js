@@ -11,6 +11,7 @@
   'use strict';
 
   const kXhtml = 'http://www.w3.org/1999/xhtml';
+  const kName = 'video-hole';  // none of HTML's own: `document.name` finds an object only without these in it
   const kMark = 'data-video-hole';
   const kSquare = 'data-video-corners';
   const kHasPicture = ':is([type^="video/" i], [type^="application/dash+xml" i], [type^="application/vnd.apple.mpegurl" i], ' +
@@ -52,7 +53,7 @@
 
   function makeHole(element) {
     const page = ownerDocument(element);
-    const hole = createElementNS(page, kXhtml, 'span');
+    const hole = createElementNS(page, kXhtml, kName);
     const clip = makeBox(page, attachShadow(hole, { mode: 'closed' }), 'width: 0; height: 0; overflow: hidden');
     makeBox(page, clip, 'margin: -100px; width: 10000px; height: 10000px; background: black');
     return hole;
