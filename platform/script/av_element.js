@@ -123,7 +123,7 @@
     }
     const id = native.id(object);
     if (!rowsDefined) defineRows(native.rows(id));
-    const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null,
+    const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
       subtitles: 0, clock: null, texts: { __proto__: null } };
     records.set(element, record);
     if (typeOf(element) !== kSubtitleType) objects.set(element, object);
@@ -564,6 +564,7 @@
   }
 
   function placeWindow(element, record) {
+    noteWhereItIs(element, record);
     const box = page.box(element);
     tellWhatShows(element, record, box);
     if (box === null || sameBox(record.box, box)) return;
@@ -709,6 +710,18 @@
     while (retired.length > 0) native.destroy(retired.shift());
   }
 
+  // What goes together with a shadow tree, or out of one, nobody tells of.
+  function noteWhereItIs(element, record) {
+    const isIn = page.isConnected(element);
+    if (record.isIn && !isIn) noteRemoval(element);
+    record.isIn = isIn;
+  }
+
+  function noteRemoval(element) {
+    removed.add(element);
+    wake();
+  }
+
   function placeWindows() {
     geometryChanged = false;
     forEachObject(placeWindow);
@@ -754,9 +767,7 @@
     attributeChanged,          // (element, name): its attribute was set or removed
     inserted: lookup,          // (element): it was put into a document
     removed(element) {
-      if (!records.has(element)) return;
-      removed.add(element);
-      wake();
+      if (records.has(element)) noteRemoval(element);
     },
     parameterAdded(element, name, value) {
       const record = records.get(element);

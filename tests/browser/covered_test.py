@@ -45,10 +45,12 @@ class CoveredTest(television.Case):
             self.assertCard(picture, 40, 40, 320, 180)
 
     def test_every_size(self):
-        _, uneven, scaled, zoomed = self.pictures("start", "uneven", "scaled", "zoomed")
+        _, uneven, size, scaled, zoomed, thirds = self.pictures("start", "uneven", "unevenSize", "scaled", "zoomed", "zoomedToThirds")
         self.assertCard(uneven, 40, 41, 320, 179)
+        self.assertCard(size, 40, 40, 320, 180)
         self.assertCard(scaled, 40, 40, 480, 270)
         self.assertCard(zoomed, 20, 20, 160, 90)
+        self.assertCard(thirds, 40, 40, 320, 180)
 
     def test_full_screen_is_in_the_place_of_all_that_lies_below(self):
         _, _, full, normal = self.pictures("start", "above", "fullScreen", "notFullScreen")

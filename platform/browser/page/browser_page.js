@@ -209,7 +209,7 @@
     return isTop ? { x: 0, y: 0, covered: false } : host.frameOffset(parentWindow);
   }
 
-  const { zoomOf, contentBox, wholePixels } = parts.boxes();
+  const { above, zoomOf, contentBox, wholePixels } = parts.boxes();
 
   function box(element) {
     if (!isConnected(element)) return kNowhere;
@@ -269,8 +269,8 @@
 
   // ---- the plane is seen through what the page paints below an element
 
-  const uncover = parts.videoHole();
-  const { isCovered, levelOfHole } = parts.cover(isElement, stacking);
+  const uncover = parts.videoHole(above);
+  const { isCovered, levelOfHole } = parts.cover(isElement, stacking, above);
 
   function holeFor(element, fullScreen) {
     const area = fullScreen ? kPlane : boundingBox(element);
@@ -278,7 +278,7 @@
     if (from === null || !(from.covered || isCovered(element, area))) return null;
     const level = levelOfHole(element, area);
     if (!fullScreen) return { area: 'box', level, ...wholePixels(element) };
-    return { area: 'plane', level, left: 0, top: 0, width: kPlane.right, height: kPlane.bottom };
+    return { area: 'plane', level, left: 0, top: 0, width: kPlane.right, height: kPlane.bottom, isAll: true };
   }
 
   // ---- console and errors

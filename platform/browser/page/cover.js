@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// (isOurs, stacking) -> {isCovered, levelOfHole}: what the page paints below and above an element. isOurs(element): it paints nothing
-// itself. stacking: see stacking.js. A box is {left, top, right, bottom}, in the window.
+// (isOurs, stacking, above) -> {isCovered, levelOfHole}: what the page paints below and above an element. isOurs(element): it paints
+// nothing itself. stacking: see stacking.js. above: see boxes.js. A box is {left, top, right, bottom}, in the window.
 // isCovered(element, box): something is painted over the plane, by the element itself or below it.
 // levelOfHole(element, box): the z-index with which what is in the element is painted below what the page paints above the element.
 //
 // The engine tells what lies one above the other at a point, the highest first.
-(function (isOurs, stacking) {
+(function (isOurs, stacking, above) {
   'use strict';
 
   const { isPositioned, levelUnder } = stacking;
-  const { document } = window;
+  const { document, ShadowRoot } = window;
   const uncurry = (method) => Function.prototype.call.bind(method);
   const getter = (name) => uncurry(Object.getOwnPropertyDescriptor(Document.prototype, name).get);
   const documentElement = getter('documentElement');
   const documentBody = getter('body');
   const elementsAt = Document.prototype.elementsFromPoint.bind(document);
+  const rootOf = uncurry(Node.prototype.getRootNode);
   const comparePosition = uncurry(Node.prototype.compareDocumentPosition);
   const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
   const computedStyle = window.getComputedStyle.bind(window);
@@ -69,8 +70,25 @@
     return false;
   }
 
+  // What the document has in the place of an element of a shadow tree.
+  function inDocument(element) {
+    let at = element;
+    while (at !== null && rootOf(at) instanceof ShadowRoot) at = above(at);
+    return at === null ? element : at;
+  }
+
+  function paintsBetween(element, shown) {
+    for (let at = element; at !== null && at !== shown; at = above(at)) if (hasBackground(at)) return true;
+    return false;
+  }
+
+  function isCovered(element, box) {
+    const shown = inDocument(element);
+    return paintsEverywhere() || paintsBetween(element, shown) || findsAt(kFew, box, (list) => paintsBelow(list, shown));
+  }
+
   return {
-    isCovered: (element, box) => paintsEverywhere() || findsAt(kFew, box, (list) => paintsBelow(list, element)),
+    isCovered,
     // What is not positioned lies below all that is: only there may what is above the element be below what is in it.
     levelOfHole: (element, box) => !isPositioned(element) && findsAt(kMany, box, (list) => liesOnHole(list, element)) ? -1 : 0,
   };

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. hole: null: it is not;
-// or {area, left, top, width, height, level}: from the corner of the area, 'box', the element's, or 'plane'; lengths in CSS pixels,
-// level its z-index in the element. What the page paints above the element stays.
+// (above) -> uncover(element, hole), above: see boxes.js: the plane is to be seen where the element is, whatever the page paints below it. hole: null: it is not;
+// or {area, left, top, width, height, isAll, level}: from the corner of the area, 'box', the element's, or 'plane'; lengths in CSS
+// pixels, isAll: it fills the area, level: its z-index in the element. What the page paints above the element stays.
 //
 // The hole is a child of the element, on a layer of its own, that paints nothing and that the engine takes for opaque: such a layer
 // is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one with an opaque background that
 // covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is cut off at rounded corners is
 // blended all the same, so these become square meanwhile. The looks are in television.css.
-(function () {
+(function (above) {
   'use strict';
 
   const kXhtml = 'http://www.w3.org/1999/xhtml';
@@ -25,7 +25,6 @@
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const ownerDocument = getter(Node.prototype, 'ownerDocument');
   const parentNode = getter(Node.prototype, 'parentNode');
-  const parentElement = getter(Node.prototype, 'parentElement');
   const appendChild = uncurry(Node.prototype.appendChild);
   const remove = uncurry(Element.prototype.remove);
   const matches = uncurry(Element.prototype.matches);
@@ -72,8 +71,8 @@
   }
 
   function place(hole, wanted) {
-    const { area, left, top } = wanted;
-    const mark = area === 'box' && (left !== 0 || top !== 0) ? 'moved' : area;
+    const { area, isAll } = wanted;
+    const mark = area === 'box' && !isAll ? 'moved' : area;
     if (getAttribute(hole, kMark) !== mark) setAttribute(hole, kMark, mark);
     for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], wanted[kPlaced[i]]);
   }
@@ -87,7 +86,7 @@
 
   // squared: the chain, {element, next}, of those whose corners have become square for this hole.
   function squareCorners(entry, element) {
-    for (let at = element; at !== null; at = parentElement(at)) {
+    for (let at = element; at !== null; at = above(at)) {
       if (getAttribute(at, kSquare) !== null || !cutsOffRound(at)) continue;
       setAttribute(at, kSquare, '');
       entry.squared = { element: at, next: entry.squared };
