@@ -115,6 +115,7 @@ class Playback final : private PipelineListener {
   void repositionRefused(const Place& place);
   double clampTarget(double target) const;
   double clampToWindow(double target) const;
+  double beforeTheEnd(double target) const;
   double presentTarget() const;
   void beginStepping(const Place& place);
   void step();

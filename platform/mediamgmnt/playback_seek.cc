@@ -12,6 +12,10 @@ namespace {
 constexpr double kNsPerMs = 1e6;
 constexpr std::chrono::milliseconds kStepInterval{500};
 
+/// Of the last pictures and sounds of a source there must be some left to show: behind them GStreamer 1.22 waits for ever, or
+/// begins again.
+constexpr double kLeastRestMs = 300;
+
 /// From this speed on only key pictures are decoded.
 constexpr double kKeyPicturesFrom = 4;
 
@@ -53,6 +57,13 @@ double Playback::clampTarget(double target) const {
   return std::min(target, static_cast<double>(*duration));
 }
 
+/// The last place from which something is played.
+double Playback::beforeTheEnd(double target) const {
+  const std::optional<long long> duration = m_facts.duration();
+  if (m_live || !duration || *duration <= 0) return target;
+  return std::max(0.0, std::min(target, static_cast<double>(*duration) - kLeastRestMs));
+}
+
 double Playback::clampToWindow(double target) const {
   std::int64_t start = 0;
   std::int64_t end = 0;
@@ -68,7 +79,7 @@ void Playback::beginReposition() {
   if (!runsOn) halt();
   if (place.rate < 0 && !m_pipeline->playsBackwards()) return beginStepping(place);
   m_prerolled = false;
-  const bool taken = m_pipeline->seek(place.rate, toPipeline(place.target), flagsFor(place.rate));
+  const bool taken = m_pipeline->seek(place.rate, toPipeline(beforeTheEnd(place.target)), flagsFor(place.rate));
   m_subtitles.seekDone();
   if (!taken) return repositionRefused(place);
   m_rate = place.rate;

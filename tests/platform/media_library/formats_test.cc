@@ -120,6 +120,23 @@ TEST_P(FormatTest, EndsAtItsDuration) {
   EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
 }
 
+TEST_P(FormatTest, EndsAfterASeekToItsEndOrJustBefore) {
+  for (const int rest : {0, 10, 30, 100}) {
+    m_player.start(url());
+    ASSERT_TRUE(reaches(100));
+    m_player.forget();
+
+    m_player.command("SEEK", std::to_string(static_cast<int>(m_player.number("DURATION")) - rest) + ".00");
+    m_player.waitFor([](const Words& words) { return !words.empty() && words.back() == "PLAY_SPEED_CHANGED"; }, 10);
+
+    EXPECT_EQ(m_player.words(),
+              (Words{"BUFFERING", "BUFFER_READY", "PLAY_POSITION_CHANGED", "PLAYING", "FINISHED", "PLAY_SPEED_CHANGED"}))
+        << rest << " ms before the end";
+    EXPECT_EQ(m_player.get("POSITION"), m_player.get("DURATION"));
+    m_player.forget();
+  }
+}
+
 TEST_P(FormatTest, PlaysFromTheStartAfterAStop) {
   m_player.start(url());
   ASSERT_TRUE(reaches(300));

@@ -220,6 +220,37 @@ TEST(SeekTest, BeforePlayIsWhereItStarts) {
   EXPECT_NEAR(player.number("POSITION"), 2000, 400);
 }
 
+TEST(SeekTest, ToJustBeforeTheEndOfAFragmentedFileEnds) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("frag.mp4"));
+
+  player.command("SEEK", "19970.00");
+
+  player.wordsUntil("FINISHED");
+  EXPECT_EQ(player.get("POSITION"), "20000");
+}
+
+/// A few pictures into the second segment, of two seconds.
+void expectRewindsToItsStart(const std::string& url) {
+  TestPlayer player;
+  player.start(url);
+  player.command("PAUSE");
+  player.wordsUntil("PAUSED");
+  player.forget();
+  player.command("SEEK", "2040.00");
+  player.wordsUntil("PLAY_POSITION_CHANGED");
+  player.forget();
+
+  player.command("PLAY", "-2.00");
+
+  player.wordsUntil("PLAYING", 5);
+  player.wordsUntil("PAUSED");
+  EXPECT_EQ(player.get("POSITION"), "0");
+}
+
+TEST(RewindTest, FromJustBehindASegmentsBeginning_Dash) { expectRewindsToItsStart(SampleServer::instance().url("dash/av.mpd")); }
+TEST(RewindTest, FromJustBehindASegmentsBeginning_Hls) { expectRewindsToItsStart(SampleServer::instance().url("hls/muxed.m3u8")); }
+
 TEST(SeekTest, BelowZeroIsZero) {
   TestPlayer player;
   player.start(mp4());
