@@ -118,6 +118,7 @@ class Playback final : private PipelineListener {
   double beforeTheEnd(double target) const;
   double presentTarget() const;
   void beginStepping(const Place& place);
+  void stepInstead();
   void step();
   void leaveStepping();
   void rewoundToStart();

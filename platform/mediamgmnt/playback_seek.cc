@@ -117,6 +117,15 @@ void Playback::beginStepping(const Place& place) {
   step();
 }
 
+/// GStreamer 1.22 has all that it is to play backwards and shows none of it, for instance from just behind where the second segment
+/// of a presentation begins.
+void Playback::stepInstead() {
+  const Place place{*std::exchange(m_inFlight, std::nullopt), m_rate};
+  m_prerolled = true;
+  if (m_next) return proceed();
+  beginStepping(place);
+}
+
 /// Shows the key picture at the place that a rewind would have reached by now.
 void Playback::step() {
   if (!m_stepping) return;

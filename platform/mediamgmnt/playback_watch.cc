@@ -104,6 +104,7 @@ void Playback::watchForStall() {
   if (m_pipeline->endedWithoutStreams() && Clock::now() - m_lastProgress > kUnplayableAfter) {
     return m_attempts < kAttempts ? tryAgain() : fail(Failure::CorruptContent);
   }
+  if (!m_prerolled && m_inFlight && m_rate < 0 && Clock::now() - m_lastProgress > kStarvedAfter) return stepInstead();
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
 }
 
