@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// (above) -> uncover(element, hole), above: see boxes.js: the plane is to be seen where the element is, whatever the page paints below it. hole: null: it is not;
-// or {area, left, top, width, height, isAll, level}: from the corner of the area, 'box', the element's, or 'plane'; lengths in CSS
-// pixels, isAll: it fills the area, level: its z-index in the element. What the page paints above the element stays.
+// (above) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. above: see
+// boxes.js. hole: null: it is not; or {area, left, top, width, height, isAll, level}: from the corner of the area, 'box', the
+// element's, or 'plane'; lengths in CSS pixels, isAll: it fills the area, level: its z-index in the element. What the page paints
+// above the element stays.
 //
 // The hole is a child of the element, on a layer of its own, that paints nothing and that the engine takes for opaque: such a layer
 // is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one with an opaque background that
