@@ -20,7 +20,7 @@ standard input does, so it never outlives who started it.
     /live/hls/window.m3u8      live HLS with a window of ten segments
     /licence/KIND              POST: a ClearKey licence for the sample keys. good, or wrong (other keys), none (no keys), junk, huge,
                                refused, silent
-    /requests                  what was asked for so far, one JSON object a line: method, path, range, agent
+    /requests                  what was asked for so far, one JSON object a line: method, path, range, agent, languages
 """
 import argparse
 import base64

@@ -111,9 +111,9 @@ class ServerTest(unittest.TestCase):
         return media_server.timescale(self.content("dash/init-0.m4s"))
 
     def test_tells_what_was_asked_for(self):
-        self.get("/two.mp4", method="HEAD", **{"User-Agent": "Sample/1.0"})
+        self.get("/two.mp4", method="HEAD", **{"User-Agent": "Sample/1.0", "Accept-Language": "de"})
         entries = [json.loads(line) for line in self.get("/requests")[1].splitlines()]
-        self.assertEqual(entries[0], {"method": "HEAD", "path": "/two.mp4", "range": None, "agent": "Sample/1.0"})
+        self.assertEqual(entries[0], {"method": "HEAD", "path": "/two.mp4", "range": None, "agent": "Sample/1.0", "languages": "de"})
 
     def test_answers_fast(self):
         """The middle one of many small requests: a slow server would be measured in place of the player."""
