@@ -73,7 +73,7 @@
     return collection;
   }
 
-  const { apply } = Reflect;
+  const { apply, deleteProperty, defineProperty: defineOwn } = Reflect;
   const { call } = Function.prototype;
   const deref = Function.prototype.call.bind(WeakRef.prototype.deref);
   const doNothing = () => {};
@@ -625,10 +625,12 @@
       return;
     }
     const now = () => { const one = records.get(element); return one === undefined ? undefined : stateOf(one); };
-    const get = () => (now() === present ? earlier : now());  // what the handler does changes it
-    Reflect.defineProperty(element, 'playState', { get, set() {}, enumerable: true, configurable: true });
+    let isOver = false;  // the page may have frozen the element
+    const get = () => (!isOver && now() === present ? earlier : now());  // what the handler does changes it
+    defineOwn(element, 'playState', { get, set() {}, enumerable: true, configurable: true });
     raise(element, name, parameters);
-    Reflect.deleteProperty(element, 'playState');
+    isOver = true;
+    deleteProperty(element, 'playState');
   }
 
   // A stop that is followed by a play already, and ready, which is no state, are on the way to it.

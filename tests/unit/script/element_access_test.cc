@@ -28,9 +28,13 @@ class ToldStateTest : public PageTest {
   std::string heard(int present, int told, const std::string& handler = "seen.push(av.playState)") {
     object().setProperty("playState", present);
     eval("globalThis.seen = []; av.onPlayStateChange = (state) => { " + handler + "; }");
-    eval("for (let id = 1; id < 50; id += 1) layer.fire(id, 'onPlayStateChange', [" + std::to_string(told) + "])");
+    tell(told);
     eval("seen.push(Object.hasOwn(av, 'playState') ? 'left behind' : av.playState)");
     return eval("seen.join()");
+  }
+  void tell(int state) {
+    eval("layer.fire(" + std::to_string(pluginhost::objectId(object())) + ", 'onPlayStateChange', [" + std::to_string(state) +
+         "])");
   }
   void TearDown() override {
     object().setProperty("playState", 0);
@@ -61,6 +65,23 @@ TEST_F(ToldStateTest, GivesWayToWhatTheHandlerDoes) {
   eval("av.data = 'http://media.example/film.mp4'");
 
   EXPECT_EQ(heard(5, 4, "seen.push(av.playState); av.play(1); seen.push(av.playState)"), "4,3,3");
+}
+
+TEST_F(ToldStateTest, EndsWithItsHandler_WhateverThatDoesToTheElement) {
+  object().setProperty("playState", 6);
+  eval("globalThis.seen = []");
+  eval("av.onPlayStateChange = () => { seen.push(av.playState); Object.freeze(av); }");
+  tell(4);
+  eval("seen.push(av.playState)");
+  EXPECT_EQ(eval("seen.join()"), "4,6");
+}
+
+TEST_F(ToldStateTest, NeedsNothingThatAPageMayHaveReplaced) {
+  eval("globalThis.kept = { ...Object.getOwnPropertyDescriptors(Reflect) }");
+  eval("Reflect.defineProperty = Reflect.deleteProperty = () => { throw new Error('replaced'); }");
+  const std::string seen = heard(6, 4);
+  eval("Object.defineProperties(Reflect, kept)");
+  EXPECT_EQ(seen, "4,6");
 }
 
 TEST_F(ToldStateTest, CannotBeWrittenAndNeedsNoExtensibleElement) {
