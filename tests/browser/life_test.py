@@ -36,6 +36,9 @@ def nameOf(process):
         return ""
 
 
+APPLICATION = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
+
+
 class LifeTest(television.Case):
     def startPlaying(self, *arguments, **environment):
         process = self.start("playing.html", "--trace", "trace.jsonl", *arguments, **environment)
@@ -102,44 +105,40 @@ class LifeTest(television.Case):
         self.assertBar(run.picture("a.png"), 0, 0, 640, 360, 3)
 
     def test_page_that_ends_itself(self):
-        for end in ("window.close()", "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document).destroyApplication()"):
+        for end in ("window.close()", APPLICATION + ".destroyApplication()"):
             run = self.browse("playing.html", "--wait", "playing() && (%s, true)" % end, "--wait", "location.href === 'about:blank'",
                               "--screenshot", "a.png")
             self.assertAllClosed(run)
             self.assertColour(run.picture("a.png"), (200, 200), television.BLACK, 0)
 
     def test_application_that_starts_another_and_ends_itself(self):
-        app = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
         run = self.browse("playing.html", "--wait", "playing()", "--wait",
-                          "%s.createApplication('playing.html?next', false) !== null && (%s.destroyApplication(), true)" % (app, app),
+                          "%s.createApplication('playing.html?next', false) !== null && (%s.destroyApplication(), true)" % (APPLICATION, APPLICATION),
                           "--wait", "location.search === '?next' && playing()")
         self.assertAllClosed(run)
 
     def test_application_that_goes_on_at_a_place_of_its_own_can_still_end_itself(self):
-        app = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
-        run = self.browse("playing.html", "--wait", "playing()", "--wait", "%s.createApplication(location.pathname + '#place', false) !== null" % app,
-                          "--wait", "location.hash === '#place' && (%s.destroyApplication(), true)" % app, "--wait", "location.href === 'about:blank'")
+        run = self.browse("playing.html", "--wait", "playing()", "--wait", "%s.createApplication(location.pathname + '#place', false) !== null" % APPLICATION,
+                          "--wait", "location.hash === '#place' && (%s.destroyApplication(), true)" % APPLICATION, "--wait", "location.href === 'about:blank'")
         self.assertAllClosed(run)
-
-    APPLICATION = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
 
     def test_frames_are_part_of_the_application(self):
         for frame in ("near", "far"):
             for act, wanted in (("createApplication('playing.html?next', false)", "location.search === '?next' && playing()"),
                                 ("destroyApplication()", "location.href === 'about:blank'")):
-                script = "onkeydown = function () { %s.%s }" % (self.APPLICATION, act)
+                script = "onkeydown = function () { %s.%s }" % (APPLICATION, act)
                 run = self.browse("frames.html", "--wait", 'ready === 2 && act("%s", "%s")' % (frame, script),
                                   "--wait", "document.activeElement.id === '%s'" % frame, "--keys", "Red", "--wait", wanted)
                 self.assertAllClosed(run)
 
     def test_frame_of_another_origin_cannot_end_the_application_by_itself(self):
         run = self.browse("frames.html", "--wait", "ready === 2 && act('far', '%s.destroyApplication(); parent.postMessage(`paused`, `*`)')" %
-                          self.APPLICATION, "--wait", "ready === 3")
+                          APPLICATION, "--wait", "ready === 3")
         self.assertEqual(run.lines("console.warn: "), ["a frame of another origin may end the application only once the viewer has used it"])
 
     def test_application_is_hidden_from_a_frame(self):
-        run = self.browse("frames.html", "--wait", "ready === 2 && act('near', '%s.hide()')" % self.APPLICATION,
-                          "--wait", "getComputedStyle(document.body).visibility === 'hidden'", "--wait", "act('near', '%s.show()')" % self.APPLICATION,
+        run = self.browse("frames.html", "--wait", "ready === 2 && act('near', '%s.hide()')" % APPLICATION,
+                          "--wait", "getComputedStyle(document.body).visibility === 'hidden'", "--wait", "act('near', '%s.show()')" % APPLICATION,
                           "--wait", "getComputedStyle(document.body).visibility === 'visible'")
         self.assertAllClosed(run)
 
