@@ -141,7 +141,9 @@ void Pipeline::handleStateChange(GstMessage* message) {
   GstState reached = GST_STATE_NULL;
   GstState pending = GST_STATE_NULL;
   gst_message_parse_state_changed(message, nullptr, &reached, &pending);
-  if (reached != GST_STATE_PLAYING || pending != GST_STATE_VOID_PENDING) return;
+  if (pending != GST_STATE_VOID_PENDING) return;
+  if (reached == GST_STATE_PAUSED) return reportPreroll();  // a pause overtook a seek while playing, whose end was told on the way
+  if (reached != GST_STATE_PLAYING) return;
   releaseText();
   reportPreroll();  // a seek while playing may have been between two states when its end was told
   m_listener.onPlayingReached();

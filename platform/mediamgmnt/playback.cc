@@ -82,7 +82,11 @@ void Playback::pause() {
     open();
   }
   if (m_pipeline == nullptr || m_connectedSaid) {
-    halt();
+    if (isFetchingTrack()) {
+      m_announced = m_starved = false;  // the pipeline itself pauses when the track's seek is done
+    } else {
+      halt();
+    }
     return answerPause();
   }
   m_pauseDue = true;
@@ -170,11 +174,11 @@ void Playback::forgetAnswers() {
 
 /// Takes the next step towards the wish; called whenever something has changed.
 void Playback::proceed() {
-  if (m_pipeline == nullptr || !m_prerolled) return;           // opening, or a seek is in flight: its end comes here again
-  if (m_switchTimer != 0 && m_pipeline->isAdaptive()) return;  // its end comes here again
+  if (m_pipeline == nullptr || !m_prerolled) return;  // opening, or a seek is in flight: its end comes here again
+  if (isFetchingTrack()) return;                      // its end comes here again
   if (m_next) return beginReposition();
   if (m_switchDue) beginSwitch();
-  if (!m_prerolled || (m_switchTimer != 0 && m_pipeline->isAdaptive())) return;
+  if (!m_prerolled || isFetchingTrack()) return;
   if (m_next) return beginReposition();
   if (m_wish != Wish::Play) return halt();
   if (m_stepping) return;

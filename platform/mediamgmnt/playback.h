@@ -134,6 +134,7 @@ class Playback final : private PipelineListener {
   void beginSwitch();
   void reopen();
   void armSwitchWatch();
+  bool isFetchingTrack() const;
   void seekWhenFetched(Clock::time_point latest, std::int64_t selected);
   void seekForSwitch();
 

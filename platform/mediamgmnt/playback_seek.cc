@@ -102,7 +102,8 @@ void Playback::repositionRefused(const Place& place) {
 double Playback::presentTarget() const {
   if (m_next) return m_next->target;
   if (m_inFlight) return *m_inFlight;
-  if (m_stepping || !m_prerolled) return static_cast<double>(m_facts.position());
+  const bool pausesSoon = m_running && m_wish != Wish::Play;
+  if (m_stepping || !m_prerolled || pausesSoon) return static_cast<double>(m_facts.position());
   return pipelinePosition();
 }
 

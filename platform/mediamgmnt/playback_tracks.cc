@@ -115,6 +115,10 @@ void Playback::beginSwitch() {
   return bySeek ? seekForSwitch() : armSwitchWatch();
 }
 
+/// An adaptive demuxer of GStreamer 1.22 puts the new track's beginning behind the old one's media under a lock that the next seek
+/// needs. In a pause nobody would make room there, so a pause waits for the seek, which is a matter of milliseconds.
+bool Playback::isFetchingTrack() const { return m_switchTimer != 0 && m_pipeline != nullptr && m_pipeline->isAdaptive(); }
+
 /// A seek that overtakes the selection would bring the old track once more: it waits until the new one is fetched. Where the line
 /// is slow that is long under way when time is up.
 void Playback::seekWhenFetched(Clock::time_point latest, std::int64_t selected) {

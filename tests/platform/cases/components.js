@@ -76,6 +76,20 @@ const actions = {
     await subject.expect(PLAYING);
     await listen();
   },
+  /// At any moment of a switch: before the new track is fetched, while it is sought, when it is just there.
+  async pausing() {
+    await subject.play();
+    for (let delay = 0; delay < 64; delay += 4) {
+      select(inLanguage(delay % 8 === 0 ? "deu" : "eng"));
+      await quietTime(delay);
+      video.play(0);
+      await until(() => video.playState === PAUSED, () => `a pause ${delay} ms after the selection; the state is ${video.playState}`);
+      video.play(1);
+      await until(() => video.playState === PLAYING, () => `going on ${delay} ms after the selection; the state is ${video.playState}`);
+    }
+    await active("eng");
+    await listen();
+  },
   async before_play() {
     await subject.play();
     await listen();
