@@ -615,18 +615,18 @@
     page.dispatch(element, type, fields);
   }
 
-  // The object does not wait for script, and may be further than what is told. What it has come to has an event of its own: a handler
-  // that is told of something earlier does not find it yet, or it would meet one error, or one end, several times.
+  // The object does not wait for script, and may be further than what is told, or get there while a handler runs. What it has come to
+  // has an event of its own: a handler that is told of something earlier does not find it yet, or it would meet one error, or one end,
+  // several times.
   function raiseState(element, record, name, parameters) {
-    const present = stateOf(record);
-    const earlier = earlierState(parameters[0], present);
-    if (earlier === present) {
-      raise(element, name, parameters);
-      return;
-    }
-    const now = () => { const one = records.get(element); return one === undefined ? undefined : stateOf(one); };
+    const told = parameters[0];
     let isOver = false;  // the page may have frozen the element
-    const get = () => (!isOver && now() === present ? earlier : now());  // what the handler does changes it
+    const get = () => {
+      const one = records.get(element);
+      if (one === undefined) return undefined;
+      const present = stateOf(one);
+      return isOver ? present : earlierState(told, present);
+    };
     defineOwn(element, 'playState', { get, set() {}, enumerable: true, configurable: true });
     raise(element, name, parameters);
     isOver = true;

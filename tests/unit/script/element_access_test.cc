@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/pluginhost/shell.h"
+#include "platform/script/js_text.h"
 #include "tests/unit/script/page_fixture.h"
 
 namespace {
@@ -25,6 +26,19 @@ TEST_F(ElementAccessTest, ReadsWhatAnotherThreadHasJustSet) {
 /// The object is in the present state when script hears of the told one.
 class ToldStateTest : public PageTest {
  protected:
+  /// Script has become(STATE): the object goes on by itself, on a thread of its own.
+  ToldStateTest() {
+    s_object = &object();
+    const JSObjectCallAsFunctionCallback become = [](JSContextRef context, JSObjectRef, JSObjectRef, std::size_t,
+                                                     const JSValueRef arguments[], JSValueRef*) -> JSValueRef {
+      const int state = static_cast<int>(JSValueToNumber(context, arguments[0], nullptr));
+      std::thread([state] { s_object->setProperty("playState", state); }).join();
+      return JSValueMakeUndefined(context);
+    };
+    const script::JsText name("become");
+    JSObjectSetProperty(context(), JSContextGetGlobalObject(context()), name,
+                        JSObjectMakeFunctionWithCallback(context(), name, become), 0, nullptr);
+  }
   std::string heard(int present, int told, const std::string& handler = "seen.push(av.playState)") {
     object().setProperty("playState", present);
     eval("globalThis.seen = []; av.onPlayStateChange = (state) => { " + handler + "; }");
@@ -40,6 +54,9 @@ class ToldStateTest : public PageTest {
     object().setProperty("playState", 0);
     PageTest::TearDown();
   }
+
+ private:
+  static inline CorvelNativePluginBase* s_object = nullptr;
 };
 
 TEST_F(ToldStateTest, IsWhatAHandlerReads_WhileTheEventOfALaterOneIsToCome) {
@@ -65,6 +82,13 @@ TEST_F(ToldStateTest, GivesWayToWhatTheHandlerDoes) {
   eval("av.data = 'http://media.example/film.mp4'");
 
   EXPECT_EQ(heard(5, 4, "seen.push(av.playState); av.play(1); seen.push(av.playState)"), "4,3,3");
+}
+
+TEST_F(ToldStateTest, IsWhatAHandlerReads_WhenTheObjectGoesOnMeanwhile) {
+  for (const int present : {3, 4, 2}) {
+    EXPECT_EQ(heard(present, 4, "seen.push(av.playState); become(6); seen.push(av.playState)"), std::to_string(present) + ",4,6");
+  }
+  EXPECT_EQ(heard(3, 7, "become(1); seen.push(av.playState); become(2); seen.push(av.playState)"), "3,2,2");
 }
 
 TEST_F(ToldStateTest, EndsWithItsHandler_WhateverThatDoesToTheElement) {
