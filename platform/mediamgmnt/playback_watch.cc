@@ -45,13 +45,13 @@ void Playback::learnTimes() {
   if (m_pipeline->isTransportStream() && first > 0 && first < kLargestOriginNs) m_origin = first;
 }
 
-/// A source without a duration has the length of what can be reached of it. That moves with a live source; positions count from
-/// where it began when the source was opened, so that they grow while it plays.
+/// A live source reaches as far as its window does. Positions count from where that began when the source was opened, so this end
+/// grows with them: a page that compares the two stays right, and every place within the window can be sought.
 void Playback::learnWindow() {
   std::int64_t start = 0;
   std::int64_t end = 0;
   if (!m_pipeline->seekableWindow(start, end)) return m_facts.setDuration(0);
-  m_facts.setDuration(std::llround(static_cast<double>(end - start) / kNsPerMs));
+  m_facts.setDuration(std::llround(static_cast<double>(end - m_origin) / kNsPerMs));
 }
 
 void Playback::tick() {
