@@ -583,14 +583,17 @@
   }
 
   function defineFullScreen(prototype) {
+    const descriptor = inherited(prototype, 'fullScreen');
     Object.defineProperty(prototype, 'fullScreen', {
       configurable: true,
       enumerable: true,
       get() {
         const record = lookup(this);
-        return record === undefined ? undefined : native.flag(record.id, 'fullScreen');
+        return record === undefined ? original(descriptor, this) : native.flag(record.id, 'fullScreen');
       },
-      set() {},  // only setFullScreen changes it
+      set(value) {  // of an object of ours only setFullScreen changes it
+        if (lookup(this) === undefined) setOriginal(descriptor, this, 'fullScreen', value);
+      },
     });
   }
 

@@ -272,6 +272,10 @@ class EnvironmentTest(television.Case):
         self.assertEqual(configured, "deu,eng eng,und eng,und DEU")
         self.assertRegex(agent, r"HbbTV/1\.7\.1 \(\+DRM;[^;]*;[^;]*;[^;]*;[^;]*;[^;]*;\)$")
 
+    def test_broadcast_without_a_tuner_tells_what_fails(self):
+        run = self.browse("broadcast.html", "--wait", "done")
+        self.assertEqual(run.logged(), ["fine"])
+
     def test_configuration_file_and_what_the_command_line_overrules(self):
         os.makedirs(os.path.join(self.folder, ".config", "avcontrol"))
         with open(os.path.join(self.folder, ".config", "avcontrol", "browser.ini"), "w", encoding="utf-8") as file:

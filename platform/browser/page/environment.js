@@ -167,22 +167,37 @@
     sendDRMMessage() {
       messages += 1;
       const id = String(messages);
-      setTimeout(() => tellMessageResult(this, id), 0);
+      tellLater(this, 'DRMMessageResult', { msgID: id, resultMsg: '', resultCode: kUnknownDrmSystem });
       return id;
     },
   };
 
-  function tellMessageResult(element, msgID) {
-    const handler = element.onDRMMessageResult;
+  // Handlers get the fields as arguments, listeners as members of the event.
+  function tellLater(element, type, fields) {
+    setTimeout(() => {
+      callSafely(element['on' + type], element, Object.values(fields));
+      element.dispatchEvent(Object.assign(new Event(type), fields));
+    }, 0);
+  }
+
+  function callSafely(handler, self, values) {
     try {
-      if (typeof handler === 'function') Reflect.apply(handler, element, [msgID, '', kUnknownDrmSystem]);
+      if (typeof handler === 'function') Reflect.apply(handler, self, values);
     } catch (error) {
       window.reportError(error);
     }
-    element.dispatchEvent(Object.assign(new Event('DRMMessageResult'), { msgID, resultMsg: '', resultCode: kUnknownDrmSystem }));
   }
 
-  // ---- a broadcast object on a television without a tuner
+  // ---- a broadcast object on a television without a tuner: what needs one fails, and says so
+
+  // The errors of OIPF's onChannelChangeError and onPlayStateChange.
+  const kNoChannelList = 10;
+  const kNoResources = 11;
+
+  function changeInList() {
+    tellLater(this, 'ChannelChangeError', { channel: null, errorState: kNoChannelList });
+    return null;
+  }
 
   const broadcast = {
     playState: kStopped,
@@ -192,10 +207,17 @@
     currentChannel: null,
     fullScreen: false,
     programmes: { length: 0, item: () => undefined },
-    bindToCurrentChannel() { return null; },
-    setChannel() { page.warn('setChannel: there is no tuner'); },
-    prevChannel: () => null,
-    nextChannel: () => null,
+    bindToCurrentChannel() {
+      tellLater(this, 'PlayStateChange', { state: kStopped, error: kNoResources });
+      return null;
+    },
+    setChannel(channel) {
+      if (channel === null || channel === undefined) return;  // gives the channel back
+      page.warn('setChannel: there is no tuner');
+      tellLater(this, 'ChannelChangeError', { channel, errorState: kNoResources });
+    },
+    prevChannel: changeInList,
+    nextChannel: changeInList,
     stop() {},
     release() {},
     setFullScreen() {},
@@ -207,7 +229,10 @@
     getCurrentActiveComponents: () => ({ length: 0, item: () => undefined }),
     selectComponent() {},
     unselectComponent() {},
-    addStreamEventListener() {},
+    addStreamEventListener(url, name, listener) {
+      const event = Object.assign(new Event('StreamEvent'), { name: String(name), data: '', text: '', status: 'error' });
+      setTimeout(() => callSafely(listener, this, [event]), 0);
+    },
     removeStreamEventListener() {},
   };
 
