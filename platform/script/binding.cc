@@ -12,14 +12,17 @@ namespace {
 // Identity is kept on the script side, weakly: a reference held from C++ would either keep the object for ever or outlive it.
 constexpr char kIdentitySource[] = R"js((function () {
   'use strict';
-  const known = new Map();
+  // With what a page may put in the place of the engine's functions it would get at the objects: these are taken before.
+  const known = Object.defineProperties(new Map(), Object.getOwnPropertyDescriptors(Map.prototype));
+  const deref = Function.prototype.call.bind(WeakRef.prototype.deref);
+  const { max } = Math;
   let sweepAt = 64;
   function sweep() {
-    for (const [id, weak] of known) if (weak.deref() === undefined) known.delete(id);
-    sweepAt = Math.max(64, known.size * 2);
+    known.forEach((weak, id) => { if (deref(weak) === undefined) known.delete(id); });
+    sweepAt = max(64, known.size * 2);
   }
   return {
-    known(id) { const weak = known.get(id); return weak === undefined ? undefined : weak.deref(); },
+    known(id) { const weak = known.get(id); return weak === undefined ? undefined : deref(weak); },
     remember(id, object) { if (known.size >= sweepAt) sweep(); known.set(id, new WeakRef(object)); },
     defineProperty: Object.defineProperty, functionPrototype: Function.prototype, iterator: Symbol.iterator,
     arrayValues: Array.prototype[Symbol.iterator],

@@ -95,6 +95,25 @@ TEST_F(BindingTest, GivesANativeObjectOneScriptObject) {
   EXPECT_EQ(eval("made.mark = 1; plugin.echo(made).mark"), "1");
 }
 
+TEST_F(BindingTest, ShowsItsObjectsToNothingThatAPageHasReplaced) {
+  eval(R"js(globalThis.seen = 0;
+    const spy = (original) => function (...parameters) { seen += 1; return Reflect.apply(original, this, parameters); };
+    for (const prototype of [Map.prototype, WeakRef.prototype, Object.getPrototypeOf(new Map().entries())]) {
+      for (const name of Object.getOwnPropertyNames(prototype)) {
+        const descriptor = Object.getOwnPropertyDescriptor(prototype, name);
+        if (name === 'constructor') continue;
+        for (const part of ['get', 'value']) if (typeof descriptor[part] === 'function') descriptor[part] = spy(descriptor[part]);
+        Object.defineProperty(prototype, name, descriptor);
+      }
+    })js");
+
+  for (int i = 0; i < 100; ++i) binding().create();  // some are swept
+  setGlobal("fresh", binding().create());
+
+  EXPECT_EQ(eval("fresh.echo(fresh) === fresh"), "true");
+  EXPECT_EQ(eval("seen"), "0");
+}
+
 TEST_F(BindingTest, ThrowsATypeError_OnAnotherReceiver) {
   const std::string read = "Object.getOwnPropertyDescriptor(Object.getPrototypeOf(plugin), 'count').get";
   for (const char* receiver : {"{}", "teller", "5", "undefined", "plugin.echo", "globalThis"}) {
