@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/browser.h"
+#include "platform/browser/console_text.h"
 
 #include <glib-unix.h>
 
@@ -12,6 +13,7 @@
 
 #include "platform/browser/language_tags.h"
 #include "platform/browser/messages.h"
+#include "platform/browser/no_desktop.h"
 #include "platform/browser/page/embedded.h"
 #include "platform/browser/page_question.h"
 #include "platform/browser/page_view.h"
@@ -153,6 +155,7 @@ void Browser::makeView() {
   g_signal_connect(m_view, "web-process-terminated", G_CALLBACK(onTerminated), this);
   g_signal_connect(m_view, "notify::estimated-load-progress", G_CALLBACK(onProgress), this);
   g_signal_connect(m_view, "notify::title", G_CALLBACK(onTitle), this);
+  keepToTheTelevision(m_view, m_context);
   // What destroyApplication does. A television has no window that a page could close.
   g_signal_connect(m_view, "close",
                    G_CALLBACK(+[](WebKitWebView* view, gpointer) { webkit_web_view_load_uri(view, "about:blank"); }), nullptr);
@@ -160,8 +163,7 @@ void Browser::makeView() {
   g_signal_connect(m_view, "script-dialog", G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer) -> gboolean {
                      const auto type = webkit_script_dialog_get_dialog_type(dialog);
                      if (type != WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
-                       std::printf("console.alert: %s\n", webkit_script_dialog_get_message(dialog));
-                       std::fflush(stdout);
+                       printConsoleLine("alert", webkit_script_dialog_get_message(dialog));
                      }
                      if (type == WEBKIT_SCRIPT_DIALOG_CONFIRM || type == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
                        webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
@@ -227,8 +229,7 @@ void Browser::printConsole(GVariant* parameters) {
   const char* source = nullptr;
   unsigned line = 0;
   g_variant_get(parameters, "(&s&s&su)", &level, &text, &source, &line);
-  std::printf("console.%s: %s%s\n", level, text, place(source, line).c_str());
-  std::fflush(stdout);
+  printConsoleLine(level, text + place(source, line));
 }
 
 void Browser::printUncaught(GVariant* parameters) {
@@ -236,15 +237,14 @@ void Browser::printUncaught(GVariant* parameters) {
   const char* source = nullptr;
   unsigned line = 0;
   g_variant_get(parameters, "(&s&su)", &text, &source, &line);
-  std::printf("uncaught: %s%s\n", text, place(source, line).c_str());
+  std::printf("uncaught: %s\n", consoleText(text + place(source, line)).c_str());
   std::fflush(stdout);
   m_failed = true;
 }
 
 // As its own scripts' errors are: it is the page that names the frame.
 void Browser::printNotLoaded(const std::string& address, const std::string& why) {
-  std::printf("console.error: cannot be loaded: %s: %s\n", address.c_str(), why.c_str());
-  std::fflush(stdout);
+  printConsoleLine("error", "cannot be loaded: " + address + ": " + why);
 }
 
 std::string Browser::whyNotShown(WebKitResponsePolicyDecision* answer) {
@@ -264,8 +264,22 @@ std::string Browser::whyNotShown(WebKitResponsePolicyDecision* answer) {
   return isPage ? "" : problem;
 }
 
+// The first page is the user's to name; what is wrong with that is told when it fails.
+gboolean Browser::refuseToLeave(WebKitPolicyDecision* decision, const char* address) {
+  if (!m_shown || canBeGoneTo(address)) return FALSE;
+  printNotLoaded(address, "there is no program for such an address here");
+  webkit_policy_decision_ignore(decision);
+  return TRUE;
+}
+
 // WebKit shows the television's type as XML when it is asked to; the page side makes HTML of what scripts create in it.
 gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer self) {
+  if (type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) {
+    WebKitNavigationAction* const action =
+        webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    return static_cast<Browser*>(self)->refuseToLeave(decision,
+                                                      webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
+  }
   if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return FALSE;
   auto& browser = *static_cast<Browser*>(self);
   WebKitResponsePolicyDecision* const answer = WEBKIT_RESPONSE_POLICY_DECISION(decision);

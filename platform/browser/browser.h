@@ -40,6 +40,7 @@ class Browser {
   static gboolean onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer self);
   /// @return why the response is not shown, "" when it is; a page that the server calls wrong is told of and shown.
   std::string whyNotShown(WebKitResponsePolicyDecision* answer);
+  gboolean refuseToLeave(WebKitPolicyDecision* decision, const char* address);
   static void onLoadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer self);
   static gboolean onLoadFailed(WebKitWebView* view, WebKitLoadEvent event, const char* url, GError* error, gpointer self);
   static void onTerminated(WebKitWebView* view, WebKitWebProcessTerminationReason reason, gpointer self);

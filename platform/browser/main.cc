@@ -10,6 +10,7 @@
 #include "platform/browser/configuration_file.h"
 #include "platform/browser/help_text.h"
 #include "platform/browser/options.h"
+#include "platform/shell/standard_streams.h"
 
 namespace browser {
 
@@ -58,4 +59,7 @@ int runMain(int argc, char** argv) {
 
 }  // namespace browser
 
-int main(int argc, char** argv) { return browser::runMain(argc, argv); }
+int main(int argc, char** argv) {
+  shell::openStandardStreams();
+  return browser::runMain(argc, argv);
+}

@@ -125,8 +125,8 @@ class Parser {
     }
     if (name == "--script") return [this](const std::string& value) { addStep({Step::Kind::script, value, {}, 0}); };
     if (name == "--wait") return [this](const std::string& value) { addStep({Step::Kind::wait, value, {}, 0}); };
-    if (name == "--screenshot") return [this](const std::string& value) { addStep(screenshotStep(value)); };
-    if (name == "--film") return [this](const std::string& value) { readFilm(value, m_out); };
+    if (name == "--screenshot") return [this](const std::string& value) { readScreenshot(value); };
+    if (name == "--film") return [this](const std::string& value) { readFilmName(value); };
     if (name == "--window") return [this](const std::string& value) { readWindow(value); };
     if (name == "--quit-after") return [this](const std::string& value) { readQuit(value); };
     if (name == "--keys") return [this](const std::string& value) { readKeys(value); };
@@ -142,6 +142,18 @@ class Parser {
     const auto square = [](int side) { return std::to_string(side) + "x" + std::to_string(side); };
     m_error = "--window needs a size from " + square(kLeastWindow) + " to " + square(kMostWindow) + ", such as 1280x720, not \"" +
               value + "\"";
+  }
+
+  void readScreenshot(const std::string& value) {
+    addStep(screenshotStep(value));
+    if (m_out.steps.back().text.ends_with(".png")) return;
+    m_error = "--screenshot needs the name of a .png file, and perhaps @SECONDS behind it, not \"" + value + "\"";
+  }
+
+  void readFilmName(const std::string& value) {
+    readFilm(value, m_out);
+    if (m_out.filmFile.ends_with(".ppm")) return;
+    m_error = "--film needs the name of a .ppm file, and perhaps @X,Y,WxH behind it, not \"" + value + "\"";
   }
 
   void checkFilm() {

@@ -26,6 +26,9 @@ std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
 std::string wrongPreference(const std::string& name, const std::string& value) {
   if (name == "country" && !isCode(value, 'A', 'Z'))
     return name + " needs three capital letters, such as DEU, not \"" + value + "\"";
+  const auto isPrintable = [](char sign) { return sign >= ' ' && sign <= '~'; };
+  if (name == "user-agent" && !std::all_of(value.begin(), value.end(), isPrintable))
+    return name + " needs printable ASCII characters only, as requests have them";
   if (!name.ends_with("-languages")) return "";
   const std::vector<std::string> codes = splitList(value);
   if (std::all_of(codes.begin(), codes.end(), [](const std::string& code) { return isCode(code, 'a', 'z'); })) return "";

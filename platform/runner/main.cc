@@ -7,6 +7,7 @@
 #include "platform/runner/script_runner.h"
 #include "platform/shell/library_paths.h"
 #include "platform/shell/sound_recorder.h"
+#include "platform/shell/standard_streams.h"
 #include "platform/shell/trace.h"
 
 namespace runner {
@@ -96,4 +97,7 @@ int runMain(int argc, char** argv) {
 
 }  // namespace runner
 
-int main(int argc, char** argv) { return runner::runMain(argc, argv); }
+int main(int argc, char** argv) {
+  shell::openStandardStreams();
+  return runner::runMain(argc, argv);
+}

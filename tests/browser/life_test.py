@@ -252,13 +252,25 @@ class StatusTest(television.Case):
                                  (["--wait", "done("], 'an expression of JavaScript, not "done(": '), (["--window", "100x100"], "from 160x160 to 16384x16384"), (["--country", "DE"], "--country needs three capital letters"),
                                  (["--audio-languages", "deu,en"], "--audio-languages needs codes of three small letters"),
                                  (["--ui-languages", "deu,"], "--ui-languages needs"), (["--user-agent", "\udcff"], "--user-agent needs a text in UTF-8"),
-                                 (["--clearkey-file", "/"], "cannot read /"),
+                                 (["--clearkey-file", "/"], "cannot read /"), (["--user-agent", "a\nb"], "--user-agent needs printable ASCII characters"),
+                                 (["--user-agent", "Fernseher \u00e4"], "--user-agent needs printable ASCII characters"),
+                                 (["--screenshot", "a.jpg"], "--screenshot needs the name of a .png file"),
+                                 (["--screenshot", "a.png@soon"], "--screenshot needs the name of a .png file"),
+                                 (["--film", "a.ppm@1,2"], "--film needs the name of a .ppm file"),
                                  (["--film", "a.ppm@1280,0,1x1"], "--film: the part at 1280,0 lies outside the window of 1280x720"),
                                  (["--trace", "/nowhere/trace"], "cannot write the trace file")):
             run = self.finish(self.start("player.html", *arguments))
             self.assertEqual(run.status, 2, run.output)
             self.assertIn(words, run.output)
             self.assertEqual(run.output.count("\n"), 1, run.output)
+
+    def test_standard_streams_that_are_closed_lead_to_nowhere(self):
+        for closed in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-"):
+            command = 'exec "$0" "$@" ' + closed
+            status = subprocess.run(["sh", "-c", command, television.options.avc_browser, "--private", "--wait", "done", "--quit-after", "60",
+                                     self.base + "pages/broadcast.html"], cwd=self.folder, env=self.environment(), check=False,
+                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=90).returncode
+            self.assertEqual(status, 0, closed)
 
     def test_library_that_is_none(self):
         run = self.finish(self.start("player.html", "--media-library", "/etc/hostname"))

@@ -82,6 +82,18 @@ class KeyTest(television.Case):
         self.assertEqual(made, "250,250,x")
 
 
+    def test_keys_of_xhtml_are_the_body_s_while_nothing_has_the_focus(self):
+        run = self.browse("body-keys.hbbtv", "--keys", "Red", "--wait", "words.length >= 5 && report()", "--keys", "1", "--wait",
+                          "words.length >= 6 && report()", "--wait", "held = true", "--keys", "Down", "--wait", "words.length >= 5 && report()",
+                          "--wait", "document.activeElement === document.body && !(held = false)", "--keys", "Down", "--wait",
+                          "document.activeElement.id === 'link' && report()", "--keys", "Red", "--wait", "words.length >= 5 && report()")
+        red, one, held, _, focused = run.logged()
+        code = "403 403 ColorF0Red body"
+        self.assertEqual(red, ",".join("%s %s" % (what, code) for what in ("capture", "attribute", "body", "document", "up")))
+        self.assertEqual(one.split(",")[4], "press 49 49 1 body")
+        self.assertIn("up 40 40 ArrowDown body", held)
+        self.assertEqual(focused, red.replace(code, "403 403 ColorF0Red a"))
+
     def test_arrows_go_from_link_to_link_unless_the_page_takes_them(self):
         self.browse("links.html", "--keys", "Down", "--wait", "at('two')", "--keys", "Right", "--wait", "at('three')", "--keys", "Left,Enter",
                     "--wait", "at('two') && location.hash === '#two'", "--wait", "held = true", "--keys", "Up,Right", "--wait", "at('two')")

@@ -8,6 +8,7 @@ extern const char kBrowserPageSource[];
 extern const char kInspectSource[];
 extern const char kScreenSource[];
 extern const char kRemoteKeysSource[];
+extern const char kBodyKeysSource[];
 extern const char kEnvironmentSource[];
 extern const char kStackingSource[];
 extern const char kBoxesSource[];

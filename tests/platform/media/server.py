@@ -216,7 +216,8 @@ class Handler(socketserver.StreamRequestHandler):
     # -- faults
 
     def faultStatus(self, request, rest):
-        self.sendStatus(request, int(rest.partition("/")[0]))
+        status = int(rest.partition("/")[0])
+        self.sendStatus(request, status, ('WWW-Authenticate: Basic realm="films"',) if status == 401 else ())
 
     def sendHalf(self, request, path):
         body = self.openBody(request, path, limit=lambda size: size // 2)

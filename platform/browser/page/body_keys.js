@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+// () -> undefined: keys of XML documents, which applications of televisions are, while nothing has the focus. The engine sends them to
+// the root element; the standard, and an application that has <body onkeydown>, says that they are the body's.
+(function () {
+  'use strict';
+
+  const { document, KeyboardEvent } = window;
+  if (document.contentType === 'text/html') return;
+
+  const dispatch = Function.prototype.call.bind(EventTarget.prototype.dispatchEvent);
+  const { stopImmediatePropagation, preventDefault } = Event.prototype;
+
+  // An event cannot change its target, so the body gets one of its own; what it makes of that holds for the key.
+  function handOn(event) {
+    const { body, documentElement } = document;
+    if (!event.isTrusted || event.target !== documentElement || body === null) return;
+    Reflect.apply(stopImmediatePropagation, event, []);
+    if (!dispatch(body, new KeyboardEvent(event.type, event))) Reflect.apply(preventDefault, event, []);
+  }
+
+  for (const type of ['keydown', 'keypress', 'keyup']) window.addEventListener(type, handOn, true);
+})
