@@ -230,7 +230,8 @@ void Playback::onPlayingReached() {
 }
 
 void Playback::onEnd() {
-  if (m_pipeline->hasAudioOrVideo() && (!m_running || !m_prerolled)) return;  // said before the last pause or seek
+  // Said before the last pause or seek, or before the one that a switch is about to make.
+  if (m_pipeline->hasAudioOrVideo() && (!m_running || !m_prerolled || isFetchingTrack())) return;
   if (!m_pipeline->hasAudioOrVideo()) return fail(Failure::FormatNotSupported);
   if (m_rate < 0) return rewoundToStart();
   if (endsTooEarly()) return fail(Failure::CorruptContent);

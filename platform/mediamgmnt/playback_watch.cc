@@ -130,7 +130,7 @@ void Playback::onBuffering(int percent) {
 }
 
 void Playback::checkUnderrun() {
-  if (m_percent >= 100 || m_live || !m_running || !m_prerolled) return;
+  if (m_percent >= 100 || m_live || !m_running || !m_prerolled || isFetchingTrack()) return;
   m_facts.freezeAt(pipelinePosition());
   announceUnderrun();
   halt();

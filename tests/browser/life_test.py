@@ -226,7 +226,7 @@ class StatusTest(television.Case):
         self.assertIn("avc-browser: time-out after 0.5 s, before the page was loaded; give a longer --quit-after\n", run.output)
 
     def test_page_that_is_not_there(self):
-        for address, answer in (("pages/none.html", 404), ("fault/status/503/page.html", 503)):
+        for address, answer in (("pages/none.html", 404), ("fault/status/401/page.html", 401), ("fault/status/503/page.html", 503)):
             run = self.browse(self.base + address, "--wait", "true", status=1)
             self.assertEqual(run.output, "avc-browser: %s%s: the server answers with status %d\n" % (self.base, address, answer))
         with socket.socket() as unused:
