@@ -100,10 +100,16 @@ void Automation::run(const Step& step) {
 
 void Automation::runScript(const std::string& file) {
   char* text = nullptr;
+  gsize length = 0;
   GError* problem = nullptr;
-  if (!g_file_get_contents(file.c_str(), &text, nullptr, &problem)) {
+  if (!g_file_get_contents(file.c_str(), &text, &length, &problem)) {
     m_failed(problem->message);
     g_error_free(problem);
+    return next();
+  }
+  if (!g_utf8_validate_len(text, length, nullptr)) {
+    m_failed(file + ": is no text in UTF-8; save it as one");
+    g_free(text);
     return next();
   }
   const auto finish = [](GObject* view, GAsyncResult* result, gpointer self) {

@@ -231,6 +231,13 @@ class StepTest(television.Case):
         run = self.browse("keys.html", "--script", "none.js", "--wait", "true", status=1)
         self.assertIn("none.js", run.output)
 
+    def test_script_that_is_no_text(self):
+        for number, content in enumerate((b"console.log('\xff')", b"console.log(1)\0console.log(2)")):
+            with open(os.path.join(self.folder, "step.js"), "wb") as file:
+                file.write(content)
+            run = self.browse("keys.html", "--script", "step.js", "--wait", "true", status=1)
+            self.assertEqual(run.output, "avc-browser: step.js: is no text in UTF-8; save it as one\n", number)
+
 
 class LocaleTest(television.Case):
     def test_decimal_comma_of_the_desktop_changes_nothing(self):
