@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/browser.h"
-#include "platform/browser/console_text.h"
 
 #include <glib-unix.h>
 
@@ -11,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/browser/console_text.h"
 #include "platform/browser/language_tags.h"
 #include "platform/browser/messages.h"
 #include "platform/browser/no_desktop.h"

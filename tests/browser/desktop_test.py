@@ -41,12 +41,12 @@ class DesktopTest(television.Case):
     def test_neither_keys_nor_the_mouse_open_windows_of_the_desktop(self):
         steps = ("--keys", "Red,Green", "--wait", "document.getElementById('link').focus(), true", "--wait", "menus > 1")
         process = self.start("desktop.html", "--wait", "done", *steps, "--quit-after", "60")
-        self.findWindow("What a page could do")
-        before = self.windows()
+        title = "What a page could do to a desktop"
+        self.findWindow(title)
         mouse = ["xdotool", "mousemove", "100", "50", "click", "3"]
         while process.poll() is None:
             subprocess.run(mouse, env=self.environment(LD_PRELOAD=""), check=True)
-            self.assertIn(self.windows(), (before, []))  # none when it has just ended
+            self.assertLessEqual(set(self.windows()), {title})  # none when it has just ended
         self.assertEqual(self.finish(process).status, 0)
 
 
