@@ -25,13 +25,21 @@ struct Session {
   GWeakRef message;  ///< the newest
 };
 
-std::mutex mutex;
-std::map<GObject*, Session> sessions;  // guarded by mutex; those that live
+struct Sessions {
+  std::mutex mutex;
+  std::map<GObject*, Session> living;  // guarded by mutex
+};
+
+/// Never destroyed: sessions may still go while the process's static objects do.
+Sessions& sessions() {
+  static Sessions* const instance = new Sessions;
+  return *instance;
+}
 
 /// The context's end lets go of what is queued there, which may want the mutex, too: it comes when that is free.
 void forget(gpointer, GObject* session) {
-  std::unique_lock lock(mutex);
-  const auto gone = sessions.extract(session);
+  std::unique_lock lock(sessions().mutex);
+  const auto gone = sessions().living.extract(session);
   lock.unlock();
 }
 
@@ -40,8 +48,8 @@ gboolean onRequest(GSignalInvocationHint*, guint, const GValue* values, gpointer
   GMainContext* const context = g_main_context_get_thread_default();
   if (context == nullptr) return TRUE;  // a thread that waits for its answer itself
   auto* const session = static_cast<GObject*>(g_value_get_object(values));
-  const std::lock_guard lock(mutex);
-  const auto [known, isNew] = sessions.try_emplace(session, context);
+  const std::lock_guard lock(sessions().mutex);
+  const auto [known, isNew] = sessions().living.try_emplace(session, context);
   if (isNew) g_object_weak_ref(session, forget, nullptr);
   g_weak_ref_set(&known->second.message, g_value_get_object(values + 1));
   return TRUE;
@@ -64,8 +72,8 @@ bool isFor(Session& session, gpointer source) {
 }
 
 Context contextFor(gpointer source) {
-  const std::lock_guard lock(mutex);
-  for (auto& [session, facts] : sessions) {
+  const std::lock_guard lock(sessions().mutex);
+  for (auto& [session, facts] : sessions().living) {
     if (isFor(facts, source)) return facts.context;
   }
   return nullptr;
@@ -100,8 +108,8 @@ void watchDownloadThreads() {
 
 std::vector<std::shared_ptr<GMainContext>> runningDownloadContexts() {
   std::vector<Context> running;
-  const std::lock_guard lock(mutex);
-  for (const auto& [session, facts] : sessions) {
+  const std::lock_guard lock(sessions().mutex);
+  for (const auto& [session, facts] : sessions().living) {
     if (isRun(facts.context.get())) running.push_back(facts.context);
   }
   return running;

@@ -9,6 +9,7 @@
 #include <future>
 #include <mutex>
 
+#include "platform/mediamgmnt/body_guard.h"
 #include "platform/mediamgmnt/clear_key_decryptor.h"
 #include "platform/mediamgmnt/foreign_elements.h"
 #include "platform/mediamgmnt/http_fetch.h"
@@ -53,6 +54,7 @@ void startLibrary() {
   if (started) {
     gst_mpegts_initialize();
     keepForeignElementsOut();
+    guardCancelledBodies();
     prepareFetching();
   }
   libraryStart().started.set_value(started);

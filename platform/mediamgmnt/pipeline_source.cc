@@ -210,8 +210,8 @@ void Pipeline::rememberSource(GstElement* source) {
   if (m_source == nullptr) m_source = GST_ELEMENT(gst_object_ref(source));
 }
 
-/// The HTTP library crashes over a request that another thread cancels when it has just been answered, and that is what the end of
-/// the source and a seek do. So its own thread cancels it before.
+/// A request that another thread cancels while it connects may never end in the HTTP library, and the source would wait for it for
+/// ever. That is what the end of the source and a seek do, so its own thread cancels it before.
 void Pipeline::cancelFetch() {
   GstElement* const source = referenceTo(m_source);
   if (source == nullptr) return;

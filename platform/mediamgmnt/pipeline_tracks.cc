@@ -107,9 +107,8 @@ GstPadProbeReturn Pipeline::onFetched(GstPad*, GstPadProbeInfo*, gpointer self) 
 }
 
 /// The adaptive demuxers of GStreamer 1.22 cancel their fetches when they seek, between the two events of the flush. They miss one
-/// that their download thread has not taken up yet, take what it brings for the next one's, and abort the process over that; and
-/// one that has just been answered crashes in the HTTP library. So that thread rests meanwhile, where it has taken up and handed
-/// over all.
+/// that their download thread has not taken up yet, take what it brings for the next one's, and abort the process over that. So
+/// that thread rests meanwhile, where it has taken up and handed over all.
 void Pipeline::watchSeeks(GstElement* demuxer) {
   watchDownloadThreads();
   const auto watch = +[](GstElement*, GstPad* pad, gpointer self) {
