@@ -203,6 +203,11 @@ class StatusTest(television.Case):
         self.assertIn("uncaught: {code: 7} (%spages/wrong.html:9)" % self.base, run.output)
         self.assertRegex(run.output, r"console\.warn: careful \{a: 1, b: \[\"x\", null\]\} <p id=\"p\"> \(.*wrong\.html:7\)")
 
+    def test_what_the_page_deals_with_itself_is_no_uncaught_error(self):
+        run = self.browse("handled.html", "--wait", "done", status=1)
+        self.assertEqual([line.split(" (")[0] for line in run.output.splitlines()],
+                         ["uncaught: Error: not known", "uncaught: unhandled rejection: not kept"])
+
     def test_what_a_page_says_in_windows_of_its_own_and_when_it_goes(self):
         run = self.browse("talking.html", "--wait", "location.search === '?gone' && done", status=1)
         self.assertEqual([line.split(" (")[0] for line in run.output.splitlines()],

@@ -53,6 +53,7 @@
   const originalFocus = HTMLElement.prototype.focus;
   const dispatchEvent = uncurry(EventTarget.prototype.dispatchEvent);
   const addListener = uncurry(EventTarget.prototype.addEventListener);
+  const removeListener = uncurry(EventTarget.prototype.removeEventListener);
   const readerOf = uncurry(WeakMap.prototype.get);
   const keepReader = uncurry(WeakMap.prototype.set);
   const takeRecords = uncurry(MutationObserver.prototype.takeRecords);
@@ -313,7 +314,18 @@
     return apply(assertOriginal, console, [condition, ...values]);
   };
 
-  addListener(window, 'error', (event) => {
+  // After the page's own listeners: what they have dealt with is not told.
+  function onUnhandled(type, tell) {
+    const listener = (event) => {
+      if (!event.defaultPrevented) tell(event);
+    };
+    addListener(window, type, () => {
+      removeListener(window, type, listener);
+      addListener(window, type, listener);
+    }, true);
+  }
+
+  onUnhandled('error', (event) => {
     if (event.message === undefined) return;
     const { error } = event;  // the engine's message of a thrown object that is no Error says nothing
     const text = typeof error === 'object' && error !== null && !(error instanceof Error) ? inspect(error) : String(event.message);
@@ -334,7 +346,7 @@
     host.uncaught('not well-formed XML: ' + text, documentAddress(document), Number(line));
   });
 
-  addListener(window, 'unhandledrejection', ({ reason }) => {
+  onUnhandled('unhandledrejection', ({ reason }) => {
     const known = reason instanceof Error;
     host.uncaught('unhandled rejection: ' + inspect(reason), known ? String(reason.sourceURL) : '', known ? Number(reason.line) || 0 : 0);
   });
