@@ -114,7 +114,7 @@
     return upgrade(element);
   }
 
-  function upgrade(element) {
+  function upgrade(element, fullScreen = false) {
     const object = native.create();
     if (object === null || object === undefined) {  // undefined: the window has gone
       refused.add(element);
@@ -124,12 +124,13 @@
     const id = native.id(object);
     if (!rowsDefined) defineRows(native.rows(id));
     const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
-      subtitles: 0, clock: null, texts: { __proto__: null } };
+      subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null } };
     records.set(element, record);
     if (typeOf(element) !== kSubtitleType) objects.set(element, object);
     elements.set(id, new WeakRef(element));
     native.setDocumentUrl(id, page.documentUrl(element));
-    native.setFlag(id, 'fullScreen', false);
+    native.setFlag(id, 'fullScreen', fullScreen);
+    if (fullScreen) sendWindow(record, kPlane);
     if (page.userAgent !== undefined) object.userAgent = page.userAgent;
     upgraded(element);
     applyMarkup(element, record);
@@ -165,7 +166,7 @@
   // "srclang:eng src:eng.ttml", also several in a row.
   function readSubtitles(text) {
     const found = [];
-    for (const word of text.trim().split(/[\s,]+/)) {
+    for (const word of text.trim().split(/,?\s+|,$|,(?=src(?:lang)?:)/i)) {  // addresses may have commas
       const [, key, value] = /^(srclang|src):(.*)$/i.exec(word) || [];
       if (key === undefined) continue;
       const last = found[found.length - 1];
@@ -230,10 +231,7 @@
 
   // No state of the object leads back to stopped without media: a fresh one takes its place.
   function stopClock(element, record) {
-    const wasStopped = stateOf(record) === kStopped;
-    retire(element, record);
-    upgrade(element);
-    if (!wasStopped) page.queueTask(() => raise(element, 'onPlayStateChange', [kStopped]));
+    startAfresh(element, record);
     return true;
   }
 
@@ -275,13 +273,28 @@
     updateHold(element, record);
   }
 
-  // No source: the object is given up and a fresh one takes its place, with the state that a page then expects.
+  // The object is given up and a fresh one takes its place, in the state that a page then expects. What the old one still had to tell
+  // goes with it: that it stopped is told in its place, before anything of the fresh one.
+  function startAfresh(element, record) {
+    const isOwed = stateOf(record) !== kStopped || record.told !== kStopped || record.owesStopped;
+    const fullScreen = native.flag(record.id, 'fullScreen');
+    retire(element, record);
+    const fresh = upgrade(element, fullScreen);
+    if (!isOwed || fresh === undefined) return;
+    fresh.owesStopped = true;
+    page.queueTask(() => tellStopped(element));
+  }
+
+  function tellStopped(element) {
+    const record = records.get(element);
+    if (record === undefined || !record.owesStopped) return;
+    record.owesStopped = false;
+    raiseState(element, record, 'onPlayStateChange', [kStopped]);
+  }
+
   function releaseSource(element, record) {
     if (sourceOf(record) === '') return;
-    const wasStopped = stateOf(record) === kStopped;
-    retire(element, record);
-    upgrade(element);
-    if (!wasStopped) page.queueTask(() => raise(element, 'onPlayStateChange', [kStopped]));
+    startAfresh(element, record);
   }
 
   function sourceChanged(element, record) {
@@ -307,14 +320,17 @@
       record.object.type = page.getAttribute(element, 'type');
       return;
     }
-    retire(element, record);  // a stop is refused while connecting
-    upgrade(element);
-    page.queueTask(() => raise(element, 'onPlayStateChange', [kStopped]));
+    startAfresh(element, record);  // a stop is refused while connecting
   }
 
   function compileHandler(element, name, text) {
     const type = name.slice(2);
-    element[name] = text === null ? null : new Function(...(kFields[type] || ['event']), text);
+    try {
+      element[name] = text === null ? null : new Function(...(kFields[type] || ['event']), text);
+    } catch (error) {  // no script, or a policy of the page forbids it
+      element[name] = null;
+      page.reportError(error);
+    }
   }
 
   function layoutChanged() {
@@ -647,6 +663,8 @@
     const element = weak === undefined ? undefined : deref(weak);
     if (element === undefined) return;
     const record = records.get(element);
+    if (record.owesStopped) tellStopped(element);
+    if (records.get(element) !== record) return;  // a handler gave the object up
     const state = name === 'onPlayStateChange' ? parameters[0] : undefined;
     if (state !== undefined) noteState(element, record, state);
     if (name === 'onPlayerHandle' && record.renewing) renewWindow(record);
@@ -664,6 +682,7 @@
   // ---- a queued item plays on, although the object leaves it paused at its start
 
   function noteState(element, record, state) {
+    if (state !== kReady) record.told = state;  // which is no state
     const awaited = record.waitsForReady ? state === kReady || state === kError : state !== kReady && !record.renewing;
     if (awaited) record.waitUntil = 0;
     if (state === kFinished && record.queued) {

@@ -385,7 +385,7 @@
     },
     parameters(element) {
       const out = [];
-      for (const child of elementQuery(element, 'param')) {
+      for (const child of elementQuery(element, ':scope > param')) {
         keepReader(readParameters, child, element);
         out.push([getAttribute(child, 'name') || '', getAttribute(child, 'value') || '']);
       }

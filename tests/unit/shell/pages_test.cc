@@ -17,8 +17,22 @@ TEST_P(AvcRunPage, PassesItsChecks) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, AvcRunPage,
                          testing::Values("components", "element", "environment", "events", "geometry", "handlers", "queue",
-                                         "source", "subtitles", "collect"),
+                                         "release", "source", "subtitles", "collect"),
                          [](const auto& info) { return std::string(info.param); });
+
+TEST(AvcRunMarkup, AHandlerThatIsNoScriptIsToldAndLeavesTheObjectItsSource) {
+  const Outcome outcome = runText(R"(
+    document.body.innerHTML = '<object id="o" type="video/mp4" onPlayStateChange="return (" data="http://media.example/clip"></object>';
+    const e = document.body.querySelector('#o');
+    console.log(e.data, e.onPlayStateChange);
+    e.setAttribute('onPlayStateChange', 'no script');
+    console.log(typeof e.play);
+    exit();
+  )");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "http://media.example/clip null\nfunction\n");
+  EXPECT_THAT(outcome.err, testing::ContainsRegex("uncaught SyntaxError.*\navc-run: uncaught SyntaxError"));
+}
 
 // No exit() here: the run must notice that the film is over.
 TEST(AvcRunEnd, ComesByItselfAfterTheLastObjectFinished) {

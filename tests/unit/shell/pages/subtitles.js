@@ -23,6 +23,17 @@ async function describedByParameters() {
   equal(new Set(subtitlesOf(element).map((each) => each.componentTag)).size, 3, 'different components');
   equal(element.getComponents().length, 0, 'only among the subtitles');
 
+  const listed = makeObject();
+  addParameter(listed, 'subtitles', 'srclang:eng,src:http://media.example/i/a,b,.ttml, srclang:deu , src:http://media.example/c,d.ttml,');
+  equal(subtitlesOf(listed).map((each) => each.language).join(), 'eng,deu', 'a list with commas');
+  const addresses = [];
+  for (const each of subtitlesOf(listed)) {
+    const selected = next(listed, 'SelectedComponentChanged');
+    listed.selectComponent(each);
+    addresses.push((await selected).source);
+  }
+  equal(addresses.join(' '), 'http://media.example/i/a,b,.ttml http://media.example/c,d.ttml', 'commas of addresses');
+
   const changed = () => next(element, 'SelectedComponentChanged');
   let event = changed();
   element.selectComponent(subtitlesOf(element)[0]);
