@@ -98,7 +98,10 @@ std::string streaming(unsigned long player) {
 }
 
 std::string endOf(const std::string& address) {
-  return address.size() <= kAddressShown ? address : "…" + address.substr(address.size() - kAddressShown);
+  if (address.size() <= kAddressShown) return address;
+  std::size_t from = address.size() - kAddressShown;
+  while (from < address.size() && (static_cast<unsigned char>(address[from]) & 0xC0U) == 0x80U) ++from;  // not within a character
+  return "…" + address.substr(from);
 }
 
 }  // namespace

@@ -44,6 +44,7 @@ TvWindow::TvWindow(WebKitWebView* view, PlaneView& plane, Handlers handlers)
   });
   g_signal_connect(view, "key-press-event", G_CALLBACK(onKey), this);
   g_signal_connect(view, "key-release-event", G_CALLBACK(onKey), this);
+  g_signal_connect(view, "focus-out-event", G_CALLBACK(onFocusOut), this);
   g_signal_connect(m_window, "delete-event", G_CALLBACK(onDelete), this);
 }
 
@@ -97,11 +98,19 @@ gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
   const guint16 place = event->hardware_keycode;  // the symbol depends on modifiers, which may be let go of first
   if (event->type == GDK_KEY_RELEASE) {
     if (window.m_ownKeys.erase(place) != 0) return TRUE;
+  } else if (window.m_ownKeys.count(place) != 0) {
+    return TRUE;  // held
   } else if (window.m_handlers.key(event->keyval, static_cast<GdkModifierType>(event->state))) {
     window.m_ownKeys.insert(place);
     return TRUE;
   }
   event->keyval = remoteKeyFor(event->keyval);
+  return FALSE;
+}
+
+/// What is let go of from now on, another window hears.
+gboolean TvWindow::onFocusOut(GtkWidget*, GdkEvent*, gpointer self) {
+  static_cast<TvWindow*>(self)->m_ownKeys.clear();
   return FALSE;
 }
 

@@ -50,6 +50,7 @@ class TvWindow {
   static gboolean onDraw(GtkWidget* view, cairo_t* cairo, gpointer self);
   static gboolean onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self);
   static gboolean onKey(GtkWidget* view, GdkEventKey* event, gpointer self);
+  static gboolean onFocusOut(GtkWidget* view, GdkEvent* event, gpointer self);
   static gboolean onDelete(GtkWidget* window, GdkEvent* event, gpointer self);
   static void onPainted(GdkFrameClock* clock, gpointer self);
 

@@ -31,6 +31,12 @@ const std::string& at(const std::map<std::string, std::string>& start, const cha
   return found == start.end() ? none : found->second;
 }
 
+/// A message takes texts up to the first NUL only.
+std::string whole(std::string text) {
+  for (std::size_t at = text.find('\0'); at != std::string::npos; at = text.find('\0', at)) text.replace(at, 1, "\\x00");
+  return text;
+}
+
 }  // namespace
 
 WebSide::WebSide(const std::map<std::string, std::string>& start)
@@ -126,11 +132,11 @@ void WebSide::sendPlane() {
 }
 
 void WebSide::print(const std::string& level, const std::string& text, const std::string& source, unsigned line) {
-  send(kMessageConsole, g_variant_new(kConsoleType, level.c_str(), text.c_str(), source.c_str(), line));
+  send(kMessageConsole, g_variant_new(kConsoleType, level.c_str(), whole(text).c_str(), whole(source).c_str(), line));
 }
 
 void WebSide::uncaught(const std::string& text, const std::string& source, unsigned line) {
-  send(kMessageUncaught, g_variant_new(kUncaughtType, text.c_str(), source.c_str(), line));
+  send(kMessageUncaught, g_variant_new(kUncaughtType, whole(text).c_str(), whole(source).c_str(), line));
 }
 
 void WebSide::ended(FrameScript& frame) {

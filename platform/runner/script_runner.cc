@@ -181,9 +181,7 @@ bool ScriptRunner::nothingLeft() {
 
 void ScriptRunner::deliver(const pluginhost::Event& event) {
   if (m_ended || m_binding->plugin(event.objectId) == nullptr) return;
-  std::vector<JSValueRef> arguments;
-  for (const _CorvelNativeVariant& value : event.args) arguments.push_back(script::toScript(m_context, value, *m_binding));
-  const JSValueRef list = JSObjectMakeArray(m_context, arguments.size(), arguments.data(), nullptr);
+  const JSValueRef list = script::toScriptList(m_context, event.args, *m_binding);
   const JSValueRef id = JSValueMakeNumber(m_context, static_cast<double>(event.objectId));
   callPage("fire", {id, script::makeString(m_context, event.name), list});
   afterScript();

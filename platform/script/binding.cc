@@ -14,6 +14,7 @@ constexpr char kIdentitySource[] = R"js((function () {
   'use strict';
   // With what a page may put in the place of the engine's functions it would get at the objects: these are taken before.
   const known = Object.defineProperties(new Map(), Object.getOwnPropertyDescriptors(Map.prototype));
+  const { WeakRef } = globalThis;
   const deref = Function.prototype.call.bind(WeakRef.prototype.deref);
   const { max } = Math;
   let sweepAt = 64;

@@ -56,6 +56,18 @@ std::u16string toUtf16(std::string_view text) {
   return out;
 }
 
+void appendUtf8(std::string& out, char32_t c) {
+  if (c < 0x80) {
+    out.push_back(static_cast<char>(c));
+    return;
+  }
+  const int following = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+  constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0};
+  out.push_back(static_cast<char>(kLeads[following] | (c >> (6U * static_cast<unsigned>(following)))));
+  for (int i = following - 1; i >= 0; --i)
+    out.push_back(static_cast<char>(0x80U | ((c >> (6U * static_cast<unsigned>(i))) & 0x3FU)));
+}
+
 JSStringRef makeText(std::string_view utf8) {
   const std::u16string text = toUtf16(utf8);
   return JSStringCreateWithCharacters(reinterpret_cast<const JSChar*>(text.data()), text.size());
@@ -69,10 +81,21 @@ JsText::~JsText() {
   if (m_text != nullptr) JSStringRelease(m_text);
 }
 
+/// The engine's own conversion gives nothing at all for a text that was cut within a character.
 std::string toUtf8(JSStringRef text) {
-  std::string out(JSStringGetMaximumUTF8CStringSize(text), '\0');
-  const std::size_t written = JSStringGetUTF8CString(text, out.data(), out.size());
-  out.resize(written == 0 ? 0 : written - 1);  // the count includes the final NUL
+  const JSChar* const units = JSStringGetCharactersPtr(text);
+  const std::size_t count = JSStringGetLength(text);
+  std::string out;
+  out.reserve(count);
+  for (std::size_t at = 0; at < count; ++at) {
+    char32_t c = units[at];
+    if (c >= 0xD800 && c < 0xDC00 && at + 1 < count && units[at + 1] >= 0xDC00 && units[at + 1] < 0xE000) {
+      c = 0x10000 + ((c - 0xD800) << 10U) + (units[++at] - 0xDC00U);
+    } else if (c >= 0xD800 && c < 0xE000) {
+      c = kReplacement;
+    }
+    appendUtf8(out, c);
+  }
   return out;
 }
 

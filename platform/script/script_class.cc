@@ -150,20 +150,21 @@ class PrototypeBuilder {
       : m_context(context), m_tableId(tableId), m_intrinsics(intrinsics), m_prototype(JSObjectMake(context, nullptr, nullptr)) {}
 
   void addProperty(const std::string& name, unsigned int index) {
-    JSObjectRef descriptor = JSObjectMake(m_context, nullptr, nullptr);
+    JSObjectRef descriptor = makeDescriptor(true);
     setProperty(m_context, descriptor, "get", makeFunction(getterClass(), index));
     setProperty(m_context, descriptor, "set", makeFunction(setterClass(), index));
-    setProperty(m_context, descriptor, "enumerable", JSValueMakeBoolean(m_context, true));
-    setProperty(m_context, descriptor, "configurable", JSValueMakeBoolean(m_context, true));
     define(makeString(m_context, name), descriptor);
   }
 
   void addMethod(const std::string& name, unsigned int index) {
-    setProperty(m_context, m_prototype, name.c_str(), makeFunction(methodClass(), index));
+    JSObjectRef descriptor = makeDescriptor(true);
+    setProperty(m_context, descriptor, "value", makeFunction(methodClass(), index));
+    setProperty(m_context, descriptor, "writable", JSValueMakeBoolean(m_context, true));
+    define(makeString(m_context, name), descriptor);
   }
 
   void addIteration() {
-    JSObjectRef descriptor = JSObjectMake(m_context, nullptr, nullptr);
+    JSObjectRef descriptor = makeDescriptor(false);
     setProperty(m_context, descriptor, "value", m_intrinsics.arrayValues);
     define(m_intrinsics.iterator, descriptor);
   }
@@ -175,6 +176,15 @@ class PrototypeBuilder {
     JSObjectRef function = JSObjectMake(m_context, type, new Row{Mark::kRow, index, m_tableId});
     JSObjectSetPrototype(m_context, function, m_intrinsics.functionPrototype);  // call, apply and bind
     return function;
+  }
+
+  /// Without a prototype, on which a page may have put members of these names.
+  JSObjectRef makeDescriptor(bool isListed) const {
+    JSObjectRef descriptor = JSObjectMake(m_context, nullptr, nullptr);
+    JSObjectSetPrototype(m_context, descriptor, JSValueMakeNull(m_context));
+    setProperty(m_context, descriptor, "enumerable", JSValueMakeBoolean(m_context, isListed));
+    setProperty(m_context, descriptor, "configurable", JSValueMakeBoolean(m_context, isListed));
+    return descriptor;
   }
 
   void define(JSValueRef name, JSObjectRef descriptor) const {

@@ -73,6 +73,18 @@ JSValueRef toScript(JSContextRef context, const _CorvelNativeVariant& value, Obj
   }
 }
 
+/// To make a member may collect what nothing refers to, and the collector does not look into a vector.
+JSObjectRef toScriptList(JSContextRef context, const std::vector<_CorvelNativeVariant>& values, ObjectWrapper& wrapper) {
+  std::vector<JSValueRef> members;
+  for (const _CorvelNativeVariant& value : values) {
+    members.push_back(toScript(context, value, wrapper));
+    JSValueProtect(context, members.back());
+  }
+  JSObjectRef list = JSObjectMakeArray(context, members.size(), members.data(), nullptr);
+  for (const JSValueRef member : members) JSValueUnprotect(context, member);
+  return list;
+}
+
 HostValues::HostValues(JSContextRef context, const JSValueRef values[], std::size_t count, const KnownNumbers* numbers)
     : m_count(static_cast<unsigned int>(count)),
       m_values(count > kFew ? std::allocator<_CorvelNativeVariant>().allocate(count)

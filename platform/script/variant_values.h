@@ -9,6 +9,7 @@
 #include <forward_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/corvel_native.h"
 #include "platform/script/known_numbers.h"
@@ -23,6 +24,8 @@ class ObjectWrapper {
 };
 
 JSValueRef toScript(JSContextRef context, const _CorvelNativeVariant& value, ObjectWrapper& wrapper);
+/// A script array of them.
+JSObjectRef toScriptList(JSContextRef context, const std::vector<_CorvelNativeVariant>& values, ObjectWrapper& wrapper);
 
 /// The host values of a call's arguments, with the texts that they borrow. Lives on the stack of the call.
 class HostValues {

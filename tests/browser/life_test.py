@@ -136,6 +136,17 @@ class LifeTest(television.Case):
                           APPLICATION, "--wait", "ready === 3")
         self.assertEqual(run.lines("console.warn: "), ["a frame of another origin may end the application only once the viewer has used it"])
 
+    def test_application_that_could_not_be_replaced_can_still_be_ended(self):
+        run = self.browse("frames.html", "--wait", "ready === 2 && act('far', '%s.createApplication(`none.html`) === null && "
+                          "(%s.destroyApplication(), parent.postMessage(`paused`, `*`))')" % (APPLICATION, APPLICATION), "--wait", "ready === 3")
+        self.assertEqual(run.lines("console.warn: "), ["a frame of another origin may end the application only once the viewer has used it"] * 2)
+
+    def test_events_that_a_page_calls_pagehide_end_nothing(self):
+        run = self.browse("playing.html", "--wait", "playing()",
+                          "--wait", "[window, document, document.body].forEach((one) => one.dispatchEvent(new Event('pagehide', { bubbles: true }))), true",
+                          "--wait", "video.playPosition > 1000", "--wait", "console.log('plays on', video.playState), true")
+        self.assertEqual(run.logged(), ["plays on 1"])
+
     def test_application_is_hidden_from_a_frame(self):
         run = self.browse("frames.html", "--wait", "ready === 2 && act('near', '%s.hide()')" % APPLICATION,
                           "--wait", "getComputedStyle(document.body).visibility === 'hidden'", "--wait", "act('near', '%s.show()')" % APPLICATION,
@@ -207,6 +218,10 @@ class StatusTest(television.Case):
         run = self.browse("handled.html", "--wait", "done", status=1)
         self.assertEqual([line.split(" (")[0] for line in run.output.splitlines()],
                          ["uncaught: Error: not known", "uncaught: unhandled rejection: not kept"])
+
+    def test_texts_of_any_letters(self):
+        run = self.browse("keys.html", "--wait", r"console.log('a\0b', 'x\ud800', 'y'), true")
+        self.assertEqual(run.logged(), ["a\\x00b x\ufffd y"])
 
     def test_what_a_page_says_in_windows_of_its_own_and_when_it_goes(self):
         run = self.browse("talking.html", "--wait", "location.search === '?gone' && done", status=1)

@@ -128,6 +128,12 @@ class OverlayTest(television.Case):
         run = self.browse("adaptive.html?film=fault/status/404/two.mp4&type=video/mp4", "--wait", "video.playState === 6", "--status")
         self.assertIn("status:   last error: content not available", run.output)
 
+    def test_status_of_an_address_that_is_cut(self):
+        name = "\u00e9" * 40 + "x.mp4"
+        for begin in ("", "z"):
+            run = self.browse("keys.html", "--wait", "video.data = location.origin + '/none/%s%s', true" % (begin, name), "--status")
+            self.assertIn("\u00e9" * 32 + "x.mp4", run.output)
+
     def test_what_is_stored_of_adaptive_films_falls_as_they_play(self):
         for film, kind in (("dash/av.mpd", "application/dash%2Bxml"), ("hls/master.m3u8", "application/vnd.apple.mpegurl")):
             looks = [part for second in (1, 3, 5) for part in ("--wait", "position(%d)" % second, "--status")]
@@ -214,6 +220,19 @@ class SubtitleKeyTest(television.Case):
                 continue
         told, keys = self.finish(process).logged()
         self.assertTrue(told.startswith("0: "), told)
+
+
+    def test_held_key_switches_once(self):
+        repeats = "heard.length > 0 && performance.now() > (window.until = window.until || performance.now() + 1500)"  # by then a dozen
+        process = self.start("subtitles.html", "--wait", "console.log('there'), true", "--wait", repeats, "--wait", "report()", "--quit-after", "60")
+        next(line for line in process.stdout if "there" in line)
+        self.findWindow("Hears of the viewer")
+        self.pressOnKeyboard("ctrl+s", "keydown")
+        try:
+            told, keys = self.finish(process).logged()
+        finally:
+            self.pressOnKeyboard("ctrl+s", "keyup")
+        self.assertEqual(told.count(","), 0, told)
 
 
 class StepTest(television.Case):

@@ -276,9 +276,9 @@ class Case(unittest.TestCase):
         """What the server was asked for, in order."""
         return [json.loads(line) for line in self.server.noted().decode().splitlines()]
 
-    def pressOnKeyboard(self, key):
-        """Presses a key as the screen's keyboard would."""
-        subprocess.run(["xdotool", "key", key], env=self.environment(LD_PRELOAD=""), check=True)
+    def pressOnKeyboard(self, key, how="key"):
+        """Presses a key as the screen's keyboard would; with "keydown" holds it until "keyup"."""
+        subprocess.run(["xdotool", how, key], env=self.environment(LD_PRELOAD=""), check=True)
 
     def findWindow(self, title):
         found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", title], env=self.environment(LD_PRELOAD=""),

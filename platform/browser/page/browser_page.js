@@ -62,6 +62,8 @@
   const originalCreateElement = Document.prototype.createElement;
   const createElementNS = uncurry(Document.prototype.createElementNS);
   const getAnimations = uncurry(Document.prototype.getAnimations);
+  const playStateOf = getter(Animation.prototype, 'playState');
+  const some = uncurry(Array.prototype.some);
   const reportError = window.reportError.bind(window);
   const now = performance.now.bind(performance);
   const frameWindow = [HTMLIFrameElement, HTMLFrameElement, HTMLObjectElement]
@@ -180,7 +182,7 @@
   }
 
   function isAnimated() {
-    return getAnimations(document).length > 0;
+    return some(getAnimations(document), (animation) => playStateOf(animation) === 'running');  // others keep what they have come to
   }
 
   defineProperty(window, 'requestAnimationFrame', {
@@ -411,7 +413,8 @@
     userAgent: settings.userAgent,
   });
 
-  addListener(window, 'pagehide', () => host.ended(), true);
+  // A page may send events of that name itself.
+  addListener(window, 'pagehide', ({ isTrusted }) => { if (isTrusted) host.ended(); }, true);
 
   return {
     fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,

@@ -76,9 +76,10 @@
         page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
         return null;
       }
-      replaced = !isPlaceHere(address);
       const { href } = new URL(address, document.baseURI);
-      leave((top) => { top.location.href = href; });  // a frame of another origin may not call assign()
+      const another = !isPlaceHere(address);
+      if (!leave((top) => { top.location.href = href; })) return null;  // a frame of another origin may not call assign()
+      replaced = another;
       return application;
     },
   });
@@ -101,6 +102,7 @@
   function leave(navigate) {
     const told = fromTop((top) => [navigate(top)]);
     if (told === undefined) page.warn('a frame of another origin may end the application only once the viewer has used it');
+    return told !== undefined;
   }
 
   const rootElement = () => fromTop((top) => top.document.documentElement) || document.documentElement;

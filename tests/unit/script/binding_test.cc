@@ -3,6 +3,7 @@
 
 #include "platform/script/js_text.h"
 #include "platform/script/native_api.h"
+#include "platform/script/variant_values.h"
 #include "tests/unit/script/script_fixture.h"
 
 namespace {
@@ -21,6 +22,54 @@ class BindingTest : public ScriptTest {
     return std::stoull(eval("native.id(plugin)"));
   }
 };
+
+class EarlyPageTest : public ScriptTest {};
+
+TEST_F(EarlyPageTest, GetsAtNoObject_WhateverItReplacesBeforeTheFirstOne) {
+  eval(R"(
+    globalThis.reached = [];
+    globalThis.WeakRef = function (object) { reached.push(object); };
+    for (const name of ['tell', 'item', 'get', 'set']) {
+      Object.defineProperty(Object.prototype, name, {
+        get() { return function () { reached.push(this); }; }, set(value) { reached.push(this, value); }, configurable: true });
+    })");
+
+  auto teller = std::make_shared<TellingObject>();
+  teller->install();
+  setGlobal("teller", binding().wrap(teller));
+  auto list = std::make_shared<NumberList>();
+  list->install();
+  setGlobal("list", binding().wrap(list));
+
+  EXPECT_EQ(eval("teller.tell('x') + list.length + typeof list.item(0)"), "6:1:x3number");
+  EXPECT_EQ(eval("reached.length"), "0");
+}
+
+/// Wants much of the engine before it answers.
+class GreedyWrapper : public script::ObjectWrapper {
+ public:
+  explicit GreedyWrapper(std::function<JSValueRef()> make) : m_make(std::move(make)) {}
+  JSValueRef wrap(const std::shared_ptr<CorvelNativePropertyBase>&) override { return m_make(); }
+
+ private:
+  std::function<JSValueRef()> m_make;
+};
+
+TEST_F(EarlyPageTest, HearsAllOfAnEvent_ThoughTheEngineCollectsBetweenItsArguments) {
+  constexpr int kTexts = 300;
+  std::vector<_CorvelNativeVariant> values(kTexts + 1);
+  for (int i = 0; i < kTexts; ++i)
+    cvnplUtil::set(("text number " + std::to_string(i)).c_str(), values[static_cast<std::size_t>(i)], true);
+  cvnplUtil::set(std::make_shared<TellingObject>(), values.back());
+  GreedyWrapper wrapper([this] {
+    collect();
+    return script::makeString(context(), eval("Array.from({ length: 1000 }, (_, i) => 'another ' + i)[999]"));
+  });
+
+  setGlobal("list", script::toScriptList(context(), values, wrapper));
+
+  EXPECT_EQ(eval("list.slice(0, -1).filter((each, i) => each !== 'text number ' + i).length + '/' + list.length"), "0/301");
+}
 
 struct Conversion {
   const char* script;

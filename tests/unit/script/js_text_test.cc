@@ -32,4 +32,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Text{"FaultInTheMiddle", "a\xFFz", "a\xEF\xBF\xBDz"}),
     [](const testing::TestParamInfo<Text>& info) { return info.param.name; });
 
+TEST(JsTextHalvesTest, OfACharacterAreReplaced) {
+  const JSChar units[] = {'a', 0xD83D, 'b', 0xDE00, 0xD83D, 0xDE00, 0xD83D};
+  const script::JsText text(JSStringCreateWithCharacters(units, std::size(units)));
+
+  EXPECT_EQ(script::toUtf8(static_cast<JSStringRef>(text)),
+            "a\xEF\xBF\xBD"
+            "b\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
+}
+
 }  // namespace
