@@ -145,8 +145,9 @@ void Pipeline::handleStateChange(GstMessage* message) {
   if (reached == GST_STATE_PAUSED) return reportPreroll();  // a pause overtook a seek while playing, whose end was told on the way
   if (reached != GST_STATE_PLAYING) return;
   releaseText();
+  const std::weak_ptr<bool> alive = m_alive;
   reportPreroll();  // a seek while playing may have been between two states when its end was told
-  m_listener.onPlayingReached();
+  if (!alive.expired()) m_listener.onPlayingReached();
 }
 
 void Pipeline::reportAnswered() {
@@ -158,7 +159,9 @@ void Pipeline::reportAnswered() {
 /// The state is ahead of what is queued: what is presented first came before.
 void Pipeline::reportPreroll() {
   if (m_prerollReported || !isPrerolled()) return;
+  const std::weak_ptr<bool> alive = m_alive;
   tellPresented();
+  if (alive.expired() || !isPrerolled()) return;  // it was opened anew, or seeks
   m_prerollReported = m_endsPass = true;
   m_listener.onPrerolled();
 }

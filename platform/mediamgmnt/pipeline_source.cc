@@ -64,6 +64,14 @@ std::string firstBytesOf(GstBuffer* buffer) {
   return bytes;
 }
 
+bool canSeek(GstPad* pad, GstFormat format) {
+  GstQuery* const query = gst_query_new_seeking(format);
+  gboolean can = FALSE;
+  if (gst_pad_query(pad, query)) gst_query_parse_seeking(query, nullptr, &can, nullptr, nullptr);
+  gst_query_unref(query);
+  return can != FALSE;
+}
+
 }  // namespace
 
 void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
@@ -85,13 +93,15 @@ void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
   gst_object_unref(pad);
 }
 
-/// Before the source cancels its fetch itself: then there is none any more. Demuxers seek while a source opens, too.
-GstPadProbeReturn Pipeline::onSourceSeek(GstPad*, GstPadProbeInfo* info, gpointer self) {
+/// Before the source cancels its fetch itself: then there is none any more. Demuxers seek while a source opens, too. A seek that
+/// the source refuses cancels nothing.
+GstPadProbeReturn Pipeline::onSourceSeek(GstPad* pad, GstPadProbeInfo* info, gpointer self) {
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
   if (GST_EVENT_TYPE(event) != GST_EVENT_SEEK) return GST_PAD_PROBE_OK;
   GstSeekFlags flags = GST_SEEK_FLAG_NONE;
-  gst_event_parse_seek(event, nullptr, nullptr, &flags, nullptr, nullptr, nullptr, nullptr);
-  if ((flags & GST_SEEK_FLAG_FLUSH) != 0) static_cast<Pipeline*>(self)->cancelFetch();
+  GstFormat format = GST_FORMAT_UNDEFINED;
+  gst_event_parse_seek(event, nullptr, &format, &flags, nullptr, nullptr, nullptr, nullptr);
+  if ((flags & GST_SEEK_FLAG_FLUSH) != 0 && canSeek(pad, format)) static_cast<Pipeline*>(self)->cancelFetch();
   return GST_PAD_PROBE_OK;
 }
 

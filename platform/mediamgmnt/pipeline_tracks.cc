@@ -206,7 +206,11 @@ void Pipeline::tellPresented() {
     std::lock_guard lock(m_trackMutex);
     presented = std::exchange(m_presented, {});
   }
-  for (const Presented& each : presented) m_listener.onPresented(each.kind, each.stream, each.decoded);
+  const std::weak_ptr<bool> alive = m_alive;
+  for (const Presented& each : presented) {
+    m_listener.onPresented(each.kind, each.stream, each.decoded);
+    if (alive.expired()) return;  // it was opened anew
+  }
 }
 
 /// The adaptive demuxers of GStreamer 1.22 start a thread that fetches, and wait for its end for ever when they are told to stop

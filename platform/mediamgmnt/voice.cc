@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/mediamgmnt/voice.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace mediamgmnt {
@@ -34,7 +35,7 @@ Voice::Ticket Voice::stopAsked() {
 
 void Voice::stopDone(Ticket ticket) {
   std::lock_guard lock(m_mutex);
-  m_done = ticket;
+  m_done = std::max(m_done, ticket);
   if (m_answered < ticket) return answerLocked(ticket);
   m_facts.rewind();  // the control thread may have left an anchor after the late answer
 }
@@ -45,10 +46,11 @@ void Voice::answerLate(Ticket ticket) {
 }
 
 void Voice::answerLocked(Ticket ticket) {
-  m_answered = ticket;
-  m_facts.rewind();
-  m_dispatcher.enqueue(status::kStopped);
-  m_dispatcher.enqueue(status::kPlayPositionChanged);
+  for (; m_answered < ticket; ++m_answered) {
+    m_facts.rewind();
+    m_dispatcher.enqueue(status::kStopped);
+    m_dispatcher.enqueue(status::kPlayPositionChanged);
+  }
 }
 
 }  // namespace mediamgmnt

@@ -23,7 +23,8 @@ class Voice {
   /// Unheard after a stop like a word.
   void tell(TextTrackNotice notice);
 
-  /// Every ticket is answered once: "STOPPED", position 0, "PLAY_POSITION_CHANGED". Give it to stopDone(), in the order of asking.
+  /// Every ticket is answered once: "STOPPED", position 0, "PLAY_POSITION_CHANGED". Give each to stopDone(): two
+  /// threads may ask at once, and the second one's be done first.
   Ticket stopAsked();
   void stopDone(Ticket ticket);
 

@@ -236,6 +236,18 @@ class Handler(socketserver.StreamRequestHandler):
         self.sendHalf(request, path)
         self.waitUntilGone()
 
+    def faultStream(self, request, path):
+        """As a server does that makes what it sends: no length, no ranges; half as fast again as the films need."""
+        with open(os.path.join(self.server.root, path), "rb") as file:
+            request.keep_alive = False
+            head = self.head(request, 200, 0, TYPES[os.path.splitext(path)[1]]).replace(b"Content-Length: 0\r\n", b"")
+            self.request.sendall(head.replace(b"Accept-Ranges: bytes", b"Accept-Ranges: none"))
+            while data := file.read(7500):
+                self.request.sendall(data)
+                if self.server.stopping.wait(0.05):
+                    break
+        raise ConnectionError()
+
     def faultHang(self, _request, _path):
         self.waitUntilGone()
 
@@ -264,6 +276,7 @@ class Handler(socketserver.StreamRequestHandler):
 
 ROUTES = [
     ("/fault/status/", Handler.faultStatus), ("/fault/close/", Handler.faultClose), ("/fault/stall/", Handler.faultStall),
+    ("/fault/stream/", Handler.faultStream),
     ("/fault/hang", Handler.faultHang), ("/fault/drop", Handler.faultDrop), ("/slow/", Handler.sendSlowly),
     ("/redirect/", Handler.sendRedirect), ("/requests", Handler.sendRequests), ("/live/", Handler.sendLive),
 ]

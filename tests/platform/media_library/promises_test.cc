@@ -251,6 +251,18 @@ void expectRewindsToItsStart(const std::string& url) {
 TEST(RewindTest, FromJustBehindASegmentsBeginning_Dash) { expectRewindsToItsStart(SampleServer::instance().url("dash/av.mpd")); }
 TEST(RewindTest, FromJustBehindASegmentsBeginning_Hls) { expectRewindsToItsStart(SampleServer::instance().url("hls/muxed.m3u8")); }
 
+TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("fault/stream/two.mp4"));
+  ASSERT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 500; }));
+
+  player.command("SEEK", "15000.00");
+
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 6000 && player.number("POSITION") < 14000; }, 20))
+      << player.number("POSITION") << testing::PrintToString(player.words());
+  EXPECT_EQ(count(player.words(), "ERROR"), 0);
+}
+
 TEST(SeekTest, BelowZeroIsZero) {
   TestPlayer player;
   player.start(mp4());

@@ -94,6 +94,15 @@ TEST_F(VoiceTest, AnswersAStopOnceWhenItIsLateAndHushesWhatIsStopped) {
   EXPECT_EQ(wordsUpTo(3), (Said{"STOPPED", "PLAY_POSITION_CHANGED", "READY_TO_PLAY"}));
 }
 
+TEST_F(VoiceTest, AnswersTwoStopsWhicheverIsDoneFirstAndSpeaksOn) {
+  const Voice::Ticket first = m_voice.stopAsked();
+  const Voice::Ticket second = m_voice.stopAsked();
+  m_voice.stopDone(second);
+  m_voice.stopDone(first);
+  m_voice.say(status::kReadyToPlay);
+  EXPECT_EQ(wordsUpTo(5), (Said{"STOPPED", "PLAY_POSITION_CHANGED", "STOPPED", "PLAY_POSITION_CHANGED", "READY_TO_PLAY"}));
+}
+
 TEST(PlaybackFactsTest, KeepsASeekUntilItIsTaken) {
   PlaybackFacts facts;
   facts.seekAsked(5000);
