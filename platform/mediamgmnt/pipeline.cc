@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/mediamgmnt/pipeline.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -12,6 +13,9 @@ namespace {
 
 /// A step of building that has not ended by then is stuck.
 constexpr std::chrono::milliseconds kBuildPatience{1000};
+
+/// Between picture and sound that are presented together.
+constexpr std::int64_t kLargestLagNs = 200'000'000;
 
 std::int64_t known(gboolean answered, gint64 value) { return answered && value >= 0 ? value : Pipeline::kUnknown; }
 
@@ -81,6 +85,7 @@ void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   m_prerollReported = false;
+  m_backwards = rate < 0;
   limitStore(true);
   holdText();
   {
@@ -102,16 +107,21 @@ bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
   return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_SET, target) != FALSE;
 }
 
+/// The picture's. A sink goes no further than its last picture, which may come long before the end of the sound.
 std::int64_t Pipeline::position() const {
-  for (const Kind kind : {Kind::Video, Kind::Audio}) {
-    GstElement* const sink = sinkOf(kind);
-    if (sink == nullptr) continue;
-    gint64 value = kUnknown;
-    const gboolean answered = gst_element_query_position(sink, GST_FORMAT_TIME, &value);
-    gst_object_unref(sink);
-    if (known(answered, value) != kUnknown) return value;
-  }
-  return kUnknown;
+  const std::int64_t picture = positionOf(Kind::Video);
+  const std::int64_t sound = positionOf(Kind::Audio);
+  const bool isPictureOver = !m_backwards && sound != kUnknown && sound - picture > kLargestLagNs;
+  return picture == kUnknown || isPictureOver ? sound : picture;
+}
+
+std::int64_t Pipeline::positionOf(Kind kind) const {
+  GstElement* const sink = sinkOf(kind);
+  if (sink == nullptr) return kUnknown;
+  gint64 value = kUnknown;
+  const gboolean answered = gst_element_query_position(sink, GST_FORMAT_TIME, &value);
+  gst_object_unref(sink);
+  return known(answered, value);
 }
 
 /// The sink is asked without the lock: the thread that adds outputs may hold what the answer needs.

@@ -163,6 +163,7 @@ class Pipeline {
   static GstBusSyncReply onBusMessage(GstBus* bus, GstMessage* message, gpointer self);
 
   GstElement* sinkOf(Kind kind) const;
+  std::int64_t positionOf(Kind kind) const;
   void attach(Kind kind, GstPad* pad);
   bool makeOutput(Kind kind, Output& output);
   void paint(GstSample* sample);
@@ -176,12 +177,17 @@ class Pipeline {
   static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   void endTypeFinding();
   void cancelFetch();
-  void holdEarlyEnd(GstElement* input);
-  static GstPadProbeReturn onInputEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberSource(GstElement* source);
   void rememberDownload(GstElement* downloadBuffer);
   void limitStore(bool bounded);
+
+  // pipeline_inputs.cc
+  struct Input;
+  void watchInput(GstElement* element);
+  static GstPadProbeReturn onInputData(GstPad* pad, GstPadProbeInfo* info, gpointer input);
+  void holdEarlyEnd() const;
+  static void goOnWithout(const Input& input);
 
   // pipeline_report.cc
   void rememberAdaptiveDemux(GstElement* adaptiveDemux);
@@ -306,6 +312,7 @@ class Pipeline {
   int m_selected = 0;  ///< audio and video streams that the selection names
   bool m_answered = false;
   bool m_prerollReported = false;
+  bool m_backwards = false;
   bool m_storeBounded = true;
   bool m_textHeld = false;
 };

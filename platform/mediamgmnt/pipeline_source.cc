@@ -22,10 +22,6 @@ constexpr guint kSourceTimeoutSeconds = 12;
 /// A download thread that does not come by in this time is stuck.
 constexpr std::chrono::milliseconds kCancelPatience{1000};
 
-/// An input that brings nothing at all ends after this long.
-constexpr int kMostEndNaps = 500;
-constexpr gulong kEndNapUs = 1000;
-
 // What the decoder sets itself; the time changes by itself while streams are interleaved.
 constexpr guint64 kStoreNs = 2 * GST_SECOND;
 constexpr guint kStoreBytes = 10 * 1024 * 1024;
@@ -132,28 +128,13 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
   } else if (factory == "downloadbuffer") {
     pipeline->rememberDownload(element);
   } else if (factory == "identity" && startsWith(GST_OBJECT_NAME(parent), "decodebin3")) {
-    pipeline->holdEarlyEnd(element);
+    pipeline->watchInput(element);
   } else if (startsWith(GST_OBJECT_NAME(element), "track-period")) {
     pipeline->noteTrackOfPeriod(GST_OBJECT_NAME(element));
     pipeline->watchFetching(element);
   } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {
     pipeline->m_mediaArrived = true;
   }
-}
-
-/// GStreamer 1.22 forgets an input that ends while another one has not begun, and crashes over it when the pipeline is closed. So
-/// the end of a short one waits for the start of all. What an adaptive demuxer has it hands on in order, from one thread.
-void Pipeline::holdEarlyEnd(GstElement* input) {
-  GstPad* const pad = gst_element_get_static_pad(input, "sink");
-  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &Pipeline::onInputEvent, this, nullptr);
-  gst_object_unref(pad);
-}
-
-GstPadProbeReturn Pipeline::onInputEvent(GstPad*, GstPadProbeInfo* info, gpointer data) {
-  const auto* const self = static_cast<const Pipeline*>(data);
-  if (self->m_adaptive || GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS) return GST_PAD_PROBE_OK;
-  for (int nap = 0; !self->m_endsPass && nap < kMostEndNaps; ++nap) g_usleep(kEndNapUs);
-  return GST_PAD_PROBE_OK;
 }
 
 void Pipeline::watchTypeFinding(GstElement* typefind) {

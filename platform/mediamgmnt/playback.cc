@@ -259,6 +259,7 @@ bool Playback::endsTooEarly() const {
 /// The last picture stays on the plane until a stop or a new source.
 void Playback::finish() {
   if (m_durationGuessed) m_facts.setDuration(static_cast<long long>(pipelinePosition()));
+  stretchDuration(pipelinePosition());
   const double end = static_cast<double>(m_facts.duration().value_or(0));
   m_over = true;
   m_wish = Wish::Nothing;

@@ -143,6 +143,7 @@ class Playback final : private PipelineListener {
   void learnWindow();
   void tick();
   void followPosition();
+  void stretchDuration(double position);
   bool awaitsEnd(double position) const;
   void announceTrickPosition();
   void noteProgress() { m_lastProgress = Clock::now(); }

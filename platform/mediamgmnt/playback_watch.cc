@@ -78,7 +78,15 @@ void Playback::followPosition() {
     m_facts.freezeAt(position);
     announceUnderrun();
   }
+  stretchDuration(position);
   if (!m_starved) m_facts.runFrom(position, m_rate);
+}
+
+/// What has been passed was an estimate.
+void Playback::stretchDuration(double position) {
+  const std::optional<long long> duration = m_facts.duration();
+  if (m_live || !duration || *duration <= 0 || m_pipeline->declaresDuration()) return;
+  if (position > static_cast<double>(*duration)) m_facts.setDuration(std::llround(position));
 }
 
 /// Backwards, the end is demuxed long before it is shown.

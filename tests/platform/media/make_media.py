@@ -14,6 +14,7 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
                                                                            described English (HLS: French); all but TS with subtitles
     OUTDIR/dash/periods.mpd                                                two periods: English and German, then German and French (220 Hz)
     OUTDIR/silent.mp4                                                      a picture without sound
+    OUTDIR/uneven.mp4 uneven.ts                                            a picture that ends after a quarter of the sound
     OUTDIR/text.mp4 text-frag.mp4 dash/text.mpd                            English and German as timed text, a document a second; DASH
                                                                            also 200 documents ("fra") and odd ones ("ita")
     OUTDIR/hls/text.m3u8                                                   WebVTT in segments, with positions
@@ -110,6 +111,9 @@ class Set:
         sound = [*self.inputs("eng.m4a"), "-c", "copy", *BIT_EXACT]
         ffmpeg(*sound, "-movflags", "+faststart", out("tone.m4a"))
         ffmpeg(*sound, "-f", "adts", out("tone.aac"))
+        uneven = ["-t", self.seconds // 4, *self.inputs("video.mp4", "eng.m4a"), "-map", "0:v", "-map", "1:a", "-c", "copy", *BIT_EXACT]
+        ffmpeg(*uneven, "-movflags", "+faststart", out("uneven.mp4"))
+        ffmpeg(*uneven, "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("uneven.ts"))
 
     def makeTracks(self):
         """Files with more of everything: two pictures, three sounds, two subtitles."""

@@ -219,6 +219,39 @@ TEST_P(FormatTest, StartsAgainAtItsEndWhenLooping) {
   m_player.wordsUntil("FINISHED");
 }
 
+/// A picture that ends long before its sound.
+using UnevenTest = FormatTest;
+
+TEST_P(UnevenTest, PlaysTheSoundToItsEnd) {
+  m_player.start(url());
+  m_player.forget();
+
+  EXPECT_TRUE(reaches(2500));
+  EXPECT_TRUE(runsAt(1));
+  m_player.waitFor([](const Words& words) { return !words.empty() && words.back() == "PLAY_SPEED_CHANGED"; }, 20);
+
+  EXPECT_EQ(m_player.words(), (Words{"FINISHED", "PLAY_SPEED_CHANGED"}));
+  EXPECT_EQ(m_player.get("POSITION"), m_player.get("DURATION"));
+  EXPECT_NEAR(m_player.number("DURATION"), 4000, 200);
+}
+
+TEST_P(UnevenTest, PlaysOnFromWhereThereIsNoPicture) {
+  m_player.start(url());
+  ASSERT_TRUE(reaches(200));
+  m_player.forget();
+
+  m_player.command("SEEK", "1500.00");
+
+  EXPECT_EQ(m_player.wordsUntil("PLAYING"), (Words{"BUFFERING", "BUFFER_READY", "PLAY_POSITION_CHANGED", "PLAYING"}));
+  EXPECT_NEAR(m_player.number("POSITION"), 1500, 400);
+  EXPECT_TRUE(reaches(2000));
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, UnevenTest,
+                         testing::Values(Format{"Mp4", "short/uneven.mp4", true},
+                                         Format{"TransportStream", "short/uneven.ts", true}),
+                         [](const auto& info) { return info.param.name; });
+
 INSTANTIATE_TEST_SUITE_P(Samples, FormatTest,
                          testing::Values(Format{"Mp4", "short/two.mp4", true}, Format{"Mp4Tail", "short/tail.mp4", true},
                                          Format{"TransportStream", "short/two.ts", true}, Format{"Mp3", "short/tone.mp3", false},
