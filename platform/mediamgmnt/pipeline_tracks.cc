@@ -54,6 +54,21 @@ bool isSelectedByItself(const Streams& streams, const ComponentChoice& choice) {
          (!choice[ComponentKind::Subtitle].shown || same(ComponentKind::Subtitle, GST_STREAM_TYPE_TEXT));
 }
 
+/// Behind a seek during a change of streams, the transport stream demuxer of GStreamer 1.22 tells of gaps before the place sought.
+/// At other speeds its scaletempo counts below zero from there, and a sink waits for a place that is 300 years away and never
+/// stops.
+bool isOutOfPlace(GstEvent* gap, GstPad* pad) {
+  GstClockTime time = GST_CLOCK_TIME_NONE;
+  gst_event_parse_gap(gap, &time, nullptr);
+  GstEvent* const event = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
+  if (event == nullptr) return true;
+  const GstSegment* segment = nullptr;
+  gst_event_parse_segment(event, &segment);
+  const bool isWithin = gst_segment_clip(segment, GST_FORMAT_TIME, time, time, nullptr, nullptr) != FALSE;
+  gst_event_unref(event);
+  return !isWithin;
+}
+
 DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
   DecodedFacts facts;
   GstCaps* const caps = gst_pad_get_current_caps(pad);
@@ -175,7 +190,7 @@ GstPadProbeReturn Pipeline::onOutputData(GstPad* pad, GstPadProbeInfo* info, gpo
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
   const bool isText = arrival.kind == Kind::Subtitle;
   // A sink that rests would take a gap for what it shows, and the document behind it would wait.
-  if (isText && GST_EVENT_TYPE(event) == GST_EVENT_GAP) return GST_PAD_PROBE_DROP;
+  if (GST_EVENT_TYPE(event) == GST_EVENT_GAP && (isText || isOutOfPlace(event, pad))) return GST_PAD_PROBE_DROP;
   if (isText && GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_STOP) arrival.pipeline->m_subtitles.flushed();
   if (GST_EVENT_TYPE(event) != GST_EVENT_STREAM_START) return GST_PAD_PROBE_OK;
   GstStream* stream = nullptr;

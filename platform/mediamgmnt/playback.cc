@@ -62,7 +62,9 @@ void Playback::play(double rate) {
     return open();
   }
   const double present = m_stepping ? m_facts.speed() : m_next ? m_next->rate : m_rate;
-  if (present != rate) {
+  if (m_heldSeek) {
+    m_heldSeek->rate = rate;  // it comes at the end of a switch
+  } else if (present != rate) {
     const double target = presentTarget();
     leaveStepping();
     m_next = Place{target, rate};

@@ -100,6 +100,7 @@ void Playback::repositionRefused(const Place& place) {
 
 /// Where playback is or will be as soon as what was asked is done.
 double Playback::presentTarget() const {
+  if (m_heldSeek) return m_heldSeek->target;
   if (m_next) return m_next->target;
   if (m_inFlight) return *m_inFlight;
   const bool pausesSoon = m_running && m_wish != Wish::Play;

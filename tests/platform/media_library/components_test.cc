@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/mediamgmnt.h"
@@ -205,6 +206,23 @@ TEST_P(TracksTest, ASeekDuringASwitchIsAnsweredAtItsPlace) {
   EXPECT_TRUE(m_listener.hears(kGerman));
   EXPECT_GE(m_player.number("POSITION"), 8000);
   EXPECT_EQ(count(m_player.words(), "PLAY_POSITION_CHANGED"), 1);
+}
+
+TEST_P(TracksTest, ASpeedAskedDuringASwitchAndASeekHoldsAtTheSeeksPlace) {
+  for (int delayMs = 0; delayMs < 100; delayMs += 11) {
+    TestPlayer player;
+    player.start(url(GetParam().path));
+    EXPECT_NE(player.command("SELECT_AUDIO_COMPONENT", "1"), 0);
+    EXPECT_NE(player.command("SEEK", "8000.00"), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));  // the moment is what is tried
+
+    EXPECT_NE(player.command("PLAY", "2.00"), 0);
+
+    EXPECT_TRUE(TestPlayer::eventually([&] { return count(player.words(), "PLAY_SPEED_CHANGED") == 2; })) << delayMs;
+    EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 8700; })) << delayMs;
+    EXPECT_LT(player.number("POSITION"), 10000) << delayMs;
+    EXPECT_EQ(player.get("PLAY_SPEED"), "2.00") << delayMs;
+  }
 }
 
 TEST_P(TracksTest, TheLastOfThreeQuickChoicesHolds) {
