@@ -84,27 +84,33 @@ void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 
 bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
-  m_prerollReported = false;
-  m_backwards = rate < 0;
+  const bool prerollReported = std::exchange(m_prerollReported, false);
+  const bool backwards = std::exchange(m_backwards, rate < 0);
   limitStore(true);
   holdText();
-  {
-    std::lock_guard lock(m_trackMutex);
-    m_soughtSeconds = static_cast<double>(target) / 1e9;
-  }
-  std::lock_guard lock(m_steeringMutex);
-  m_seeking = true;
-  const bool taken = sendSeek(rate, target, flags);
-  m_seeking = false;
-  return taken;
+  const std::optional<double> soughtBefore = noteSought(static_cast<double>(target) / 1e9);
+  if (sendSeek(rate, target, flags)) return true;
+  noteSought(soughtBefore);
+  releaseText();
+  m_backwards = backwards;
+  m_prerollReported = prerollReported;
+  return false;
+}
+
+std::optional<double> Pipeline::noteSought(std::optional<double> seconds) {
+  std::lock_guard lock(m_trackMutex);
+  return std::exchange(m_soughtSeconds, seconds);
 }
 
 bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
-  if (rate > 0) {
-    return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, target, GST_SEEK_TYPE_SET, -1) !=
-           FALSE;  // "none" would keep the stop of an earlier backward seek
-  }
-  return gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_SET, target) != FALSE;
+  const std::int64_t start = rate > 0 ? target : 0;
+  const std::int64_t stop = rate > 0 ? -1 : target;  // no type "none", which would keep the stop of an earlier backward seek
+  std::lock_guard lock(m_steeringMutex);
+  m_seeking = true;
+  const bool taken =
+      gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, start, GST_SEEK_TYPE_SET, stop) != FALSE;
+  m_seeking = false;
+  return taken;
 }
 
 /// The picture's. A sink goes no further than its last picture, which may come long before the end of the sound.

@@ -220,6 +220,7 @@ class Pipeline {
   void beginWith(GstObject* demuxer, const ComponentChoice& choice);
   void sendSelection(GstElement* receiver, const ComponentChoice& choice);
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
+  std::optional<double> noteSought(std::optional<double> seconds);
   void reportPresented(Arrival& arrival, GstPad* pad);
   void tellPresented();
   void forgetCollections();

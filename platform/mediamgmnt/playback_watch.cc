@@ -64,7 +64,7 @@ void Playback::tick() {
 
 void Playback::followPosition() {
   const double position = pipelinePosition();
-  if (position != m_seenPosition || m_live) {
+  if (position != m_seenPosition) {
     m_seenPosition = position;
     m_endExpected = false;
     m_lastMove = Clock::now();

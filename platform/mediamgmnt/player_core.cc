@@ -31,15 +31,17 @@ bool PlayerCore::onControlThread(Work work) {
 bool PlayerCore::ensureThreads() {
   std::lock_guard lock(m_mutex);
   if (m_closed) return false;
-  if (std::exchange(m_started, true)) return true;
+  if (m_started) return true;
   ensureDispatcherLocked();
   startListedThread(m_handle, [self = shared_from_this()] { self->runControlThread(); });
+  m_started = true;  // only now: for want of a thread the next command tries again
   return true;
 }
 
 void PlayerCore::ensureDispatcherLocked() {
-  if (std::exchange(m_dispatching, true)) return;
+  if (m_dispatching) return;
   startListedThread(m_handle, [self = shared_from_this()] { self->m_dispatcher.run(); });
+  m_dispatching = true;
 }
 
 void PlayerCore::tell(const _SubtitleSettingsParams& settings) {

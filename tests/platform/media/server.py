@@ -18,6 +18,8 @@ standard input does, so it never outlives who started it.
     /live/dash/live.mpd        live DASH: a moving window over the on-demand segments, repeated without end
     /live/hls/live.m3u8        live HLS: the same, the last three segments only
     /live/hls/window.m3u8      live HLS with a window of ten segments
+    /live/dry/...              these, but from the first request on nothing is added
+    /live/dip/...              the same, but after DIP_S seconds all that is missing is there
     /licence/KIND              POST: a ClearKey licence for the sample keys. good, or wrong (other keys), none (no keys), junk, huge,
                                refused, silent
     /requests                  what was asked for so far, one JSON object a line: method, path, range, agent, languages
@@ -26,6 +28,7 @@ import argparse
 import base64
 import email.utils
 import json
+import math
 import os
 import re
 import socket
@@ -268,7 +271,8 @@ class Handler(socketserver.StreamRequestHandler):
     # -- live
 
     def sendLive(self, request, rest):
-        body = self.server.live.answer(rest)
+        head, _, tail = rest.partition("/")
+        body = self.server.dried[head].answer(tail) if head in self.server.dried else self.server.live.answer(rest)
         if body is None:
             return self.sendStatus(request, 404)
         return self.sendBytes(request, body, TYPES.get(os.path.splitext(rest)[1], "application/octet-stream"), ["Cache-Control: no-store"])
@@ -293,11 +297,14 @@ class LiveStreams:
     COUNT = 8
     AGE_S = 60
     DASH_WINDOW_S = 30
+    DIP_S = 12
 
-    def __init__(self, root):
+    def __init__(self, root, dry_s=0):
         self.root = root
+        self.dry_s = dry_s
         self.began = int(time.time()) - self.AGE_S  # whole seconds: the manifest states it so
         self.turn_packets = None
+        self.dry_since = None
 
     def answer(self, path):
         if path == "dash/live.mpd":
@@ -322,7 +329,12 @@ class LiveStreams:
 
     def complete(self):
         """How many segments are complete by now."""
-        return int((time.time() - self.began) // self.SEGMENT_S)
+        now = time.time()
+        if self.dry_s:
+            self.dry_since = self.dry_since or now
+            if now < self.dry_since + self.dry_s:
+                now = self.dry_since
+        return int((now - self.began) // self.SEGMENT_S)
 
     def manifest(self):
         text = self.file("dash/av.mpd")
@@ -473,6 +485,7 @@ class Server(socketserver.ThreadingTCPServer):
         super().__init__(("127.0.0.1", port), Handler)
         self.root = os.path.realpath(root)
         self.live = LiveStreams(self.root)
+        self.dried = {"dry": LiveStreams(self.root, math.inf), "dip": LiveStreams(self.root, LiveStreams.DIP_S)}
         self.stopping = threading.Event()
         self.noted_requests = []
         self.note_lock = threading.Lock()

@@ -96,6 +96,17 @@ class ServerTest(unittest.TestCase):
         _, later = self.get("/live/hls/window.m3u8")
         self.assertEqual([line for line in later.decode().splitlines() if line.endswith(".ts")][:8], names[2:])
 
+    def test_live_that_dries_up_stays_as_it_was_and_a_dip_ends(self):
+        for dried in self.server.dried.values():
+            dried.began -= 60
+        before, _ = (self.get("/live/dry/hls/live.m3u8")[1], self.get("/live/dip/hls/live.m3u8"))
+        for dried in self.server.dried.values():
+            dried.began -= 20
+            dried.dry_since -= 20
+        self.assertEqual(self.get("/live/dry/hls/live.m3u8")[1], before)
+        self.assertNotEqual(self.get("/live/dip/hls/live.m3u8")[1], before)
+        self.assertIn(b"live_", before)
+
     def test_live_dash_repeats_with_later_times(self):
         _, body = self.get("/live/dash/live.mpd")
         self.assertIn(b'type="dynamic"', body)

@@ -63,8 +63,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"TextAsPlaylist", "broken/text.m3u8", "0"}, Fault{"ManifestNotFound", "short/dash/none.mpd", "5"},
                     Fault{"NoSegments", "broken/no-segments.mpd", "5"}, Fault{"DashSegmentMissing", "broken/dash-gap/av.mpd", "6"},
                     Fault{"HlsSegmentMissing", "broken/hls-gap/master.m3u8", "6"},
-                    Fault{"UnknownCodec", "broken/unknown-codec.mp4", "0"}, Fault{"UnknownScheme", "nothing://here", "0"},
-                    Fault{"EmptyFile", "broken/empty.mp4", "0"}, Fault{"FileNotFound", "file:///none/two.mp4", "5"}),
+                    Fault{"LiveThatDriesUp", "live/dry/hls/live.m3u8", "1"}, Fault{"UnknownCodec", "broken/unknown-codec.mp4", "0"},
+                    Fault{"UnknownScheme", "nothing://here", "0"}, Fault{"EmptyFile", "broken/empty.mp4", "0"},
+                    Fault{"FileNotFound", "file:///none/two.mp4", "5"}),
     [](const auto& info) { return info.param.name; });
 
 }  // namespace

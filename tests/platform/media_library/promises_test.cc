@@ -263,6 +263,18 @@ TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn) {
   EXPECT_EQ(count(player.words(), "ERROR"), 0);
 }
 
+TEST(LiveTest, ThatDriesUpIsToldAndGoesOnWhereItIsByThen) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("live/dip/hls/live.m3u8"));
+  player.forget();
+
+  EXPECT_EQ(player.wordsUntil("PLAYING"), (Words{"BUFFERING", "BUFFER_READY", "PLAYING"}));
+  const double position = player.number("POSITION");
+  EXPECT_GT(position, 9000);
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > position + 1500; }));
+  EXPECT_EQ(player.words().size(), 3U);
+}
+
 TEST(SeekTest, BelowZeroIsZero) {
   TestPlayer player;
   player.start(mp4());

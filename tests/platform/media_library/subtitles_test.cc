@@ -136,6 +136,19 @@ TEST_P(SourcesTest, AreDeliveredWholeInTimeAndOnce) {
   EXPECT_LE(*std::max_element(best.begin(), best.end()), kInTimeMs);
 }
 
+TEST_F(SubtitlesTest, GoOnWhenASeekIsRefused) {
+  const Samples samples = samplesOf("", "eng");
+  playWith(0, "fault/stream/text-frag.mp4");
+  m_log.waitForDocuments(1);
+
+  seek(15000);
+  m_player.wordsUntil("PLAYING");
+
+  const std::size_t before = m_log.documents().size();
+  m_log.waitForDocuments(before + 2);
+  m_log.waitForDocumentAt(samples, m_player.number("POSITION"));
+}
+
 /// Of the place that the clock shows, or of one that it has just left on a busy machine; never of one to come.
 bool isDue(const Notice& document, const Samples& samples) {
   const int start = places({document.first}, samples)[0];
