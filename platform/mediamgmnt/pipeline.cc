@@ -83,6 +83,7 @@ void Pipeline::play() { gst_element_set_state(m_pipeline, GST_STATE_PLAYING); }
 void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 
 bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
+  if (m_transportStream && !isSourceSeekable()) return false;
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   const bool prerollReported = std::exchange(m_prerollReported, false);
   const bool backwards = std::exchange(m_backwards, rate < 0);
@@ -113,6 +114,11 @@ bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
   return taken;
 }
 
+std::optional<double> Pipeline::soughtSeconds() const {
+  std::lock_guard lock(m_trackMutex);
+  return m_soughtSeconds;
+}
+
 /// The picture's. A sink goes no further than its last picture, which may come long before the end of the sound.
 std::int64_t Pipeline::position() const {
   const std::int64_t picture = positionOf(Kind::Video);
@@ -138,12 +144,14 @@ GstElement* Pipeline::sinkOf(Kind kind) const {
 }
 
 std::int64_t Pipeline::duration() const {
+  if (m_transportStream && !isSourceSeekable()) return kUnknown;
   gint64 value = kUnknown;
   const gboolean answered = gst_element_query_duration(m_pipeline, GST_FORMAT_TIME, &value);
   return known(answered, value);
 }
 
 bool Pipeline::seekableWindow(std::int64_t& start, std::int64_t& end) const {
+  if (m_transportStream && !isSourceSeekable()) return false;
   GstQuery* const query = gst_query_new_seeking(GST_FORMAT_TIME);
   gboolean seekable = FALSE;
   gint64 first = kUnknown;

@@ -177,6 +177,7 @@ class Pipeline {
   static void onTypeHandled(GstElement* typefind, guint probability, GstCaps* caps, gpointer self);
   void endTypeFinding();
   void cancelFetch();
+  bool isSourceSeekable() const;
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberSource(GstElement* source);
   void rememberDownload(GstElement* downloadBuffer);
@@ -187,7 +188,7 @@ class Pipeline {
   void watchInput(GstElement* element);
   static GstPadProbeReturn onInputData(GstPad* pad, GstPadProbeInfo* info, gpointer input);
   void holdEarlyEnd() const;
-  static void goOnWithout(const Input& input);
+  void goOnWithout(Input& input, GstStreamType type);
 
   // pipeline_report.cc
   void rememberAdaptiveDemux(GstElement* adaptiveDemux);
@@ -221,6 +222,7 @@ class Pipeline {
   void sendSelection(GstElement* receiver, const ComponentChoice& choice);
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   std::optional<double> noteSought(std::optional<double> seconds);
+  std::optional<double> soughtSeconds() const;
   void reportPresented(Arrival& arrival, GstPad* pad);
   void tellPresented();
   void forgetCollections();

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The ends of the decoder's inputs, which are the parsed streams of the source: they need not come at the same time.
+#include <gst/video/video-event.h>
+
 #include <algorithm>
 
 #include "platform/mediamgmnt/pipeline.h"
@@ -11,27 +13,36 @@ namespace {
 constexpr int kMostEndNaps = 500;
 constexpr gulong kEndNapUs = 1000;
 
-bool isPresentedInTime(GstPad* pad) {
+GstStreamType typeOf(GstPad* pad) {
   GstStream* const stream = gst_pad_get_stream(pad);
-  if (stream == nullptr) return false;
-  const bool isPresented = (gst_stream_get_stream_type(stream) & (GST_STREAM_TYPE_AUDIO | GST_STREAM_TYPE_VIDEO)) != 0;
+  if (stream == nullptr) return GST_STREAM_TYPE_UNKNOWN;
+  const GstStreamType type = gst_stream_get_stream_type(stream);
   gst_object_unref(stream);
-  return isPresented;
+  return type;
+}
+
+GstSegment segmentFrom(double seconds) {
+  GstSegment segment;
+  gst_segment_init(&segment, GST_FORMAT_TIME);
+  segment.start = segment.time = segment.position = static_cast<GstClockTime>(seconds * static_cast<double>(GST_SECOND));
+  return segment;
 }
 
 }  // namespace
 
 /// Only its streaming thread's.
 struct Pipeline::Input {
-  const Pipeline* pipeline;
-  GstElement* element;  ///< the probe's pad is one of it
+  Pipeline* pipeline;
+  GstElement* element;   ///< the probe's pad is one of it
+  bool hasData = false;  ///< ever
   GstSegment segment = {};
   GstClockTime last = 0;  ///< where its last picture or sound begins
 };
 
 void Pipeline::watchInput(GstElement* element) {
   GstPad* const pad = gst_element_get_static_pad(element, "sink");
-  constexpr auto kData = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_BUFFER);
+  constexpr auto kData = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH |
+                                                      GST_PAD_PROBE_TYPE_BUFFER);
   gst_pad_add_probe(pad, kData, &Pipeline::onInputData, new Input{this, element},
                     [](gpointer input) { delete static_cast<Input*>(input); });
   gst_object_unref(pad);
@@ -43,15 +54,21 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
     const GstClockTime time = GST_BUFFER_PTS(GST_PAD_PROBE_INFO_BUFFER(info));
     if (GST_CLOCK_TIME_IS_VALID(time)) input.last = std::max(input.last, time);
+    input.hasData = true;
     return GST_PAD_PROBE_OK;
   }
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
-  if (GST_EVENT_TYPE(event) == GST_EVENT_SEGMENT) {
-    gst_event_copy_segment(event, &input.segment);
-    input.last = input.segment.start;
-  } else if (GST_EVENT_TYPE(event) == GST_EVENT_EOS) {
-    input.pipeline->holdEarlyEnd();
-    if (isPresentedInTime(pad)) goOnWithout(input);
+  switch (GST_EVENT_TYPE(event)) {
+    case GST_EVENT_FLUSH_STOP: input.segment = {}; break;
+    case GST_EVENT_SEGMENT:
+      gst_event_copy_segment(event, &input.segment);
+      input.last = input.segment.start;
+      break;
+    case GST_EVENT_EOS:
+      input.pipeline->holdEarlyEnd();
+      if (input.hasData) input.pipeline->goOnWithout(input, typeOf(pad));
+      break;
+    default: break;
   }
   return GST_PAD_PROBE_OK;
 }
@@ -63,11 +80,20 @@ void Pipeline::holdEarlyEnd() const {
 }
 
 /// The decoder of GStreamer 1.22 keeps the end of a stream back until all have ended: without a gap its sink would wait for it when
-/// the others are sought behind that end. Backwards, every stream ends at its beginning.
-void Pipeline::goOnWithout(const Input& input) {
-  if (input.segment.format != GST_FORMAT_TIME || input.segment.rate < 0) return;
+/// the others are sought behind that end, where some demuxers do not even begin a segment of it. What a video decoder still holds
+/// comes out before a still picture. Backwards, every stream ends at its beginning.
+void Pipeline::goOnWithout(Input& input, GstStreamType type) {
+  if (type != GST_STREAM_TYPE_VIDEO && type != GST_STREAM_TYPE_AUDIO) return;
   GstPad* const out = gst_element_get_static_pad(input.element, "src");
-  gst_pad_push_event(out, gst_event_new_gap(std::min(input.last, input.segment.stop), GST_CLOCK_TIME_NONE));
+  if (input.segment.format == GST_FORMAT_UNDEFINED) {
+    input.segment = segmentFrom(soughtSeconds().value_or(0));
+    input.last = input.segment.start;
+    gst_pad_push_event(out, gst_event_new_segment(&input.segment));
+  }
+  if (input.segment.format == GST_FORMAT_TIME && input.segment.rate > 0) {
+    if (type == GST_STREAM_TYPE_VIDEO) gst_pad_push_event(out, gst_video_event_new_still_frame(TRUE));
+    gst_pad_push_event(out, gst_event_new_gap(std::min(input.last, input.segment.stop), GST_CLOCK_TIME_NONE));
+  }
   gst_object_unref(out);
 }
 

@@ -201,6 +201,17 @@ void Pipeline::rememberSource(GstElement* source) {
   if (m_source == nullptr) m_source = GST_ELEMENT(gst_object_ref(source));
 }
 
+/// Of a server that makes what it sends, neither the length nor another place is known before it comes. The demuxer of transport
+/// streams takes the length for the largest number there is, and does not survive the refusal of another place.
+bool Pipeline::isSourceSeekable() const {
+  GstElement* const source = referenceTo(m_source);
+  GstPad* const pad = source == nullptr ? nullptr : gst_element_get_static_pad(source, "src");
+  const bool seekable = pad == nullptr || canSeek(pad, GST_FORMAT_BYTES);
+  if (pad != nullptr) gst_object_unref(pad);
+  if (source != nullptr) gst_object_unref(source);
+  return seekable;
+}
+
 /// A request that another thread cancels while it connects may never end in the HTTP library, and the source would wait for it for
 /// ever. That is what the end of the source and a seek do, so its own thread cancels it before.
 void Pipeline::cancelFetch() {

@@ -38,9 +38,10 @@ void Playback::learnTimes() {
   if (m_durationGuessed) {
     std::int64_t end = 0;
     m_pipeline->seekableWindow(m_origin, end);
-    return learnWindow();
+    learnWindow();
+  } else {
+    m_facts.setDuration(std::llround(static_cast<double>(duration) / kNsPerMs));
   }
-  m_facts.setDuration(std::llround(static_cast<double>(duration) / kNsPerMs));
   const std::int64_t first = m_pipeline->position();
   if (m_pipeline->isTransportStream() && first > 0 && first < kLargestOriginNs) m_origin = first;
 }

@@ -251,9 +251,9 @@ void expectRewindsToItsStart(const std::string& url) {
 TEST(RewindTest, FromJustBehindASegmentsBeginning_Dash) { expectRewindsToItsStart(SampleServer::instance().url("dash/av.mpd")); }
 TEST(RewindTest, FromJustBehindASegmentsBeginning_Hls) { expectRewindsToItsStart(SampleServer::instance().url("hls/muxed.m3u8")); }
 
-TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn) {
+void expectARefusedSeekLeavesItGoingOn(const std::string& url) {
   TestPlayer player;
-  player.start(SampleServer::instance().url("fault/stream/two.mp4"));
+  player.start(url);
   ASSERT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 500; }));
 
   player.command("SEEK", "15000.00");
@@ -261,6 +261,23 @@ TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn) {
   EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 6000 && player.number("POSITION") < 14000; }, 20))
       << player.number("POSITION") << testing::PrintToString(player.words());
   EXPECT_EQ(count(player.words(), "ERROR"), 0);
+}
+
+TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn_Mp4) {
+  expectARefusedSeekLeavesItGoingOn(SampleServer::instance().url("fault/stream/two.mp4"));
+}
+TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn_TransportStream) {
+  expectARefusedSeekLeavesItGoingOn(SampleServer::instance().url("fault/stream/two.ts"));
+}
+
+TEST(DurationTest, OfATransportStreamWhoseSizeNobodyKnowsIsNone) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("fault/stream/short/two.ts"));
+  EXPECT_LT(player.number("POSITION"), 500);
+  EXPECT_EQ(player.get("DURATION"), "0");
+  player.wordsUntil("FINISHED");
+  EXPECT_NEAR(player.number("DURATION"), 4000, 200);
+  EXPECT_EQ(player.get("POSITION"), player.get("DURATION"));
 }
 
 TEST(LiveTest, ThatDriesUpIsToldAndGoesOnWhereItIsByThen) {
