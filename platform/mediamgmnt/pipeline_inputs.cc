@@ -92,7 +92,7 @@ void Pipeline::goOnWithout(Input& input, GstStreamType type) {
   }
   if (input.segment.format == GST_FORMAT_TIME && input.segment.rate > 0) {
     if (type == GST_STREAM_TYPE_VIDEO) gst_pad_push_event(out, gst_video_event_new_still_frame(TRUE));
-    gst_pad_push_event(out, gst_event_new_gap(std::min(input.last, input.segment.stop), GST_CLOCK_TIME_NONE));
+    gst_pad_push_event(out, gst_event_new_gap(std::min(input.last, input.segment.stop), 0));
   }
   gst_object_unref(out);
 }
