@@ -266,7 +266,7 @@ std::string Browser::whyNotShown(WebKitResponsePolicyDecision* answer) {
 
 // The first page is the user's to name; what is wrong with that is told when it fails.
 gboolean Browser::refuseToLeave(WebKitPolicyDecision* decision, const char* address) {
-  if (!m_shown || canBeGoneTo(address)) return FALSE;
+  if (!m_hasPage || canBeGoneTo(address)) return FALSE;
   printNotLoaded(address, "there is no program for such an address here");
   webkit_policy_decision_ignore(decision);
   return TRUE;
@@ -292,7 +292,7 @@ gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision,
 void Browser::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
   auto& browser = *static_cast<Browser*>(self);
   if (event == WEBKIT_LOAD_STARTED) browser.m_shown = false;
-  if (event == WEBKIT_LOAD_COMMITTED) browser.m_shown = true;
+  if (event == WEBKIT_LOAD_COMMITTED) browser.m_shown = browser.m_hasPage = true;
   // What could not be loaded is finished, too, before the page that says so is there.
   if (event == WEBKIT_LOAD_FINISHED && browser.m_shown && !browser.m_down) browser.m_automation->loaded();
 }
@@ -302,8 +302,10 @@ gboolean Browser::onLoadFailed(WebKitWebView* view, WebKitLoadEvent, const char*
   // A page that is left while it loads has not failed, nor has one that stays because there is nothing to take its place.
   if (g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED)) return TRUE;
   std::string why = std::exchange(browser.m_notShown, "");
-  if (g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) && why.empty())
+  if (g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) && why.empty()) {
+    browser.m_shown = browser.m_hasPage;  // what is there stays
     return TRUE;
+  }
   if (why.empty()) browser.fail(std::string(url) + ": " + (why = error->message), kExitFailed);
   webkit_web_view_load_alternate_html(view, noticePage("This page cannot be shown", why).c_str(), url, nullptr);
   return TRUE;

@@ -83,6 +83,7 @@ class Browser {
   bool m_failed = false;
   std::string m_notShown;  ///< why not, while what came is given up
   bool m_shown = false;    ///< something of what was loaded last
+  bool m_hasPage = false;  ///< something was ever shown
   bool m_down = false;     ///< the page's process has ended
   bool m_traceUsed = false;
   guint m_limit = 0;

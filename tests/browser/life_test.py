@@ -261,6 +261,11 @@ class StatusTest(television.Case):
             self.assertEqual(run.output, "avc-browser: %s%s: %s is no type of a page\n" % (self.base, address, kind))
             self.assertColour(run.picture("a.png"), (100, 100), (16, 20, 24), 2)
 
+    def test_answer_without_anything_leaves_the_page_as_it_is(self):
+        run = self.browse("nothing.html", "--wait", "done")
+        self.assertEqual(run.logged(), ["still here"])
+        self.assertIn("console.error: cannot be loaded: dvb://current.ait/1.2: there is no program for such an address here\n", run.output)
+
     def test_frames_that_cannot_be_shown(self):
         run = self.browse("lost-frames.html", "--wait", "document.readyState === 'complete'", "--wait", "done")
         for name, reason in (("none.html", "the server answers with status 404"), ("../stamp", "application/octet-stream is no type of a page")):

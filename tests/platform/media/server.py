@@ -47,7 +47,7 @@ TYPES = {
     ".xhtml": "application/xhtml+xml", ".hbbtv": "application/vnd.hbbtv.xhtml+xml",
     ".cas": "application/vnd.oipf.ContentAccessStreaming+xml",
 }
-REASONS = {200: "OK", 206: "Partial Content", 302: "Found", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
+REASONS = {200: "OK", 204: "No Content", 206: "Partial Content", 302: "Found", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
            405: "Method Not Allowed", 410: "Gone", 416: "Range Not Satisfiable", 500: "Internal Server Error", 503: "Service Unavailable"}
 CHUNK = 65536
 LARGEST_BODY = 65536
@@ -136,7 +136,8 @@ class Handler(socketserver.StreamRequestHandler):
         return ("\r\n".join(lines) + "\r\n\r\n").encode("latin-1")
 
     def sendStatus(self, request, status, extra=()):
-        body = ("<!DOCTYPE html>\n<title>%d</title>\n<p>%s</p>\n" % (status, REASONS.get(status, "Status"))).encode()
+        text = "<!DOCTYPE html>\n<title>%d</title>\n<p>%s</p>\n" % (status, REASONS.get(status, "Status"))
+        body = b"" if status == 204 else text.encode()
         head = self.head(request, status, len(body), "text/html; charset=utf-8", extra)
         self.request.sendall(head if request.method == "HEAD" else head + body)
 
