@@ -8,8 +8,8 @@
 //       othersHaveObjects() -> boolean    placeOthers(): the objects of all other windows are to be placed
 //       subtitlesEnabled() -> boolean: does the viewer want them?
 //       stackAll(): the objects of all windows are to be put one above the other, as their elements are
-//       frameOffset(parentWindow) -> {x, y, covered}: where this window's page is on the plane, and whether something is painted
-//       below it; null when it cannot be seen
+//       frameOffset(parentWindow) -> {x, y, across, down, covered}: where this window's page is on the plane, how large its pixels are
+//       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
 // parts: {inspect, screen, keys, bodyKeys, namedEntities, environment, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
@@ -68,6 +68,8 @@
   const now = performance.now.bind(performance);
   const frameWindow = [HTMLIFrameElement, HTMLFrameElement, HTMLObjectElement]
     .map((type) => ({ type, contentWindow: getter(type.prototype, 'contentWindow') }));
+
+  const frameElementOf = getter(window, 'frameElement');
 
   const isElement = (value) => value instanceof HTMLObjectElement || value instanceof HTMLEmbedElement;
 
@@ -209,7 +211,7 @@
   }
 
   function origin() {
-    return isTop ? { x: 0, y: 0, covered: false } : host.frameOffset(parentWindow);
+    return isTop ? { x: 0, y: 0, across: 1, down: 1, covered: false } : host.frameOffset(parentWindow);
   }
 
   const { above, zoomOf, contentBox, wholePixels } = parts.boxes();
@@ -219,11 +221,11 @@
     const from = origin();
     const style = computedStyle(element);
     const { left, top, right, bottom } = contentBox(element);
-    if (from === null || right - left < kLeast.width || bottom - top < kLeast.height) return kNowhere;
+    if (from === null || from.across * (right - left) < kLeast.width || from.down * (bottom - top) < kLeast.height) return kNowhere;
     if (styleValue(style, 'visibility') !== 'visible') return kNowhere;
-    const x = Math.round(from.x + left);
-    const y = Math.round(from.y + top);
-    return { x, y, width: Math.round(from.x + right) - x, height: Math.round(from.y + bottom) - y };
+    const x = Math.round(from.x + from.across * left);
+    const y = Math.round(from.y + from.down * top);
+    return { x, y, width: Math.round(from.x + from.across * right) - x, height: Math.round(from.y + from.down * bottom) - y };
   }
 
   function contentWindowOf(element) {
@@ -239,7 +241,8 @@
     for (let i = 0; i < frames.length; i += 1) {
       if (contentWindowOf(frames[i]) === child) return contentOffset(frames[i]);
     }
-    return null;
+    const frame = frameElementOf(child);  // in a shadow tree; a window of another origin does not tell
+    return frame === null ? null : contentOffset(frame);
   }
 
   function contentOffset(frame) {
@@ -249,8 +252,13 @@
     if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
     const padding = (side) => parseFloat(styleValue(style, 'padding-' + side)) || 0;
     const zoom = zoomOf(frame);
+    const across = offsetWidth(frame) > 0 ? (right - left) / offsetWidth(frame) : 1;
+    const down = offsetHeight(frame) > 0 ? (bottom - top) / offsetHeight(frame) : 1;
     return {
-      x: from.x + zoom * (left + clientLeft(frame) + padding('left')), y: from.y + zoom * (top + clientTop(frame) + padding('top')),
+      x: from.x + from.across * zoom * (left + across * (clientLeft(frame) + padding('left'))),
+      y: from.y + from.down * zoom * (top + down * (clientTop(frame) + padding('top'))),
+      across: from.across * across,
+      down: from.down * down,
       covered: from.covered || isCovered(frame, boundingBox(frame)),
     };
   }
