@@ -140,7 +140,8 @@ void Playback::seekForSwitch() {
 /// The picture stays meanwhile; the page hears of nothing but the change.
 void Playback::reopen() {
   const Place place = m_next ? *m_next : Place{presentTarget(), m_rate};
-  const bool announced = m_announced;
+  const bool isUnderrunAnnounced = m_bufferReadyDue;
+  const bool announced = m_announced && !isUnderrunAnnounced;
   const int tried = m_switchesTried;
   const ComponentChoice choice = m_components.choice();
   for (const ComponentKind kind : kComponentKinds) {
