@@ -14,8 +14,8 @@ namespace {
 /// A step of building that has not ended by then is stuck.
 constexpr std::chrono::milliseconds kBuildPatience{1000};
 
-/// Between picture and sound that are presented together.
-constexpr std::int64_t kLargestLagNs = 200'000'000;
+/// Between picture and sound that are presented together; a sound device is told that much before it is heard.
+constexpr std::int64_t kLargestLagNs = 500'000'000;
 
 std::int64_t known(gboolean answered, gint64 value) { return answered && value >= 0 ? value : Pipeline::kUnknown; }
 
@@ -119,11 +119,13 @@ std::optional<double> Pipeline::soughtSeconds() const {
   return m_soughtSeconds;
 }
 
-/// The picture's. A sink goes no further than its last picture, which may come long before the end of the sound.
+/// The picture's. A sink goes no further than its last picture, which may come long before the end of the sound of a file. The
+/// sound of DASH and HLS is not asked: such a question may go up to the demuxer while that is being steered.
 std::int64_t Pipeline::position() const {
   const std::int64_t picture = positionOf(Kind::Video);
+  if (picture != kUnknown && (m_adaptive || m_backwards)) return picture;
   const std::int64_t sound = positionOf(Kind::Audio);
-  const bool isPictureOver = !m_backwards && sound != kUnknown && sound - picture > kLargestLagNs;
+  const bool isPictureOver = sound != kUnknown && sound - picture > kLargestLagNs;
   return picture == kUnknown || isPictureOver ? sound : picture;
 }
 

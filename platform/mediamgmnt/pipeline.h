@@ -128,6 +128,8 @@ class Pipeline {
   /// tsdemux counts from the first clock reference, other demuxers from the first picture.
   bool isTransportStream() const { return m_transportStream; }
   /// Transport streams refuse to play backwards; fragmented MP4 files stand still or jump.
+  /// At least one of its places can be reached out of order.
+  bool canSeek() const { return m_adaptive || isSourceSeekable(); }
   bool playsBackwards() const { return !m_transportStream && !m_fragmented; }
 
  private:

@@ -21,6 +21,11 @@ GstStreamType typeOf(GstPad* pad) {
   return type;
 }
 
+GstClockTime endOf(GstBuffer* buffer) {
+  if (!GST_BUFFER_PTS_IS_VALID(buffer)) return 0;
+  return GST_BUFFER_PTS(buffer) + (GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0);
+}
+
 GstSegment segmentFrom(double seconds) {
   GstSegment segment;
   gst_segment_init(&segment, GST_FORMAT_TIME);
@@ -36,7 +41,7 @@ struct Pipeline::Input {
   GstElement* element;   ///< the probe's pad is one of it
   bool hasData = false;  ///< ever
   GstSegment segment = {};
-  GstClockTime last = 0;  ///< where its last picture or sound begins
+  GstClockTime end = 0;  ///< of its last picture or sound
 };
 
 void Pipeline::watchInput(GstElement* element) {
@@ -52,8 +57,7 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
   auto& input = *static_cast<Input*>(data);
   if (input.pipeline->m_adaptive) return GST_PAD_PROBE_OK;  // what it has it hands on in order, from one thread
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
-    const GstClockTime time = GST_BUFFER_PTS(GST_PAD_PROBE_INFO_BUFFER(info));
-    if (GST_CLOCK_TIME_IS_VALID(time)) input.last = std::max(input.last, time);
+    input.end = std::max(input.end, endOf(GST_PAD_PROBE_INFO_BUFFER(info)));
     input.hasData = true;
     return GST_PAD_PROBE_OK;
   }
@@ -62,7 +66,7 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
     case GST_EVENT_FLUSH_STOP: input.segment = {}; break;
     case GST_EVENT_SEGMENT:
       gst_event_copy_segment(event, &input.segment);
-      input.last = input.segment.start;
+      input.end = input.segment.start;
       break;
     case GST_EVENT_EOS:
       input.pipeline->holdEarlyEnd();
@@ -87,12 +91,12 @@ void Pipeline::goOnWithout(Input& input, GstStreamType type) {
   GstPad* const out = gst_element_get_static_pad(input.element, "src");
   if (input.segment.format == GST_FORMAT_UNDEFINED) {
     input.segment = segmentFrom(soughtSeconds().value_or(0));
-    input.last = input.segment.start;
+    input.end = input.segment.start;
     gst_pad_push_event(out, gst_event_new_segment(&input.segment));
   }
   if (input.segment.format == GST_FORMAT_TIME && input.segment.rate > 0) {
     if (type == GST_STREAM_TYPE_VIDEO) gst_pad_push_event(out, gst_video_event_new_still_frame(TRUE));
-    gst_pad_push_event(out, gst_event_new_gap(std::min(input.last, input.segment.stop), 0));
+    gst_pad_push_event(out, gst_event_new_gap(std::min(input.end, input.segment.stop), 0));
   }
   gst_object_unref(out);
 }

@@ -60,7 +60,7 @@ std::string firstBytesOf(GstBuffer* buffer) {
   return bytes;
 }
 
-bool canSeek(GstPad* pad, GstFormat format) {
+bool isSeekable(GstPad* pad, GstFormat format) {
   GstQuery* const query = gst_query_new_seeking(format);
   gboolean can = FALSE;
   if (gst_pad_query(pad, query)) gst_query_parse_seeking(query, nullptr, &can, nullptr, nullptr);
@@ -97,7 +97,7 @@ GstPadProbeReturn Pipeline::onSourceSeek(GstPad* pad, GstPadProbeInfo* info, gpo
   GstSeekFlags flags = GST_SEEK_FLAG_NONE;
   GstFormat format = GST_FORMAT_UNDEFINED;
   gst_event_parse_seek(event, nullptr, &format, &flags, nullptr, nullptr, nullptr, nullptr);
-  if ((flags & GST_SEEK_FLAG_FLUSH) != 0 && canSeek(pad, format)) static_cast<Pipeline*>(self)->cancelFetch();
+  if ((flags & GST_SEEK_FLAG_FLUSH) != 0 && isSeekable(pad, format)) static_cast<Pipeline*>(self)->cancelFetch();
   return GST_PAD_PROBE_OK;
 }
 
@@ -206,7 +206,7 @@ void Pipeline::rememberSource(GstElement* source) {
 bool Pipeline::isSourceSeekable() const {
   GstElement* const source = referenceTo(m_source);
   GstPad* const pad = source == nullptr ? nullptr : gst_element_get_static_pad(source, "src");
-  const bool seekable = pad == nullptr || canSeek(pad, GST_FORMAT_BYTES);
+  const bool seekable = pad == nullptr || isSeekable(pad, GST_FORMAT_BYTES);
   if (pad != nullptr) gst_object_unref(pad);
   if (source != nullptr) gst_object_unref(source);
   return seekable;

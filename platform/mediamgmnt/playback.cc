@@ -239,11 +239,21 @@ void Playback::onEnd() {
   if (endsTooEarly()) return fail(Failure::CorruptContent);
   if (playsAgain()) {
     ++m_seeksDue;
+    if (!m_pipeline->canSeek()) return openAgain();
     m_next = Place{0, m_rate};
     m_subtitles.expectSeek();
     return proceed();
   }
   finish();
+}
+
+/// Where the source's beginning cannot be sought.
+void Playback::openAgain() {
+  m_startPosition = 0;
+  m_wantedRate = m_rate;
+  closePipeline();
+  open();
+  m_bufferReadyDue = false;  // the page goes on playing
 }
 
 bool Playback::playsAgain() {

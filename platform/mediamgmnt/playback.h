@@ -89,6 +89,7 @@ class Playback final : private PipelineListener {
   void halt();
   void finish();
   bool playsAgain();
+  void openAgain();
   bool endsTooEarly() const;
   void fail(Failure failure);
   static constexpr int kAttempts = 4;

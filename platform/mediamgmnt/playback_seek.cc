@@ -77,7 +77,9 @@ void Playback::beginReposition() {
   const Place place = *std::exchange(m_next, std::nullopt);
   const bool runsOn = std::exchange(m_keepRunning, false) && m_running;
   if (!runsOn) halt();
-  if (place.rate < 0 && !m_pipeline->playsBackwards()) return beginStepping(place);
+  if (place.rate < 0 && !m_pipeline->playsBackwards()) {
+    return m_pipeline->canSeek() ? beginStepping(place) : repositionRefused(place);
+  }
   m_prerolled = false;
   const bool taken = m_pipeline->seek(place.rate, toPipeline(beforeTheEnd(place.target)), flagsFor(place.rate));
   m_subtitles.seekDone();
@@ -91,7 +93,9 @@ void Playback::beginReposition() {
 /// The pipeline stays where and as it was.
 void Playback::repositionRefused(const Place& place) {
   m_prerolled = true;
-  if (place.rate < 0) return beginStepping(place);
+  m_next = std::exchange(m_heldSeek, std::nullopt);
+  if (m_next) return proceed();
+  if (place.rate < 0 && m_pipeline->canSeek()) return beginStepping(place);
   m_wantedRate = m_rate;
   m_facts.freezeAt(pipelinePosition());
   if (m_wish != Wish::Play) answerSeeks();
@@ -124,6 +128,7 @@ void Playback::beginStepping(const Place& place) {
 void Playback::stepInstead() {
   const Place place{*std::exchange(m_inFlight, std::nullopt), m_rate};
   m_prerolled = true;
+  if (!m_next) m_next = std::exchange(m_heldSeek, std::nullopt);
   if (m_next) return proceed();
   beginStepping(place);
 }

@@ -71,7 +71,7 @@ void Playback::followPosition() {
     m_lastMove = Clock::now();
     noteProgress();
     if (std::exchange(m_starved, false)) answerPlay();
-  } else if (!m_endExpected && Clock::now() - m_lastMove > kEndExpectedAfter && awaitsEnd(position)) {
+  } else if (!m_live && !m_endExpected && Clock::now() - m_lastMove > kEndExpectedAfter && awaitsEnd(position)) {
     m_endExpected = true;
     m_pipeline->makeRoomForTheEnd();
   } else if (!m_starved && Clock::now() - m_lastMove > kStarvedAfter) {

@@ -202,7 +202,7 @@ class FrameTest(television.Case):
         self.assertAllClosed(run)
 
     def test_video_in_frames_that_are_scaled_or_in_a_shadow_tree(self):
-        run = self.browse("placed-frames.html", "--wait", "ready === 2", "--screenshot", "a.png")
+        run = self.browse("placed-frames.html", "--wait", "ready === 3", "--screenshot", "a.png")
         picture = run.picture("a.png")
         self.assertCard(picture, 20 + (16 + 30) * 3 // 2, 30 + (16 + 40) * 3 // 2, 480, 270)
         self.assertCard(picture, 700 + 16 + 30, 400 + 16 + 40, 320, 180)

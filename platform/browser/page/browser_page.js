@@ -241,8 +241,17 @@
     for (let i = 0; i < frames.length; i += 1) {
       if (contentWindowOf(frames[i]) === child) return contentOffset(frames[i]);
     }
-    const frame = frameElementOf(child);  // in a shadow tree; a window of another origin does not tell
-    return frame === null ? null : contentOffset(frame);
+    const frame = frameInShadowTree(child);
+    return frame ? contentOffset(frame) : null;
+  }
+
+  // A window of another origin does not tell.
+  function frameInShadowTree(child) {
+    try {
+      return frameElementOf(child);
+    } catch {
+      return null;
+    }
   }
 
   function contentOffset(frame) {
@@ -252,8 +261,9 @@
     if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
     const padding = (side) => parseFloat(styleValue(style, 'padding-' + side)) || 0;
     const zoom = zoomOf(frame);
-    const across = offsetWidth(frame) > 0 ? (right - left) / offsetWidth(frame) : 1;
-    const down = offsetHeight(frame) > 0 ? (bottom - top) / offsetHeight(frame) : 1;
+    const scale = (length, unscaled) => (unscaled === 0 || Math.abs(length - unscaled) < 1 ? 1 : length / unscaled);  // that is a whole number
+    const across = scale(right - left, offsetWidth(frame));
+    const down = scale(bottom - top, offsetHeight(frame));
     return {
       x: from.x + from.across * zoom * (left + across * (clientLeft(frame) + padding('left'))),
       y: from.y + from.down * zoom * (top + down * (clientTop(frame) + padding('top'))),

@@ -14,6 +14,7 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
                                                                            described English (HLS: French); all but TS with subtitles
     OUTDIR/dash/periods.mpd                                                two periods: English and German, then German and French (220 Hz)
     OUTDIR/silent.mp4                                                      a picture without sound
+    OUTDIR/stills.mp4                                                      two pictures, each shown for half of the time
     OUTDIR/uneven.mp4 uneven.ts                                            a picture that ends after a quarter of the sound
     OUTDIR/text.mp4 text-frag.mp4 dash/text.mpd                            English and German as timed text, a document a second; DASH
                                                                            also 200 documents ("fra") and odd ones ("ita")
@@ -111,6 +112,8 @@ class Set:
         sound = [*self.inputs("eng.m4a"), "-c", "copy", *BIT_EXACT]
         ffmpeg(*sound, "-movflags", "+faststart", out("tone.m4a"))
         ffmpeg(*sound, "-f", "adts", out("tone.aac"))
+        stills = "testsrc2=s=320x180:r=2/%d:d=%d" % (self.seconds, self.seconds)
+        ffmpeg("-f", "lavfi", "-i", stills, *videoArguments(1, 100), *BIT_EXACT, "-movflags", "+faststart", out("stills.mp4"))
         uneven = ["-t", self.seconds // 4, *self.inputs("video.mp4", "eng.m4a"), "-map", "0:v", "-map", "1:a", "-c", "copy", *BIT_EXACT]
         ffmpeg(*uneven, "-movflags", "+faststart", out("uneven.mp4"))
         ffmpeg(*uneven, "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("uneven.ts"))

@@ -222,6 +222,17 @@ TEST_P(FormatTest, StartsAgainAtItsEndWhenLooping) {
 /// A picture that ends long before its sound.
 using UnevenTest = FormatTest;
 
+TEST(StillTest, IsShownToItsEnd) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("short/stills.mp4"));
+  player.forget();
+
+  player.waitFor([](const Words& words) { return !words.empty() && words.back() == "PLAY_SPEED_CHANGED"; }, 20);
+
+  EXPECT_EQ(player.words(), (Words{"FINISHED", "PLAY_SPEED_CHANGED"})) << player.get("LAST_ERR_CODE").value_or("no error");
+  EXPECT_NEAR(player.number("DURATION"), 4000, 100);
+}
+
 TEST_P(UnevenTest, PlaysTheSoundToItsEnd) {
   m_player.start(url());
   m_player.forget();

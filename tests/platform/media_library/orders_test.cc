@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Commands in any order, as a viewer gives them who presses keys faster than anything can follow: whatever was asked before, what is
-// asked last comes to pass. With all that a sound device has between it and the decoder.
+// Commands in any order, as a viewer gives them who presses keys faster than anything can follow: whatever was asked before, what
+// is asked last comes to pass. With all that a sound device has between it and the decoder.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -86,8 +86,8 @@ class OrdersTest : public testing::TestWithParam<Case> {
         },
         15);
     if (plays) return "";
-    return printed(orders) + testing::PrintToString(player.words()) + " at " + player.get("POSITION").value_or("none") + ", speed " +
-           player.get("PLAY_SPEED").value_or("none");
+    return printed(orders) + testing::PrintToString(player.words()) + " at " + player.get("POSITION").value_or("none") +
+           ", speed " + player.get("PLAY_SPEED").value_or("none");
   }
 
   Listener m_listener;
@@ -99,8 +99,8 @@ TEST_P(OrdersTest, WhatIsAskedLastComesToPass) {
 
 INSTANTIATE_TEST_SUITE_P(Every, OrdersTest,
                          testing::Values(Case{"Mp4", "tracks.mp4"}, Case{"Ts", "tracks.ts"}, Case{"Dash", "dash/tracks.mpd"},
-                                         Case{"Hls", "hls/tracks.m3u8"}, Case{"Mp3", "tone.mp3"}, Case{"TextFragments", "text-frag.mp4"},
-                                         Case{"DashText", "dash/text.mpd"}),
+                                         Case{"Hls", "hls/tracks.m3u8"}, Case{"Mp3", "tone.mp3"},
+                                         Case{"TextFragments", "text-frag.mp4"}, Case{"DashText", "dash/text.mpd"}),
                          [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace

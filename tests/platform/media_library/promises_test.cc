@@ -270,6 +270,39 @@ TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn_Transport
   expectARefusedSeekLeavesItGoingOn(SampleServer::instance().url("fault/stream/two.ts"));
 }
 
+void expectPlaysTwice(const std::string& url) {
+  TestPlayer player;
+  player.set("LOOP", "2");
+  player.start(url);
+  player.forget();
+
+  player.wordsUntil("PLAY_POSITION_CHANGED");
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 300 && player.number("POSITION") < 2000; }));
+  player.waitFor([](const Words& words) { return words.back() == "PLAY_SPEED_CHANGED"; }, 20);
+
+  EXPECT_EQ(player.words(), (Words{"PLAY_POSITION_CHANGED", "FINISHED", "PLAY_SPEED_CHANGED"}));
+}
+
+TEST(LoopTest, BeginsAgainWhereTheServerHasNoRanges_Mp4) {
+  expectPlaysTwice(SampleServer::instance().url("fault/stream/short/two.mp4"));
+}
+TEST(LoopTest, BeginsAgainWhereTheServerHasNoRanges_TransportStream) {
+  expectPlaysTwice(SampleServer::instance().url("fault/stream/short/two.ts"));
+}
+
+TEST(RewindTest, ThatTheServerHasNoRangesForLeavesTheSpeed) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("fault/stream/two.ts"));
+  ASSERT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 1000; }));
+  player.forget();
+
+  player.command("PLAY", "-2.00");
+
+  EXPECT_EQ(player.wordsUntil("PLAY_SPEED_CHANGED"), (Words{"PLAYING", "PLAY_SPEED_CHANGED"}));
+  EXPECT_EQ(player.get("PLAY_SPEED"), "1.00");
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 2500; }));
+}
+
 TEST(DurationTest, OfATransportStreamWhoseSizeNobodyKnowsIsNone) {
   TestPlayer player;
   player.start(SampleServer::instance().url("fault/stream/short/two.ts"));
