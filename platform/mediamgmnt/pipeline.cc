@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/mediamgmnt/pipeline.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 

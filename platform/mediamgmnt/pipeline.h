@@ -127,9 +127,9 @@ class Pipeline {
   bool isAdaptive() const { return m_adaptive; }
   /// tsdemux counts from the first clock reference, other demuxers from the first picture.
   bool isTransportStream() const { return m_transportStream; }
-  /// Transport streams refuse to play backwards; fragmented MP4 files stand still or jump.
-  /// At least one of its places can be reached out of order.
+  /// Its server has other places than the next one.
   bool canSeek() const { return m_adaptive || isSourceSeekable(); }
+  /// Transport streams refuse to play backwards; fragmented MP4 files stand still or jump.
   bool playsBackwards() const { return !m_transportStream && !m_fragmented; }
 
  private:
