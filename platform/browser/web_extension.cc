@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // What WebKit loads into the page's process.
 #include <dlfcn.h>
+#include <unistd.h>
 #include <webkit2/webkit-web-extension.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 
@@ -28,6 +31,18 @@ std::map<std::string, std::string> readStart(GVariant* data) {
   return out;
 }
 
+// The engine returns from main() while its compositor thread may still be at its first shaders, and the graphics library's exit
+// handlers free what that thread reads. Objects of the main thread go before any such handler runs: the process ends with them.
+struct EndBeforeExitHandlers {
+  EndBeforeExitHandlers() = default;
+  EndBeforeExitHandlers(const EndBeforeExitHandlers&) = delete;
+  EndBeforeExitHandlers& operator=(const EndBeforeExitHandlers&) = delete;
+  ~EndBeforeExitHandlers() {
+    std::fflush(nullptr);
+    _exit(EXIT_SUCCESS);
+  }
+};
+
 void onPageCreated(WebKitWebExtension*, WebKitWebPage* page, gpointer side) {
   static_cast<browser::WebSide*>(side)->pageCreated(page);
 }
@@ -39,6 +54,7 @@ void onWindowCleared(WebKitScriptWorld* world, WebKitWebPage*, WebKitFrame* fram
 }  // namespace
 
 extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension, GVariant* data) {
+  static thread_local const EndBeforeExitHandlers end;
   showLibrariesToPlugin();
   browser::knowTelevisionEntities();
   // Lives as long as the process: the engine may still call when its own globals go.
