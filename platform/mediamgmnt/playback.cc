@@ -42,7 +42,7 @@ void Playback::setInput(const std::string& url) {
   m_content.reset();
   m_settings.url = url;
   m_connectedSaid = false;
-  m_voice.say(status::kReadyToPlay);
+  m_voice.sayReady();
 }
 
 void Playback::setMaxVideoSize(int width, int height) {
@@ -207,7 +207,7 @@ void Playback::halt() {
 void Playback::onSourceAnswered() {
   m_loop.cancel(std::exchange(m_connectTimer, 0));
   noteProgress();
-  if (!std::exchange(m_connectedSaid, true)) m_voice.say(status::kConnected);
+  if (!m_connectedSaid) m_connectedSaid = m_voice.say(status::kConnected);
   if (m_pauseDue) answerPause();
 }
 

@@ -14,10 +14,16 @@ constexpr std::chrono::milliseconds kLatestAnswer{60};
 
 Voice::Voice(Dispatcher& dispatcher, PlaybackFacts& facts) : m_dispatcher(dispatcher), m_facts(facts) {}
 
-void Voice::say(const char* word) {
+bool Voice::say(const char* word) {
   std::lock_guard lock(m_mutex);
-  if (m_done < m_answered) return;  // a word of what the page has been told is stopped
+  if (m_done < m_answered) return false;  // a word of what the page has been told is stopped
   m_dispatcher.enqueue(word);
+  return true;
+}
+
+void Voice::sayReady() {
+  std::lock_guard lock(m_mutex);
+  m_dispatcher.enqueue(status::kReadyToPlay);
 }
 
 void Voice::tell(TextTrackNotice notice) {

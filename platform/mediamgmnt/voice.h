@@ -12,14 +12,17 @@ namespace mediamgmnt {
 /// The control thread says its words through this. A stop is answered when the control thread has done it, or by the dispatcher
 /// when that takes too long; in the second case the control thread stays unheard until it has caught up.
 ///
-/// Threads: say() and stopDone() on the control thread, tell() and stopAsked() any. Borrows both arguments.
+/// Threads: say(), sayReady() and stopDone() on the control thread, tell() and stopAsked() any. Borrows both arguments.
 class Voice {
  public:
   using Ticket = unsigned long;
 
   Voice(Dispatcher& dispatcher, PlaybackFacts& facts);
 
-  void say(const char* word);
+  /// @return whether it is heard.
+  bool say(const char* word);
+  /// That a source can be played is heard always: a stop is none of the source, which stays.
+  void sayReady();
   /// Unheard after a stop like a word.
   void tell(TextTrackNotice notice);
 

@@ -94,6 +94,21 @@ TEST_F(VoiceTest, AnswersAStopOnceWhenItIsLateAndHushesWhatIsStopped) {
   EXPECT_EQ(wordsUpTo(3), (Said{"STOPPED", "PLAY_POSITION_CHANGED", "READY_TO_PLAY"}));
 }
 
+TEST_F(VoiceTest, SaysThatASourceIsReadyAlsoBeforeALateStopIsDone) {
+  m_voice.stopAsked();
+  EXPECT_EQ(wordsUpTo(2), (Said{"STOPPED", "PLAY_POSITION_CHANGED"}));
+  m_voice.sayReady();
+  EXPECT_EQ(wordsUpTo(3), (Said{"STOPPED", "PLAY_POSITION_CHANGED", "READY_TO_PLAY"}));
+}
+
+TEST_F(VoiceTest, TellsWhetherAWordIsHeardSoThatItCanBeSaidAgain) {
+  const Voice::Ticket ticket = m_voice.stopAsked();
+  EXPECT_EQ(wordsUpTo(2), (Said{"STOPPED", "PLAY_POSITION_CHANGED"}));
+  EXPECT_FALSE(m_voice.say(status::kConnected));
+  m_voice.stopDone(ticket);
+  EXPECT_TRUE(m_voice.say(status::kConnected));
+}
+
 TEST_F(VoiceTest, AnswersTwoStopsWhicheverIsDoneFirstAndSpeaksOn) {
   const Voice::Ticket first = m_voice.stopAsked();
   const Voice::Ticket second = m_voice.stopAsked();
