@@ -16,6 +16,7 @@ standard input does, so it never outlives who started it.
     /slow/RATE/PATH            at most RATE bytes a second ("60k" is 60000)
     /redirect/PATH             302 to /PATH
     /live/dash/live.mpd        live DASH: a moving window over the on-demand segments, repeated without end
+    /live/dash/periods.mpd     the same with English and German sound; a new period begins every PERIOD_S seconds
     /live/hls/live.m3u8        live HLS: the same, the last three segments only
     /live/hls/window.m3u8      live HLS with a window of ten segments
     /live/dry/...              these, but from the first request on nothing is added
@@ -299,6 +300,7 @@ class LiveStreams:
     AGE_S = 60
     DASH_WINDOW_S = 30
     DIP_S = 12
+    PERIOD_S = 4
 
     def __init__(self, root, dry_s=0):
         self.root = root
@@ -309,7 +311,9 @@ class LiveStreams:
 
     def answer(self, path):
         if path == "dash/live.mpd":
-            return self.manifest()
+            return self.manifest("dash/av.mpd")
+        if path == "dash/periods.mpd":
+            return self.inPeriods(self.manifest("dash/tracks.mpd"))
         if path in ("hls/live.m3u8", "hls/window.m3u8"):
             return self.playlist(3 if path == "hls/live.m3u8" else 10)
         match = re.fullmatch(r"dash/(init-\d+\.m4s)", path)
@@ -337,8 +341,8 @@ class LiveStreams:
                 now = self.dry_since
         return int((now - self.began) // self.SEGMENT_S)
 
-    def manifest(self):
-        text = self.file("dash/av.mpd")
+    def manifest(self, path):
+        text = self.file(path)
         if text is None:
             return None
         stamp = lambda seconds: time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(seconds))
@@ -348,6 +352,21 @@ class LiveStreams:
         text = re.sub(r'type="static"', live, text)
         text = re.sub(r'\s+mediaPresentationDuration="[^"]*"', "", text)
         return text.encode()
+
+    def inPeriods(self, manifest):
+        """The manifest with the periods of the window in place of its own: picture and the first two sounds."""
+        if manifest is None:
+            return None
+        text = manifest.decode()
+        sets = re.findall(r"[ \t]*<AdaptationSet.*?</AdaptationSet>\n", text, re.DOTALL)[:3]
+        now = time.time() - self.began
+        periods = ""
+        for number in range(max(0, int((now - self.DASH_WINDOW_S) // self.PERIOD_S)), int(now // self.PERIOD_S) + 1):
+            start = number * self.PERIOD_S
+            body = re.sub(r'timescale="(\d+)"', lambda match: '%s presentationTimeOffset="%d"' % (match.group(), start * int(match.group(1))), "".join(sets))
+            body = body.replace('startNumber="1"', 'startNumber="%d"' % (start // self.SEGMENT_S + 1))
+            periods += '\t<Period id="%d" start="PT%dS">\n%s\t</Period>\n' % (number, start, body)
+        return re.sub(r"[ \t]*<Period.*</Period>\n", lambda _: periods, text, flags=re.DOTALL).encode()
 
     def dashSegment(self, representation, number):
         if not 1 <= number <= self.complete():

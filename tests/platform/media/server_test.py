@@ -4,6 +4,7 @@
 import http.client
 import json
 import os
+import re
 import socket
 import subprocess
 import sys
@@ -113,6 +114,15 @@ class ServerTest(unittest.TestCase):
         first, eight_later = (self.get("/live/dash/seg-0-%05d.m4s" % number)[1] for number in (2, 10))
         self.assertEqual(self.decodeTime(eight_later) - self.decodeTime(first), 16 * self.timescale())
         self.assertEqual(self.get("/live/dash/seg-0-99999.m4s")[0].status, 404)
+
+    def test_live_dash_in_periods_begins_a_new_one_in_time(self):
+        periods = lambda: re.findall(rb'<Period id="(\d+)" start="PT(\d+)S">.*?startNumber="(\d+)".*?</Period>', self.get("/live/dash/periods.mpd")[1], re.DOTALL)
+        before = periods()
+        self.server.live.began -= self.server.live.PERIOD_S
+        self.assertEqual(int(periods()[-1][0]), int(before[-1][0]) + 1)
+        for number, start, segment in before:
+            self.assertEqual(int(start), int(number) * self.server.live.PERIOD_S)
+            self.assertEqual(int(segment), int(start) // self.server.live.SEGMENT_S + 1)
 
     def decodeTime(self, segment):
         begin = next(media_server.findBoxes(segment, [b"moof", b"traf", b"tfdt"]))

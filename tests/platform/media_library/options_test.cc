@@ -59,17 +59,18 @@ TEST(OptionTest, ASlowNetworkDelaysTheStartAndDoesNotBreakIt) {
             (Words{"READY_TO_PLAY", "CONNECTED", "BUFFER_READY", "PLAYING", "PLAY_SPEED_CHANGED"}));
 }
 
-void expectLive(const std::string& path, double shortest, double longest) {
+void expectLive(const std::string& path, double shortest, double longest, double least = 2500) {
   TestPlayer player;
   player.start(SampleServer::instance().url(path));
   const double first = player.number("POSITION");
   EXPECT_GE(player.number("DURATION"), shortest);
   EXPECT_LE(player.number("DURATION"), longest);
-  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > first + 2500; }));
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > first + least; }));
   EXPECT_EQ(count(player.words(), "FINISHED") + count(player.words(), "ERROR"), 0);
 }
 
 TEST(LiveTest, DashHasAWindowAndGoesOn) { expectLive("live/dash/live.mpd", 20000, 32000); }
+TEST(LiveTest, DashGoesOnFromPeriodToPeriod) { expectLive("live/dash/periods.mpd", 20000, 32000, 10000); }
 TEST(LiveTest, HlsHasAWindowAndGoesOn) { expectLive("live/hls/window.m3u8", 6000, 22000); }
 
 TEST(WindowTest, PlacesThePicture) {
