@@ -86,7 +86,7 @@ bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
   const bool prerollReported = std::exchange(m_prerollReported, false);
   const bool backwards = std::exchange(m_backwards, rate < 0);
-  limitStore(true);
+  m_room.bound(m_decoder, true);
   holdText();
   const std::optional<double> soughtBefore = noteSought(static_cast<double>(target) / 1e9);
   if (sendSeek(rate, target, flags)) return true;

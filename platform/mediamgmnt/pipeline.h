@@ -26,6 +26,7 @@
 #include "platform/mediamgmnt/key_session.h"
 #include "platform/mediamgmnt/protection_facts.h"
 #include "platform/mediamgmnt/rating.h"
+#include "platform/mediamgmnt/store_room.h"
 #include "platform/mediamgmnt/stream_reader.h"
 #include "platform/mediamgmnt/stream_report.h"
 #include "platform/mediamgmnt/subtitle_feed.h"
@@ -183,12 +184,12 @@ class Pipeline {
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberSource(GstElement* source);
   void rememberDownload(GstElement* downloadBuffer);
-  void limitStore(bool bounded);
 
   // pipeline_inputs.cc
   struct Input;
   void watchInput(GstElement* element);
   static GstPadProbeReturn onInputData(GstPad* pad, GstPadProbeInfo* info, gpointer input);
+  void makeRoomForTracks(GstPadProbeInfo* info);
   void holdEarlyEnd() const;
   void goOnWithout(Input& input, GstStreamType type);
 
@@ -259,6 +260,7 @@ class Pipeline {
   const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);  ///< queued messages hold it weakly
 
   BuildGate m_gate;
+  StoreRoom m_room;
   GstElement* m_pipeline = nullptr;
   GstElement* m_decoder = nullptr;
   std::atomic<int> m_linked{0};  ///< audio and video outputs that have a stream
@@ -318,7 +320,6 @@ class Pipeline {
   bool m_answered = false;
   bool m_prerollReported = false;
   bool m_backwards = false;
-  bool m_storeBounded = true;
   bool m_textHeld = false;
 };
 

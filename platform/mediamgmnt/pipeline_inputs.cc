@@ -55,7 +55,10 @@ void Pipeline::watchInput(GstElement* element) {
 
 GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
   auto& input = *static_cast<Input*>(data);
-  if (input.pipeline->m_adaptive) return GST_PAD_PROBE_OK;  // what it has it hands on in order, from one thread
+  if (input.pipeline->m_adaptive) {
+    input.pipeline->makeRoomForTracks(info);
+    return GST_PAD_PROBE_OK;  // what it has it hands on in order, from one thread
+  }
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
     input.end = std::max(input.end, endOf(GST_PAD_PROBE_INFO_BUFFER(info)));
     input.hasData = true;
@@ -75,6 +78,19 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
     default: break;
   }
   return GST_PAD_PROBE_OK;
+}
+
+/// An adaptive demuxer of GStreamer 1.22 tells of another track with a lock held, and if the decoder is full it waits with it for
+/// room. In a pause there is none before the next seek, and that wants the lock as well. So there is room for what is told.
+void Pipeline::makeRoomForTracks(GstPadProbeInfo* info) {
+  if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_FLUSH) != 0) return;  // from the thread that seeks
+  const bool isEvent = (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM) != 0;
+  const GstEventType type = isEvent ? GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) : GST_EVENT_UNKNOWN;
+  if (type == GST_EVENT_STREAM_START) {
+    m_room.open(m_decoder);
+  } else if (type != GST_EVENT_STREAM_COLLECTION) {
+    m_room.close();
+  }
 }
 
 /// GStreamer 1.22 forgets an input that ends while another one has not begun, and crashes over it when the pipeline is closed. So

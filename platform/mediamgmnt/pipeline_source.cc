@@ -22,10 +22,6 @@ constexpr guint kSourceTimeoutSeconds = 12;
 /// A download thread that does not come by in this time is stuck.
 constexpr std::chrono::milliseconds kCancelPatience{1000};
 
-// What the decoder sets itself; the time changes by itself while streams are interleaved.
-constexpr guint64 kStoreNs = 2 * GST_SECOND;
-constexpr guint kStoreBytes = 10 * 1024 * 1024;
-
 bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
 bool hasProperty(GstElement* element, const char* name) {
@@ -35,23 +31,6 @@ bool hasProperty(GstElement* element, const char* name) {
 std::string factoryName(GstElement* element) {
   GstElementFactory* const factory = gst_element_get_factory(element);
   return factory != nullptr ? GST_OBJECT_NAME(factory) : "";
-}
-
-/// @return a reference to the decoder's queue of all streams, or null.
-GstElement* findStore(GstElement* decoder) {
-  GstIterator* const queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(decoder), "multiqueue");
-  GValue value = G_VALUE_INIT;
-  GstElement* found = nullptr;
-  while (found == nullptr && gst_iterator_next(queues, &value) == GST_ITERATOR_OK) {
-    auto* const queue = GST_ELEMENT(g_value_get_object(&value));
-    GstObject* const parent = gst_object_get_parent(GST_OBJECT(queue));
-    if (parent != nullptr && factoryName(GST_ELEMENT(parent)) == "decodebin3") found = GST_ELEMENT(gst_object_ref(queue));
-    if (parent != nullptr) gst_object_unref(parent);
-    g_value_reset(&value);
-  }
-  g_value_unset(&value);
-  gst_iterator_free(queues);
-  return found;
 }
 
 std::string firstBytesOf(GstBuffer* buffer) {
@@ -244,17 +223,7 @@ void Pipeline::wakeDownload() {
 
 /// The decoder of GStreamer 1.22 puts the end of the presentation behind what it holds of every stream, also of those that nobody
 /// takes. When one of these is full, as happens when playing backwards, the end never comes and the next seek waits for ever.
-void Pipeline::makeRoomForTheEnd() { limitStore(false); }
-
-void Pipeline::limitStore(bool bounded) {
-  if (m_storeBounded == bounded) return;
-  GstElement* const store = findStore(m_decoder);
-  if (store == nullptr) return;
-  m_storeBounded = bounded;
-  g_object_set(store, "use-interleave", gboolean{bounded}, "max-size-time", bounded ? kStoreNs : guint64{0}, "max-size-bytes",
-               bounded ? kStoreBytes : 4 * kStoreBytes, nullptr);
-  gst_object_unref(store);
-}
+void Pipeline::makeRoomForTheEnd() { m_room.bound(m_decoder, false); }
 
 void Pipeline::reportUnplayable() {
   m_loop.post([this, alive = std::weak_ptr<bool>(m_alive)] {
