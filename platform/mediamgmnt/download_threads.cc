@@ -3,9 +3,10 @@
 
 #include <libsoup/soup.h>
 
-#include <condition_variable>
 #include <map>
 #include <mutex>
+
+#include "platform/mediamgmnt/context_turn.h"
 
 namespace mediamgmnt {
 
@@ -79,23 +80,6 @@ Context contextFor(gpointer source) {
   return nullptr;
 }
 
-/// One action that another thread waits for.
-struct Turn {
-  std::mutex mutex;
-  std::condition_variable changed;
-  std::function<void()> action;  // guarded by mutex, like all below
-  bool over = false;
-};
-
-gboolean take(gpointer data) {
-  Turn& turn = **static_cast<std::shared_ptr<Turn>*>(data);
-  const std::lock_guard lock(turn.mutex);
-  if (!turn.over) turn.action();
-  turn.over = true;
-  turn.changed.notify_all();
-  return G_SOURCE_REMOVE;
-}
-
 }  // namespace
 
 void watchDownloadThreads() {
@@ -119,17 +103,7 @@ std::vector<std::shared_ptr<GMainContext>> runningDownloadContexts() {
 bool runOnDownloadThread(gpointer source, const std::function<void()>& action, std::chrono::milliseconds patience) {
   const Context context = contextFor(source);
   if (context == nullptr || !isRun(context.get())) return false;
-  const auto turn = std::make_shared<Turn>();
-  turn->action = action;
-  GSource* const task = g_idle_source_new();
-  const auto drop = +[](gpointer data) { delete static_cast<std::shared_ptr<Turn>*>(data); };
-  g_source_set_callback(task, take, new std::shared_ptr<Turn>(turn), drop);
-  g_source_attach(task, context.get());
-  g_source_unref(task);
-  std::unique_lock lock(turn->mutex);
-  const bool taken = turn->changed.wait_for(lock, patience, [&] { return turn->over; });
-  turn->over = true;
-  return taken;
+  return runInContext(context.get(), action, patience);
 }
 
 }  // namespace mediamgmnt

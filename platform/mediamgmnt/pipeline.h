@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -222,7 +223,8 @@ class Pipeline {
   void keepAnswers(const ComponentChoice& choice);
   static int onSelectStream(GstElement* decoder, GstStreamCollection* collection, GstStream* stream, gpointer self);
   void beginWith(GstObject* demuxer, const ComponentChoice& choice);
-  void sendSelection(GstElement* receiver, const ComponentChoice& choice);
+  void sendSelection(const std::vector<GstElement*>& receivers, const ComponentChoice& choice);
+  void onDemuxerThread(const std::function<void()>& action) const;
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   std::optional<double> noteSought(std::optional<double> seconds);
   std::optional<double> soughtSeconds() const;
@@ -300,6 +302,7 @@ class Pipeline {
   int m_periodsAnnounced = 0;                    ///< presented, or about to be
   bool m_periodsSkipped = false;                 ///< a seek has begun one anew
   std::vector<std::string> m_tracksOfPeriod;     ///< of the one begun last
+  std::shared_ptr<GMainContext> m_demuxer;       ///< what the adaptive demuxer's own thread runs
 
   mutable std::mutex m_padMutex;
   Output m_outputs[3];                    // guarded by m_padMutex, index is Kind

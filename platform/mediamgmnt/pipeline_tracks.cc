@@ -3,10 +3,12 @@
 #include <gst/mpegts/mpegts.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
 #include "platform/mediamgmnt/audio_output.h"
+#include "platform/mediamgmnt/context_turn.h"
 #include "platform/mediamgmnt/download_rest.h"
 #include "platform/mediamgmnt/download_threads.h"
 #include "platform/mediamgmnt/pipeline.h"
@@ -18,6 +20,9 @@ constexpr std::size_t kLargestManifest = 32U << 20U;
 constexpr int kBeginNaps = 30;
 constexpr gulong kBeginNapUs = 1000;
 constexpr std::int64_t kRecentDemuxerUs = 1'000'000;
+
+/// A demuxer that does not come by in this time is stuck.
+constexpr std::chrono::milliseconds kSelectPatience{1000};
 
 bool isAdaptiveDemux(GstObject* object) {
   if (object == nullptr || !GST_IS_ELEMENT(object)) return false;
@@ -92,19 +97,36 @@ DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
 
 void Pipeline::selectStreams(const ComponentChoice& choice) {
   std::lock_guard lock(m_steeringMutex);
-  sendSelection(m_decoder, choice);  // not to the pipeline, which would say no although it passes the event on
+  sendSelection({m_decoder}, choice);  // not to the pipeline, which would say no although it passes the event on
 }
 
 /// Whether it was taken is seen by what comes to the outputs.
-void Pipeline::sendSelection(GstElement* receiver, const ComponentChoice& choice) {
-  if (m_closing || isBetweenPeriods()) return;
+void Pipeline::sendSelection(const std::vector<GstElement*>& receivers, const ComponentChoice& choice) {
+  if (m_closing) return;
   GList* ids = nullptr;
   for (const ComponentKind kind : kComponentKinds) {
     if (!choice[kind].streamId.empty()) ids = g_list_append(ids, const_cast<char*>(choice[kind].streamId.c_str()));
   }
   if (ids == nullptr) return;
-  gst_element_send_event(receiver, gst_event_new_select_streams(ids));
+  onDemuxerThread([&] {
+    for (GstElement* const receiver : receivers) {
+      if (!isBetweenPeriods()) gst_element_send_event(receiver, gst_event_new_select_streams(ids));
+    }
+  });
   g_list_free(ids);
+}
+
+/// Between two periods an adaptive demuxer of GStreamer 1.22 refuses a selection and keeps a lock for ever. It goes from one to the
+/// next on a thread of its own: so what is looked at there still holds a moment later. Who has that thread's context, for instance
+/// while the first streams are announced, has its locks as well.
+void Pipeline::onDemuxerThread(const std::function<void()>& action) const {
+  std::shared_ptr<GMainContext> context;
+  {
+    std::lock_guard lock(m_trackMutex);
+    context = m_demuxer;
+  }
+  if (context == nullptr || context.get() == g_main_context_get_thread_default()) return action();
+  runInContext(context.get(), action, kSelectPatience);
 }
 
 void Pipeline::watchFetching(GstElement* track) {
@@ -347,9 +369,8 @@ int Pipeline::onSelectStream(GstElement*, GstStreamCollection*, GstStream* strea
 void Pipeline::beginWith(GstObject* demuxer, const ComponentChoice& choice) {
   std::unique_lock lock(m_steeringMutex, std::try_to_lock);
   if (!lock.owns_lock()) return;
-  sendSelection(m_decoder, choice);
   // Nothing leads from the decoder to the demuxer yet when the first streams are announced.
-  sendSelection(GST_ELEMENT(demuxer), choice);
+  sendSelection({m_decoder, GST_ELEMENT(demuxer)}, choice);
 }
 
 /// The demuxer makes an element for each track of a period when it begins to fetch that, and announces the period's streams when it
@@ -365,6 +386,8 @@ void Pipeline::noteTrackOfPeriod(const char* name) {
     if (m_seeking) m_periodsSkipped = true;
   }
   m_tracksOfPeriod.push_back(track);
+  GMainContext* const context = g_main_context_get_thread_default();
+  if (m_demuxer == nullptr && context != nullptr) m_demuxer = {g_main_context_ref(context), &g_main_context_unref};
 }
 
 bool Pipeline::isBetweenPeriods() const {

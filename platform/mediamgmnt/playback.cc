@@ -119,7 +119,6 @@ void Playback::open() {
 void Playback::openPipeline() {
   m_prerolled = m_timesKnown = m_running = m_announced = m_starved = m_live = m_durationGuessed = false;
   m_rate = 1;
-  m_origin = 0;
   m_percent = 100;
   m_bufferReadyDue = true;
   m_next.reset();
@@ -133,6 +132,8 @@ void Playback::openPipeline() {
   } else {
     m_components.beginPresentation();
     m_changesToSay = {};
+    m_origin = 0;
+    m_originKnown = false;
   }
   SourceSettings settings = m_settings;
   if (m_content) {

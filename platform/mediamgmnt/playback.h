@@ -189,6 +189,7 @@ class Playback final : private PipelineListener {
   bool m_live = false;
   bool m_durationGuessed = false;
   std::int64_t m_origin = 0;  ///< the pipeline's time at position 0, nanoseconds
+  bool m_originKnown = false;
 
   // Answers that are due.
   bool m_connectedSaid = false;

@@ -35,15 +35,16 @@ void Playback::learnTimes() {
   m_live = duration <= 0 && m_pipeline->isAdaptive();
   m_durationGuessed = duration <= 0;
   m_facts.setOpenEnded(m_live);
+  const bool countsAnew = !std::exchange(m_originKnown, true);  // one that is opened anew for another track goes on counting
   if (m_durationGuessed) {
     std::int64_t end = 0;
-    m_pipeline->seekableWindow(m_origin, end);
+    if (countsAnew) m_pipeline->seekableWindow(m_origin, end);
     learnWindow();
   } else {
     m_facts.setDuration(std::llround(static_cast<double>(duration) / kNsPerMs));
   }
   const std::int64_t first = m_pipeline->position();
-  if (m_pipeline->isTransportStream() && first > 0 && first < kLargestOriginNs) m_origin = first;
+  if (countsAnew && m_pipeline->isTransportStream() && first > 0 && first < kLargestOriginNs) m_origin = first;
 }
 
 /// A live source reaches as far as its window does. Positions count from where that began when the source was opened, so this end

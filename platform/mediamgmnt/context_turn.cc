@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/mediamgmnt/context_turn.h"
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+namespace mediamgmnt {
+namespace {
+
+/// One action that another thread waits for.
+struct Turn {
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::function<void()> action;  // guarded by mutex, like all below
+  bool over = false;
+};
+
+gboolean take(gpointer data) {
+  Turn& turn = **static_cast<std::shared_ptr<Turn>*>(data);
+  const std::lock_guard lock(turn.mutex);
+  if (!turn.over) turn.action();
+  turn.over = true;
+  turn.changed.notify_all();
+  return G_SOURCE_REMOVE;
+}
+
+}  // namespace
+
+bool runInContext(GMainContext* context, const std::function<void()>& action, std::chrono::milliseconds patience) {
+  const auto turn = std::make_shared<Turn>();
+  turn->action = action;
+  GSource* const task = g_idle_source_new();
+  const auto drop = +[](gpointer data) { delete static_cast<std::shared_ptr<Turn>*>(data); };
+  g_source_set_callback(task, take, new std::shared_ptr<Turn>(turn), drop);
+  g_source_attach(task, context);
+  g_source_unref(task);
+  std::unique_lock lock(turn->mutex);
+  const bool taken = turn->changed.wait_for(lock, patience, [&] { return turn->over; });
+  turn->over = true;
+  return taken;
+}
+
+}  // namespace mediamgmnt
