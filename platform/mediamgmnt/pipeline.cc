@@ -16,6 +16,13 @@ constexpr std::chrono::milliseconds kBuildPatience{1000};
 /// Between picture and sound that are presented together; a sound device is told that much before it is heard.
 constexpr std::int64_t kLargestLagNs = 500'000'000;
 
+/// For a key picture nearby the adaptive demuxer of GStreamer 1.22 looks into the period that it presents, of which it has
+/// forgotten the rest when it already fetches the next one: it crashes then.
+GstSeekFlags withoutSnap(GstSeekFlags flags) {
+  constexpr unsigned kSnap = GST_SEEK_FLAG_KEY_UNIT | GST_SEEK_FLAG_SNAP_NEAREST | GST_SEEK_FLAG_TRICKMODE_KEY_UNITS;
+  return static_cast<GstSeekFlags>((static_cast<unsigned>(flags) & ~kSnap) | GST_SEEK_FLAG_ACCURATE);
+}
+
 std::int64_t known(gboolean answered, gint64 value) { return answered && value >= 0 ? value : Pipeline::kUnknown; }
 
 }  // namespace
@@ -41,6 +48,7 @@ Pipeline::~Pipeline() {
     m_closing = true;
   }
   letFetchingBegin();
+  forgetDemuxer();
   m_gate.close(kBuildPatience);
   cancelFetch();
   if (m_textHeld) gst_element_set_locked_state(m_outputs[indexOf(Kind::Subtitle)].sink, FALSE);
@@ -83,7 +91,7 @@ void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 
 bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   if (m_transportStream && !isSourceSeekable()) return false;
-  const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | extraFlags);
+  const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | (hasPeriods() ? withoutSnap(extraFlags) : extraFlags));
   const bool prerollReported = std::exchange(m_prerollReported, false);
   const bool backwards = std::exchange(m_backwards, rate < 0);
   m_room.bound(m_decoder, true);
@@ -100,6 +108,12 @@ bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
 std::optional<double> Pipeline::noteSought(std::optional<double> seconds) {
   std::lock_guard lock(m_trackMutex);
   return std::exchange(m_soughtSeconds, seconds);
+}
+
+/// A live presentation may get further ones at any time.
+bool Pipeline::hasPeriods() const {
+  std::lock_guard lock(m_trackMutex);
+  return m_facts.dash && (m_facts.dash->isDynamic || m_facts.dash->periods.size() > 1);
 }
 
 bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {

@@ -225,11 +225,13 @@ class Pipeline {
   void beginWith(GstObject* demuxer, const ComponentChoice& choice);
   void sendSelection(const std::vector<GstElement*>& receivers, const ComponentChoice& choice);
   void onDemuxerThread(const std::function<void()>& action) const;
+  bool hasPeriods() const;
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   std::optional<double> noteSought(std::optional<double> seconds);
   std::optional<double> soughtSeconds() const;
   void reportPresented(Arrival& arrival, GstPad* pad);
   void tellPresented();
+  void forgetDemuxer();
   void forgetCollections();
 
   // pipeline_protection.cc

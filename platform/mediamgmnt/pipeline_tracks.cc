@@ -387,7 +387,13 @@ void Pipeline::noteTrackOfPeriod(const char* name) {
   }
   m_tracksOfPeriod.push_back(track);
   GMainContext* const context = g_main_context_get_thread_default();
-  if (m_demuxer == nullptr && context != nullptr) m_demuxer = {g_main_context_ref(context), &g_main_context_unref};
+  if (m_demuxer == nullptr && context != nullptr && !m_ending) m_demuxer = {g_main_context_ref(context), &g_main_context_unref};
+}
+
+/// With its context goes what is still queued there, which needs the demuxer.
+void Pipeline::forgetDemuxer() {
+  std::lock_guard lock(m_trackMutex);
+  m_demuxer.reset();
 }
 
 bool Pipeline::isBetweenPeriods() const {
