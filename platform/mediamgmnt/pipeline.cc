@@ -6,12 +6,16 @@
 
 #include "platform/mediamgmnt/foreign_elements.h"
 #include "platform/mediamgmnt/library_start.h"
+#include "platform/mediamgmnt/long_wait.h"
 
 namespace mediamgmnt {
 namespace {
 
 /// A step of building that has not ended by then is stuck.
 constexpr std::chrono::milliseconds kBuildPatience{1000};
+
+/// A demuxer whose tasks have not ended by then has missed that they shall.
+constexpr std::chrono::milliseconds kWakePatience{500};
 
 /// Between picture and sound that are presented together; a sound device is told that much before it is heard.
 constexpr std::int64_t kLargestLagNs = 500'000'000;
@@ -52,7 +56,10 @@ Pipeline::~Pipeline() {
   m_gate.close(kBuildPatience);
   cancelFetch();
   if (m_textHeld) gst_element_set_locked_state(m_outputs[indexOf(Kind::Subtitle)].sink, FALSE);
-  gst_element_set_state(m_pipeline, GST_STATE_NULL);
+  {
+    const LongWait wait(kWakePatience, [this] { wakeDemuxer(); });
+    gst_element_set_state(m_pipeline, GST_STATE_NULL);
+  }
   GstBus* const bus = gst_element_get_bus(m_pipeline);
   gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
   gst_object_unref(bus);
@@ -120,6 +127,7 @@ bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
   const std::int64_t start = rate > 0 ? target : 0;
   const std::int64_t stop = rate > 0 ? -1 : target;  // no type "none", which would keep the stop of an earlier backward seek
   std::lock_guard lock(m_steeringMutex);
+  const LongWait wait(kWakePatience, [this] { wakeDemuxer(); });
   m_seeking = true;
   const bool taken =
       gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, start, GST_SEEK_TYPE_SET, stop) != FALSE;

@@ -232,6 +232,7 @@ class Pipeline {
   void reportPresented(Arrival& arrival, GstPad* pad);
   void tellPresented();
   void forgetDemuxer();
+  void wakeDemuxer() const;
   void forgetCollections();
 
   // pipeline_protection.cc

@@ -74,6 +74,18 @@ bool isOutOfPlace(GstEvent* gap, GstPad* pad) {
   return !isWithin;
 }
 
+/// Not through the pad, whose lock the one who is to be helped may want next.
+gboolean wakeInput(GstElement* track, GstPad* pad, gpointer) {
+  GstEvent* const event = gst_event_new_custom(GST_EVENT_CUSTOM_DOWNSTREAM, gst_structure_new_empty("wake"));
+  GST_PAD_EVENTFUNC(pad)(pad, GST_OBJECT(track), event);
+  return TRUE;
+}
+
+void wakeTrack(const GValue* element, gpointer) {
+  auto* const track = GST_ELEMENT(g_value_get_object(element));
+  if (g_str_has_prefix(GST_OBJECT_NAME(track), "track-period")) gst_element_foreach_sink_pad(track, wakeInput, nullptr);
+}
+
 DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
   DecodedFacts facts;
   GstCaps* const caps = gst_pad_get_current_caps(pad);
@@ -394,6 +406,18 @@ void Pipeline::noteTrackOfPeriod(const char* name) {
 void Pipeline::forgetDemuxer() {
   std::lock_guard lock(m_trackMutex);
   m_demuxer.reset();
+}
+
+/// The task that hands on what an adaptive demuxer of GStreamer 1.22 has misses that it shall end, for a seek or for good, while it
+/// tells of streams: it waits for more of a track then, which does not come. Anything that comes there makes it look. What is put
+/// in goes with the rest of the old place.
+void Pipeline::wakeDemuxer() const {
+  GstElement* const demuxer = referenceTo(m_adaptiveDemux);
+  if (demuxer == nullptr) return;
+  GstIterator* const elements = gst_bin_iterate_elements(GST_BIN(demuxer));
+  gst_iterator_foreach(elements, wakeTrack, nullptr);
+  gst_iterator_free(elements);
+  gst_object_unref(demuxer);
 }
 
 bool Pipeline::isBetweenPeriods() const {

@@ -215,6 +215,7 @@ void Playback::onSourceAnswered() {
 void Playback::onPrerolled() {
   m_prerolled = true;
   m_inFlight.reset();
+  if (!m_heldSeek) m_seeksRepeated = 0;
   if (!m_next) m_next = std::exchange(m_heldSeek, std::nullopt);
   noteProgress();
   if (!m_timesKnown) m_pipeline->refreshTracks();

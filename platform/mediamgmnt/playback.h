@@ -120,6 +120,7 @@ class Playback final : private PipelineListener {
   double presentTarget() const;
   void beginStepping(const Place& place);
   void stepInstead();
+  void seekByWayOfElsewhere();
   void step();
   void leaveStepping();
   void rewoundToStart();
@@ -183,6 +184,7 @@ class Playback final : private PipelineListener {
   bool m_over = false;       ///< ended or failed: a pause opens nothing
   double m_rate = 1;         ///< the pipeline's
   std::optional<double> m_inFlight;
+  int m_seeksRepeated = 0;  ///< in vain, for the present wish
   int m_playsDone = 0;
   bool m_endExpected = false;  ///< nothing has moved for a moment, as at the end
   int m_attempts = 0;          ///< openings of the source for the present wish

@@ -16,6 +16,9 @@ constexpr std::chrono::milliseconds kStepInterval{500};
 /// begins again.
 constexpr double kLeastRestMs = 300;
 
+/// The window of a live presentation moves on while it is looked at.
+constexpr std::int64_t kWithinWindowNs = 500'000'000;
+
 /// From this speed on only key pictures are decoded.
 constexpr double kKeyPicturesFrom = 4;
 
@@ -86,7 +89,7 @@ void Playback::beginReposition() {
   if (!taken) return repositionRefused(place);
   m_rate = place.rate;
   m_inFlight = place.target;
-  if (!runsOn) m_facts.freezeAt(place.target);
+  if (!runsOn) m_facts.freezeAt(m_heldSeek ? m_heldSeek->target : place.target);
   noteProgress();
 }
 
@@ -131,6 +134,21 @@ void Playback::stepInstead() {
   if (!m_next) m_next = std::exchange(m_heldSeek, std::nullopt);
   if (m_next) return proceed();
   beginStepping(place);
+}
+
+/// An adaptive demuxer of GStreamer 1.22 that is sought into the period that it already fetches goes on presenting the one before,
+/// of which nothing more comes. It is led away from there first: not both ends of the presentation are in that period.
+void Playback::seekByWayOfElsewhere() {
+  std::int64_t start = 0;
+  std::int64_t end = 0;
+  if (!m_pipeline->seekableWindow(start, end)) return;
+  const Place place{*std::exchange(m_inFlight, std::nullopt), m_rate};
+  const bool fromTheEnd = ++m_seeksRepeated % 2 == 1;
+  if (!m_heldSeek) m_heldSeek = m_next ? *m_next : place;
+  const std::int64_t elsewhere = fromTheEnd ? end - kWithinWindowNs : start + kWithinWindowNs;
+  m_next = Place{static_cast<double>(elsewhere - m_origin) / kNsPerMs, 1};
+  m_prerolled = true;
+  proceed();
 }
 
 /// Shows the key picture at the place that a rewind would have reached by now.

@@ -22,6 +22,8 @@ constexpr double kNearEndMs = 1000;
 constexpr milliseconds kLostAfter{10000};
 constexpr milliseconds kUnplayableAfter{2500};
 constexpr milliseconds kDownloadAsleepAfter{200};
+constexpr milliseconds kStuckAfter{500};
+constexpr int kMostRepeats = 4;
 
 /// A transport stream's first picture comes this much after its first clock reference at most; more is a real place.
 constexpr std::int64_t kLargestOriginNs = 5'000'000'000;
@@ -115,6 +117,8 @@ void Playback::watchForStall() {
     return m_attempts < kAttempts ? tryAgain() : fail(Failure::CorruptContent);
   }
   if (!m_prerolled && m_inFlight && m_rate < 0 && Clock::now() - m_lastProgress > kStarvedAfter) return stepInstead();
+  const bool isStuck = !m_prerolled && m_inFlight && m_pipeline->isBetweenPeriods();
+  if (isStuck && m_seeksRepeated < kMostRepeats && Clock::now() - m_lastProgress > kStuckAfter) return seekByWayOfElsewhere();
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
 }
 

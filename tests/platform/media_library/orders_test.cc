@@ -100,7 +100,9 @@ TEST_P(OrdersTest, WhatIsAskedLastComesToPass) {
 INSTANTIATE_TEST_SUITE_P(Every, OrdersTest,
                          testing::Values(Case{"Mp4", "tracks.mp4"}, Case{"Ts", "tracks.ts"}, Case{"Dash", "dash/tracks.mpd"},
                                          Case{"Hls", "hls/tracks.m3u8"}, Case{"Mp3", "tone.mp3"},
-                                         Case{"TextFragments", "text-frag.mp4"}, Case{"DashText", "dash/text.mpd"}),
+                                         Case{"TextFragments", "text-frag.mp4"}, Case{"DashText", "dash/text.mpd"},
+                                         Case{"DashPeriods", "short/dash/periods.mpd"}, Case{"LiveDash", "live/dash/live.mpd"},
+                                         Case{"LivePeriods", "live/dash/periods.mpd"}, Case{"LiveHls", "live/hls/window.m3u8"}),
                          [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace
