@@ -142,9 +142,9 @@ void Playback::seekByWayOfElsewhere() {
   std::int64_t start = 0;
   std::int64_t end = 0;
   if (!m_pipeline->seekableWindow(start, end)) return;
-  const Place place{*std::exchange(m_inFlight, std::nullopt), m_rate};
+  if (!m_heldSeek) m_heldSeek = m_next ? *m_next : Place{m_inFlight.value_or(presentTarget()), m_rate};
+  m_inFlight.reset();
   const bool fromTheEnd = ++m_seeksRepeated % 2 == 1;
-  if (!m_heldSeek) m_heldSeek = m_next ? *m_next : place;
   const std::int64_t elsewhere = fromTheEnd ? end - kWithinWindowNs : start + kWithinWindowNs;
   m_next = Place{static_cast<double>(elsewhere - m_origin) / kNsPerMs, 1};
   m_prerolled = true;

@@ -117,7 +117,7 @@ void Playback::watchForStall() {
     return m_attempts < kAttempts ? tryAgain() : fail(Failure::CorruptContent);
   }
   if (!m_prerolled && m_inFlight && m_rate < 0 && Clock::now() - m_lastProgress > kStarvedAfter) return stepInstead();
-  const bool isStuck = !m_prerolled && m_inFlight && m_pipeline->isBetweenPeriods();
+  const bool isStuck = !m_prerolled && m_timesKnown && m_pipeline->isBetweenPeriods();
   if (isStuck && m_seeksRepeated < kMostRepeats && Clock::now() - m_lastProgress > kStuckAfter) return seekByWayOfElsewhere();
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
 }
