@@ -5,8 +5,13 @@
 #include <utility>
 
 namespace mediamgmnt {
+namespace {
 
-LongWait::LongWait(std::chrono::milliseconds patience, std::function<void()> help) {
+constexpr std::chrono::milliseconds kBetweenHelps{20};
+
+}  // namespace
+
+LongWait::LongWait(std::chrono::milliseconds patience, std::function<void(unsigned)> help) {
   try {
     m_thread = std::thread([this, patience, help = std::move(help)] { run(patience, help); });
   } catch (const std::system_error&) {  // without a thread there is no help, which is seldom needed
@@ -22,11 +27,11 @@ LongWait::~LongWait() {
   if (m_thread.joinable()) m_thread.join();
 }
 
-void LongWait::run(std::chrono::milliseconds patience, const std::function<void()>& help) {
+void LongWait::run(std::chrono::milliseconds patience, const std::function<void(unsigned)>& help) {
   std::unique_lock lock(m_mutex);
-  while (!m_ended.wait_for(lock, patience, [this] { return m_over; })) {
+  for (unsigned time = 0; !m_ended.wait_for(lock, time == 0 ? patience : kBetweenHelps, [this] { return m_over; }); ++time) {
     lock.unlock();
-    help();
+    help(time);
     lock.lock();
   }
 }

@@ -10,16 +10,17 @@
 
 namespace mediamgmnt {
 
-/// While it lives, calls @p help each time that @p patience has passed, on a thread of its own. Its end waits for a call under way.
+/// When it lives longer than @p patience, calls @p help again and again, with 0, 1, 2, …, on a thread of its own. Its end waits for
+/// a call under way.
 class LongWait {
  public:
-  LongWait(std::chrono::milliseconds patience, std::function<void()> help);
+  LongWait(std::chrono::milliseconds patience, std::function<void(unsigned)> help);
   ~LongWait();
   LongWait(const LongWait&) = delete;
   LongWait& operator=(const LongWait&) = delete;
 
  private:
-  void run(std::chrono::milliseconds patience, const std::function<void()>& help);
+  void run(std::chrono::milliseconds patience, const std::function<void(unsigned)>& help);
 
   std::mutex m_mutex;
   std::condition_variable m_ended;

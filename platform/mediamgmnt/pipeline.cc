@@ -15,7 +15,8 @@ namespace {
 constexpr std::chrono::milliseconds kBuildPatience{1000};
 
 /// A demuxer whose tasks have not ended by then has missed that they shall.
-constexpr std::chrono::milliseconds kWakePatience{500};
+constexpr std::chrono::milliseconds kSeekPatience{500};
+constexpr std::chrono::milliseconds kClosePatience{3000};
 
 /// Between picture and sound that are presented together; a sound device is told that much before it is heard.
 constexpr std::int64_t kLargestLagNs = 500'000'000;
@@ -57,7 +58,7 @@ Pipeline::~Pipeline() {
   cancelFetch();
   if (m_textHeld) gst_element_set_locked_state(m_outputs[indexOf(Kind::Subtitle)].sink, FALSE);
   {
-    const LongWait wait(kWakePatience, [this] { wakeDemuxer(); });
+    const LongWait wait(kClosePatience, [this](unsigned time) { wakeDemuxer(time); });
     gst_element_set_state(m_pipeline, GST_STATE_NULL);
   }
   GstBus* const bus = gst_element_get_bus(m_pipeline);
@@ -127,7 +128,9 @@ bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
   const std::int64_t start = rate > 0 ? target : 0;
   const std::int64_t stop = rate > 0 ? -1 : target;  // no type "none", which would keep the stop of an earlier backward seek
   std::lock_guard lock(m_steeringMutex);
-  const LongWait wait(kWakePatience, [this] { wakeDemuxer(); });
+  const LongWait wait(kSeekPatience, [this](unsigned time) {
+    if (m_flushing) wakeDemuxer(time);
+  });
   m_seeking = true;
   const bool taken =
       gst_element_seek(m_pipeline, rate, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET, start, GST_SEEK_TYPE_SET, stop) != FALSE;

@@ -103,6 +103,8 @@ class Pipeline {
   bool isBetweenPeriods() const;
   /// Hides a picture, silences a sound, or takes it back; also before there is any.
   void setShown(ComponentKind kind, bool shown);
+  /// The next seek only passes by its place: neither picture nor subtitles nor ratings are taken from there.
+  void passUnseen(bool unseen) { m_unseen = unseen; }
   /// Offers the components what is known of the streams by now.
   void refreshTracks();
 
@@ -131,8 +133,9 @@ class Pipeline {
   bool isTransportStream() const { return m_transportStream; }
   /// Its server has other places than the next one.
   bool canSeek() const { return m_adaptive || isSourceSeekable(); }
-  /// Transport streams refuse to play backwards; fragmented MP4 files stand still or jump.
-  bool playsBackwards() const { return !m_transportStream && !m_fragmented; }
+  /// Transport streams refuse to play backwards; fragmented MP4 files stand still or jump; where a presentation of several periods
+  /// begins, the demuxer looks for a period before, and crashes.
+  bool playsBackwards() const { return !m_transportStream && !m_fragmented && !hasPeriods(); }
 
  private:
   using Kind = ComponentKind;
@@ -232,7 +235,7 @@ class Pipeline {
   void reportPresented(Arrival& arrival, GstPad* pad);
   void tellPresented();
   void forgetDemuxer();
-  void wakeDemuxer() const;
+  void wakeDemuxer(unsigned track) const;
   void forgetCollections();
 
   // pipeline_protection.cc
@@ -278,6 +281,8 @@ class Pipeline {
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};
+  std::atomic<bool> m_flushing{false};  ///< an adaptive demuxer, for a seek
+  std::atomic<bool> m_unseen{false};
   std::atomic<std::int64_t> m_lastFetchUs{0};
   FetchedMedia m_fetched;
   std::atomic<std::int64_t> m_demuxerMadeUs{0};

@@ -80,13 +80,14 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
   return GST_PAD_PROBE_OK;
 }
 
-/// An adaptive demuxer of GStreamer 1.22 tells of another track with a lock held, and if the decoder is full it waits with it for
-/// room. In a pause there is none before the next seek, and that wants the lock as well. So there is room for what is told.
+/// An adaptive demuxer of GStreamer 1.22 tells of another track, or that there is none, with a lock held, and if the decoder is
+/// full it waits with it for room. In a pause there is none before the next seek, and that wants the lock as well. So there is room
+/// for what is told.
 void Pipeline::makeRoomForTracks(GstPadProbeInfo* info) {
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_FLUSH) != 0) return;  // from the thread that seeks
   const bool isEvent = (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM) != 0;
   const GstEventType type = isEvent ? GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) : GST_EVENT_UNKNOWN;
-  if (type == GST_EVENT_STREAM_START) {
+  if (type == GST_EVENT_STREAM_START || type == GST_EVENT_EOS) {
     m_room.open(m_decoder);
   } else if (type != GST_EVENT_STREAM_COLLECTION) {
     m_room.close();

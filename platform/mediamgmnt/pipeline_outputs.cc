@@ -104,6 +104,7 @@ void Pipeline::discard(GstPad* pad) {
 }
 
 void Pipeline::paint(GstSample* sample) {
+  if (m_unseen) return;
   tellRatingsOf(sample);
   std::lock_guard lock(m_showMutex);
   if (m_shown[indexOf(Kind::Video)]) m_surface.paint(sample);

@@ -73,6 +73,7 @@ GstFlowReturn Pipeline::onTextSample(GstAppSink* sink, gpointer self) {
 
 /// On the thread that also announces the streams, so what has arrived last is the document's.
 void Pipeline::feedText(GstSample* sample) {
+  if (m_unseen) return;
   if (!isTimedText(sample)) return;
   GstBuffer* const buffer = gst_sample_get_buffer(sample);
   const GstSegment& segment = *gst_sample_get_segment(sample);

@@ -21,6 +21,9 @@ constexpr int kBeginNaps = 30;
 constexpr gulong kBeginNapUs = 1000;
 constexpr std::int64_t kRecentDemuxerUs = 1'000'000;
 
+/// Of all periods that are fetched.
+constexpr unsigned kMostTracks = 64;
+
 /// A demuxer that does not come by in this time is stuck.
 constexpr std::chrono::milliseconds kSelectPatience{1000};
 
@@ -81,9 +84,11 @@ gboolean wakeInput(GstElement* track, GstPad* pad, gpointer) {
   return TRUE;
 }
 
-void wakeTrack(const GValue* element, gpointer) {
+/// @param place a pointer to how many tracks are passed over before one is woken.
+void wakeTrackAt(const GValue* element, gpointer place) {
   auto* const track = GST_ELEMENT(g_value_get_object(element));
-  if (g_str_has_prefix(GST_OBJECT_NAME(track), "track-period")) gst_element_foreach_sink_pad(track, wakeInput, nullptr);
+  if (!g_str_has_prefix(GST_OBJECT_NAME(track), "track-period")) return;
+  if ((*static_cast<int*>(place))-- == 0) gst_element_foreach_sink_pad(track, wakeInput, nullptr);
 }
 
 DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
@@ -173,6 +178,7 @@ GstPadProbeReturn Pipeline::onFlush(GstPad*, GstPadProbeInfo* info, gpointer dat
   const guint32 seek = gst_event_get_seqnum(event);
   const bool begins = GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_START && self->m_flushOfSeek.exchange(seek) != seek;
   const bool ends = GST_EVENT_TYPE(event) == GST_EVENT_FLUSH_STOP;
+  if (begins || ends) self->m_flushing = begins;
   if (begins || ends) self->restDownloads(begins);
   return GST_PAD_PROBE_OK;
 }
@@ -410,12 +416,14 @@ void Pipeline::forgetDemuxer() {
 
 /// The task that hands on what an adaptive demuxer of GStreamer 1.22 has misses that it shall end, for a seek or for good, while it
 /// tells of streams: it waits for more of a track then, which does not come. Anything that comes there makes it look. What is put
-/// in goes with the rest of the old place.
-void Pipeline::wakeDemuxer() const {
+/// in goes with the rest of the old place. One track at a time: the right one makes the demuxer go on and, at its end, free them
+/// all.
+void Pipeline::wakeDemuxer(unsigned track) const {
   GstElement* const demuxer = referenceTo(m_adaptiveDemux);
   if (demuxer == nullptr) return;
+  int place = static_cast<int>(track % kMostTracks);
   GstIterator* const elements = gst_bin_iterate_elements(GST_BIN(demuxer));
-  gst_iterator_foreach(elements, wakeTrack, nullptr);
+  gst_iterator_foreach(elements, wakeTrackAt, &place);
   gst_iterator_free(elements);
   gst_object_unref(demuxer);
 }

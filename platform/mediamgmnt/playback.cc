@@ -59,6 +59,7 @@ void Playback::play(double rate) {
   if (m_pipeline == nullptr) {
     m_playsDone = 0;
     m_attempts = 1;
+    countAnew();
     return open();
   }
   const double present = m_stepping ? m_facts.speed() : m_next ? m_next->rate : m_rate;
@@ -80,6 +81,7 @@ void Playback::pause() {
   if (opensSource) {
     m_playsDone = 0;
     m_attempts = 1;
+    countAnew();
     m_wantedRate = 1;
     open();
   }
@@ -132,8 +134,6 @@ void Playback::openPipeline() {
   } else {
     m_components.beginPresentation();
     m_changesToSay = {};
-    m_origin = 0;
-    m_originKnown = false;
   }
   SourceSettings settings = m_settings;
   if (m_content) {
@@ -173,6 +173,12 @@ void Playback::closePipeline() {
 void Playback::forgetAnswers() {
   m_bufferReadyDue = m_playingDue = m_speedDue = m_pauseDue = false;
   m_seeksDue = 0;
+}
+
+/// A source that is opened once more for the same wish goes on counting from where it did.
+void Playback::countAnew() {
+  m_origin = 0;
+  m_originKnown = false;
 }
 
 /// Takes the next step towards the wish; called whenever something has changed.
@@ -254,6 +260,7 @@ void Playback::openAgain() {
   m_startPosition = 0;
   m_wantedRate = m_rate;
   closePipeline();
+  countAnew();
   open();
   m_bufferReadyDue = false;  // the page goes on playing
 }

@@ -84,6 +84,7 @@ class Playback final : private PipelineListener {
   void openPipeline();
   void closePipeline();
   void forgetAnswers();
+  void countAnew();
   void proceed();
   void start();
   void halt();
@@ -116,7 +117,7 @@ class Playback final : private PipelineListener {
   void repositionRefused(const Place& place);
   double clampTarget(double target) const;
   double clampToWindow(double target) const;
-  double beforeTheEnd(double target) const;
+  double withinReach(double target) const;
   double presentTarget() const;
   void beginStepping(const Place& place);
   void stepInstead();

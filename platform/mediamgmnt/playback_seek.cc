@@ -39,6 +39,7 @@ void Playback::seek(double target) {
   leaveStepping();
   m_next.reset();
   m_heldSeek.reset();
+  m_seeksRepeated = 0;
   m_keepRunning = false;
   if (m_pipeline == nullptr) {
     m_startPosition = place;
@@ -60,10 +61,11 @@ double Playback::clampTarget(double target) const {
   return std::min(target, static_cast<double>(*duration));
 }
 
-/// The last place from which something is played.
-double Playback::beforeTheEnd(double target) const {
+/// The last place from which something is played; of a live presentation the first, which moves on while a seek is under way.
+double Playback::withinReach(double target) const {
+  if (m_live) return std::max(target, clampToWindow(0) + kWithinWindowNs / kNsPerMs);
   const std::optional<long long> duration = m_facts.duration();
-  if (m_live || !duration || *duration <= 0) return target;
+  if (!duration || *duration <= 0) return target;
   return std::max(0.0, std::min(target, static_cast<double>(*duration) - kLeastRestMs));
 }
 
@@ -84,7 +86,8 @@ void Playback::beginReposition() {
     return m_pipeline->canSeek() ? beginStepping(place) : repositionRefused(place);
   }
   m_prerolled = false;
-  const bool taken = m_pipeline->seek(place.rate, toPipeline(beforeTheEnd(place.target)), flagsFor(place.rate));
+  m_pipeline->passUnseen(m_heldSeek && m_seeksRepeated > 0);
+  const bool taken = m_pipeline->seek(place.rate, toPipeline(withinReach(place.target)), flagsFor(place.rate));
   m_subtitles.seekDone();
   if (!taken) return repositionRefused(place);
   m_rate = place.rate;
@@ -116,6 +119,7 @@ double Playback::presentTarget() const {
 }
 
 void Playback::beginStepping(const Place& place) {
+  m_pipeline->passUnseen(false);
   m_stepping = true;
   m_stepPosition = place.target;
   m_stepTime = Clock::now();
@@ -141,10 +145,10 @@ void Playback::stepInstead() {
 void Playback::seekByWayOfElsewhere() {
   std::int64_t start = 0;
   std::int64_t end = 0;
+  const bool fromTheEnd = ++m_seeksRepeated % 2 == 1;
   if (!m_pipeline->seekableWindow(start, end)) return;
   if (!m_heldSeek) m_heldSeek = m_next ? *m_next : Place{m_inFlight.value_or(presentTarget()), m_rate};
   m_inFlight.reset();
-  const bool fromTheEnd = ++m_seeksRepeated % 2 == 1;
   const std::int64_t elsewhere = fromTheEnd ? end - kWithinWindowNs : start + kWithinWindowNs;
   m_next = Place{static_cast<double>(elsewhere - m_origin) / kNsPerMs, 1};
   m_prerolled = true;
@@ -160,7 +164,7 @@ void Playback::step() {
   m_facts.runFrom(place, m_wantedRate);
   if (m_prerolled) {
     const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_KEY_UNIT | GST_SEEK_FLAG_SNAP_BEFORE);
-    m_prerolled = !m_pipeline->seek(1, toPipeline(place), flags);
+    m_prerolled = !m_pipeline->seek(1, toPipeline(withinReach(place)), flags);
     m_rate = 1;
     noteProgress();
   }

@@ -21,7 +21,13 @@ GstElement* findStore(GstElement* decoder) {
   GstIterator* const queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(decoder), "multiqueue");
   GValue value = G_VALUE_INIT;
   GstElement* found = nullptr;
-  while (found == nullptr && gst_iterator_next(queues, &value) == GST_ITERATOR_OK) {
+  while (found == nullptr) {
+    const GstIteratorResult result = gst_iterator_next(queues, &value);
+    if (result == GST_ITERATOR_RESYNC) {
+      gst_iterator_resync(queues);
+      continue;
+    }
+    if (result != GST_ITERATOR_OK) break;
     auto* const queue = GST_ELEMENT(g_value_get_object(&value));
     GstObject* const parent = gst_object_get_parent(GST_OBJECT(queue));
     if (parent != nullptr && isMadeBy(GST_ELEMENT(parent), "decodebin3")) found = GST_ELEMENT(gst_object_ref(queue));
@@ -66,7 +72,7 @@ void StoreRoom::open(GstElement* decoder) {
   g_object_get(m_open, "use-interleave", &limits.interleaved, "max-size-time", &limits.timeNs, "max-size-bytes", &limits.bytes,
                nullptr);
   m_kept = limits;
-  write(m_open, Limits{limits.interleaved, 0, 0});
+  write(m_open, Limits{FALSE, 0, 0});
 }
 
 void StoreRoom::close() {

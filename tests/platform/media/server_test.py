@@ -119,7 +119,7 @@ class ServerTest(unittest.TestCase):
         periods = lambda: re.findall(rb'<Period id="(\d+)" start="PT(\d+)S">.*?startNumber="(\d+)".*?</Period>', self.get("/live/dash/periods.mpd")[1], re.DOTALL)
         before = periods()
         self.server.live.began -= self.server.live.PERIOD_S
-        self.assertEqual(int(periods()[-1][0]), int(before[-1][0]) + 1)
+        self.assertIn(int(periods()[-1][0]) - int(before[-1][0]), (1, 2))  # another one may begin just now
         for number, start, segment in before:
             self.assertEqual(int(start), int(number) * self.server.live.PERIOD_S)
             self.assertEqual(int(segment), int(start) // self.server.live.SEGMENT_S + 1)

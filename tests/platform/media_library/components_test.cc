@@ -386,13 +386,13 @@ TEST_F(WishTest, CanBeChangedInTheSecondPeriod) {
 /// A switch just before another period begins opens the source once more.
 TEST_F(WishTest, ChangesALivePresentationInItsPlaceWhateverPeriodComesNext) {
   m_player.start(url("live/dash/periods.mpd"));
-  const double first = m_player.number("POSITION");
-  const auto begin = std::chrono::steady_clock::now();
   for (int i = 1; i <= 6; ++i) {
+    const double before = m_player.number("POSITION");
+    const auto begin = std::chrono::steady_clock::now();
     m_player.command("SELECT_AUDIO_COMPONENT", i % 2 == 1 ? "1" : "0");
     ASSERT_TRUE(m_listener.hears(i % 2 == 1 ? kGerman : kEnglish)) << i;
     const double passed = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
-    EXPECT_NEAR(m_player.number("POSITION") - first, passed, 3000) << i;
+    EXPECT_NEAR(m_player.number("POSITION") - before, passed, 3000) << i;
     std::this_thread::sleep_for(std::chrono::milliseconds(700));  // to elsewhere in a period
   }
   EXPECT_EQ(count(m_player.words(), "ERROR"), 0);

@@ -11,31 +11,31 @@ namespace {
 
 class LongWaitTest : public testing::Test {
  protected:
-  void help() {
+  void help(unsigned time) {
     const std::lock_guard lock(m_mutex);
-    ++m_helps;
+    EXPECT_EQ(time, m_helps++);
     m_helped.notify_one();
   }
-  bool isHelped(int times) {
+  bool isHelped(unsigned times) {
     std::unique_lock lock(m_mutex);
     return m_helped.wait_for(lock, std::chrono::seconds(30), [&] { return m_helps >= times; });
   }
 
   std::mutex m_mutex;
   std::condition_variable m_helped;
-  int m_helps = 0;
+  unsigned m_helps = 0;
 };
 
 TEST_F(LongWaitTest, HelpsAgainAndAgainWhileItLasts) {
-  const LongWait wait(std::chrono::milliseconds(1), [this] { help(); });
+  const LongWait wait(std::chrono::milliseconds(1), [this](unsigned time) { help(time); });
   EXPECT_TRUE(isHelped(3));
 }
 
 TEST_F(LongWaitTest, ThatIsShortNeedsNoHelpAndEndsAtOnce) {
   {
-    const LongWait wait(std::chrono::hours(1), [this] { help(); });
+    const LongWait wait(std::chrono::hours(1), [this](unsigned time) { help(time); });
   }
-  EXPECT_EQ(m_helps, 0);
+  EXPECT_EQ(m_helps, 0U);
 }
 
 }  // namespace

@@ -61,6 +61,7 @@ class AnyOrder {
 struct Case {
   const char* name;
   const char* path;
+  double latest = 9000;  ///< where what is sought at last may have come to; the window of a live presentation moves on meanwhile
 };
 
 void PrintTo(const Case& each, std::ostream* out) { *out << each.name; }
@@ -82,7 +83,7 @@ class OrdersTest : public testing::TestWithParam<Case> {
     const bool plays = TestPlayer::eventually(
         [&] {
           const double position = player.number("POSITION");
-          return player.get("PLAY_SPEED") == "1.00" && position > 3700 && position < 9000;
+          return player.get("PLAY_SPEED") == "1.00" && position > 3700 && position < GetParam().latest;
         },
         15);
     if (plays) return "";
@@ -101,8 +102,10 @@ INSTANTIATE_TEST_SUITE_P(Every, OrdersTest,
                          testing::Values(Case{"Mp4", "tracks.mp4"}, Case{"Ts", "tracks.ts"}, Case{"Dash", "dash/tracks.mpd"},
                                          Case{"Hls", "hls/tracks.m3u8"}, Case{"Mp3", "tone.mp3"},
                                          Case{"TextFragments", "text-frag.mp4"}, Case{"DashText", "dash/text.mpd"},
-                                         Case{"DashPeriods", "short/dash/periods.mpd"}, Case{"LiveDash", "live/dash/live.mpd"},
-                                         Case{"LivePeriods", "live/dash/periods.mpd"}, Case{"LiveHls", "live/hls/window.m3u8"}),
+                                         Case{"DashPeriods", "short/dash/periods.mpd"},
+                                         Case{"LiveDash", "live/dash/live.mpd", 29000},
+                                         Case{"LivePeriods", "live/dash/periods.mpd", 29000},
+                                         Case{"LiveHls", "live/hls/window.m3u8", 29000}),
                          [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace
