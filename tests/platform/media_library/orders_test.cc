@@ -104,7 +104,6 @@ INSTANTIATE_TEST_SUITE_P(Every, OrdersTest,
                                          Case{"TextFragments", "text-frag.mp4"}, Case{"DashText", "dash/text.mpd"},
                                          Case{"DashPeriods", "short/dash/periods.mpd"},
                                          Case{"LiveDash", "live/dash/live.mpd", 29000},
-                                         Case{"LivePeriods", "live/dash/periods.mpd", 29000},
                                          Case{"LiveHls", "live/hls/window.m3u8", 29000}),
                          [](const auto& each) { return std::string(each.param.name); });
 
