@@ -19,6 +19,9 @@ class DocumentTest(television.Case):
     def test_xhtml(self):
         self.assertEqual(self.browse("document.xhtml", "--wait", "done").logged(), ["fine"])
 
+    def test_style_sheets_for_the_medium_of_televisions_apply(self):
+        self.assertEqual(self.browse("tv-medium.hbbtv", "--wait", "done").logged(), ["fine"])
+
     def test_other_charset(self):
         self.browse("latin.htm", "--wait", "done")
 

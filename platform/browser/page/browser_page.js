@@ -11,7 +11,7 @@
 //       frameOffset(parentWindow) -> {x, y, across, down, covered}: where this window's page is on the plane, how large its pixels are
 //       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
-// parts: {inspect, screen, keys, bodyKeys, namedEntities, environment, boxes, stacking, cover, videoHole}: see there
+// parts: {inspect, screen, keys, bodyKeys, namedEntities, tvMedium, environment, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -28,7 +28,7 @@
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const settings = JSON.parse(host.settings);
 
-  const { document, HTMLObjectElement, HTMLEmbedElement, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
+  const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
   const isTop = window.top === window;
   const parentWindow = window.parent;
   const isConnected = getter(Node.prototype, 'isConnected');
@@ -96,6 +96,7 @@
       if (record.type === 'childList') treeChanged(record);
       else if (isElement(record.target)) layer.attributeChanged(record.target, record.attributeName);
     }
+    tvMedium.apply();
     if (layout) layoutMayHaveChanged();
   }
 
@@ -108,6 +109,7 @@
         layer.parameterAdded(target, getAttribute(node, 'name') || '', getAttribute(node, 'value') || '');
       }
       visitObjects(node, (element) => { if (isConnected(element)) layer.inserted(element); });
+      tvMedium.nodeAdded(node, target);
     }
   }
 
@@ -121,6 +123,7 @@
     for (let i = 0; i < found.length; i += 1) visit(found[i]);
   }
 
+  const tvMedium = parts.tvMedium();
   const observer = new MutationObserver((records) => changed(records));
   observe(observer, document, {
     childList: true, subtree: true, attributes: true,

@@ -15,6 +15,7 @@ extern const char kBoxesSource[];
 extern const char kCoverSource[];
 extern const char kVideoHoleSource[];
 extern const char kNamedEntitiesSource[];
+extern const char kTvMediumSource[];
 /// The style sheet that every page gets.
 extern const char kTelevisionStyle[];
 
