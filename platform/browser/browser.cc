@@ -95,7 +95,11 @@ Browser::Browser(const Options& options, std::unique_ptr<Film> film)
   m_window = std::make_unique<TvWindow>(
       m_view, m_plane,
       TvWindow::Handlers{[this] { end(0); }, [this](guint pcKey, GdkModifierType modifiers) { return key(pcKey, modifiers); },
-                         [this](cairo_t* cairo, int width, int height) { m_overlay.paint(cairo, width, height); }});
+                         [this](cairo_t* cairo, int width, int height) {
+                           m_optionList->paint(cairo, width, height);
+                           m_overlay.paint(cairo, width, height);
+                         }});
+  m_optionList = std::make_unique<OptionList>(m_view, [this] { m_window->redraw(); });
   m_automation = std::make_unique<Automation>(
       options.steps, m_view, *m_window, [this](const std::string& problem) { fail(problem, kExitFailed); },
       [this] { stepsDone(); });
@@ -109,6 +113,7 @@ Browser::~Browser() {
   g_signal_handlers_disconnect_by_data(m_view, this);
   g_signal_handlers_disconnect_by_data(m_context, this);
   m_automation.reset();
+  m_optionList.reset();
   m_plane.close();
   m_window.reset();
   g_object_unref(m_view);
@@ -292,7 +297,10 @@ gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision,
 void Browser::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
   auto& browser = *static_cast<Browser*>(self);
   if (event == WEBKIT_LOAD_STARTED) browser.m_shown = false;
-  if (event == WEBKIT_LOAD_COMMITTED) browser.m_shown = browser.m_hasPage = true;
+  if (event == WEBKIT_LOAD_COMMITTED) {
+    browser.m_shown = browser.m_hasPage = true;
+    browser.m_optionList->close();
+  }
   // What could not be loaded is finished, too, before the page that says so is there.
   if (event == WEBKIT_LOAD_FINISHED && browser.m_shown && !browser.m_down) browser.m_automation->loaded();
 }
@@ -329,6 +337,7 @@ void Browser::onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason, gp
 // What it played has gone with it. Steps that are left have nothing to work on.
 void Browser::crashed() {
   m_plane.close();
+  m_optionList->close();
   m_down = true;
   if (m_ending == Ending::asked) return ended();
   fail("the page's process ended unexpectedly", kExitFailed);
@@ -372,7 +381,7 @@ bool Browser::key(guint pcKey, GdkModifierType modifiers) {
     m_window->redraw();
     return true;
   }
-  return false;
+  return m_optionList->key(remoteKeyFor(pcKey));
 }
 
 void Browser::toggleStatus() {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/browser/automation.h"
+#include "platform/browser/option_list.h"
 #include "platform/browser/options.h"
 #include "platform/browser/overlay.h"
 #include "platform/browser/plane_view.h"
@@ -75,6 +76,7 @@ class Browser {
   WebKitWebContext* m_context = nullptr;
   WebKitWebView* m_view = nullptr;
   std::unique_ptr<TvWindow> m_window;
+  std::unique_ptr<OptionList> m_optionList;
   std::unique_ptr<Automation> m_automation;
   GMainLoop* m_loop;
   Ending m_ending = Ending::none;

@@ -72,6 +72,7 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "videoHole", compile("avc-browser:video-hole", script::kVideoHoleSource));
   script::setProperty(m_context, parts, "namedEntities", compile("avc-browser:named-entities", script::kNamedEntitiesSource));
   script::setProperty(m_context, parts, "tvMedium", compile("avc-browser:tv-medium", script::kTvMediumSource));
+  script::setProperty(m_context, parts, "controls", compile("avc-browser:controls", script::kControlsSource));
   return parts;
 }
 

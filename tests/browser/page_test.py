@@ -102,6 +102,50 @@ class KeyTest(television.Case):
                     "--wait", "at('two') && location.hash === '#two'", "--wait", "held = true", "--keys", "Up,Right", "--wait", "at('two')")
 
 
+class ControlTest(television.Case):
+    """Controls that have a mouse or a space bar on a desktop, and Enter on a television."""
+    LISTED = (0x33, 0x99, 0xe6)  # what is marked in a list
+
+    def open(self, *rest):
+        return self.browse("controls.html", "--wait", "focusOn('list')", "--keys", "Enter", "--wait", "true", *rest)
+
+    def test_list_of_options_is_shown_and_one_is_chosen(self):
+        run = self.open("--screenshot", "open.png", "--keys", "Down,Down,Down,Left,Red,5", "--screenshot", "moved.png", "--keys", "Enter",
+                        "--wait", "list.value === 'four' && report()", "--screenshot", "shut.png", "--keys", "Red", "--wait", "words.length && report()")
+        self.assertEqual(run.logged(), ["13,input list,change list", "403"])
+        for name, row in (("open.png", 0), ("moved.png", 4)):
+            picture = run.picture(name)
+            for each in range(5):
+                colour = picture.around(290, 130 + 32 * each + 16)
+                self.assertEqual(max(abs(a - b) for a, b in zip(colour, self.LISTED)) < 24, each == row, (name, each, colour))
+        self.assertColour(run.picture("shut.png"), (290, 146), television.WHITE)
+
+    def test_list_of_options_is_left_by_back(self):
+        run = self.open("--keys", "Down,Back", "--wait", "true", "--keys", "Red", "--wait", "words.length >= 2 && list.value === 'one' && report()")
+        self.assertEqual(run.logged(), ["13,403"])
+
+    def test_list_ends_with_its_page(self):
+        run = self.open("--wait", "location.search = 'again', true", "--wait", "location.search && window.words && focusOn('check')", "--keys", "Red",
+                        "--wait", "words.length && report()")
+        self.assertEqual(run.logged(), ["403"])
+
+    def test_empty_list_is_left_as_well(self):
+        run = self.browse("controls.html", "--wait", "focusOn('empty')", "--keys", "Enter", "--wait", "true", "--keys", "Back", "--wait", "true",
+                          "--keys", "Red", "--wait", "words.includes(403) && report()")
+        self.assertIn(run.logged(), (["13,403"], ["13,461,403"]))
+
+    def test_enter_turns_check_boxes_and_radio_buttons(self):
+        run = self.browse("controls.html", "--wait", "focusOn('check')", "--keys", "Enter", "--wait", "check.checked && report()", "--keys", "Enter",
+                          "--wait", "!check.checked && report()", "--wait", "focusOn('second')", "--keys", "Enter", "--wait",
+                          "second.checked && !first.checked && report()", "--wait", "focusOn('sent')", "--keys", "Enter", "--wait", "sent.checked && report()")
+        self.assertEqual(run.logged(), ["13,input check,change check"] * 2 + ["13,input second,change second", "13,input sent,change sent"])
+
+    def test_page_that_takes_enter_has_it_alone(self):
+        run = self.browse("controls.html", "--wait", "holds = focusOn('check')", "--keys", "Enter", "--wait", "words.length && focusOn('list')", "--keys",
+                          "Enter", "--wait", "words.length > 1", "--keys", "Red", "--wait", "words.length > 2 && !check.checked && report()")
+        self.assertEqual(run.logged(), ["13,13,403"])
+
+
 class OverlayTest(television.Case):
     def test_status_and_help_are_shown_on_request(self):
         page = ("--wait", "playing() && (video.play(0), true)", "--wait", "video.playState === 2")

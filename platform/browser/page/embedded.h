@@ -16,6 +16,7 @@ extern const char kCoverSource[];
 extern const char kVideoHoleSource[];
 extern const char kNamedEntitiesSource[];
 extern const char kTvMediumSource[];
+extern const char kControlsSource[];
 /// The style sheet that every page gets.
 extern const char kTelevisionStyle[];
 

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+// () -> undefined: Enter, which the page leaves alone, works the controls that the engine has a mouse or a space bar for: it opens the
+// list of a <select>, and turns check boxes and radio buttons.
+(function () {
+  'use strict';
+
+  const { HTMLSelectElement, HTMLInputElement, MouseEvent } = window;
+  const uncurry = (method) => Function.prototype.call.bind(method);
+  const getter = (prototype, name) => uncurry(Object.getOwnPropertyDescriptor(prototype, name).get);
+  const addListener = uncurry(EventTarget.prototype.addEventListener);
+  const removeListener = uncurry(EventTarget.prototype.removeEventListener);
+  const dispatch = uncurry(EventTarget.prototype.dispatchEvent);
+  const composedPath = uncurry(Event.prototype.composedPath);
+  const preventDefault = uncurry(Event.prototype.preventDefault);
+  const isPrevented = getter(Event.prototype, 'defaultPrevented');
+  const keyOf = getter(KeyboardEvent.prototype, 'key');
+  const multiple = getter(HTMLSelectElement.prototype, 'multiple');
+  const size = getter(HTMLSelectElement.prototype, 'size');
+  const typeOf = getter(HTMLInputElement.prototype, 'type');
+  const click = uncurry(HTMLElement.prototype.click);
+
+  function use(element) {
+    if (element instanceof HTMLSelectElement) {
+      if (multiple(element) || size(element) > 1) return false;  // which has its list on the page
+      dispatch(element, new MouseEvent('mousedown', { cancelable: true }));
+      return true;
+    }
+    if (!(element instanceof HTMLInputElement)) return false;
+    const type = typeOf(element);
+    if (type !== 'checkbox' && type !== 'radio') return false;
+    click(element);
+    return true;
+  }
+
+  function onKey(event) {
+    if (!isPrevented(event) && keyOf(event) === 'Enter' && use(composedPath(event)[0])) preventDefault(event);
+  }
+
+  // Behind the page's own listeners.
+  addListener(window, 'keydown', (event) => {
+    removeListener(window, 'keydown', onKey);
+    if (event.isTrusted) addListener(window, 'keydown', onKey);
+  }, true);
+})
