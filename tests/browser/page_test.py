@@ -102,6 +102,29 @@ class KeyTest(television.Case):
                     "--wait", "at('two') && location.hash === '#two'", "--wait", "held = true", "--keys", "Up,Right", "--wait", "at('two')")
 
 
+class DirectionTest(television.Case):
+    """Where arrows go by the style properties nav-up, nav-right, nav-down and nav-left."""
+
+    def go(self, *ways):
+        steps = []
+        for start, key, end in ways:
+            steps += ["--wait", "from('%s')" % start, "--keys", key, "--wait", "at('%s')" % end]
+        self.browse("directions.hbbtv", "--wait", "document.readyState === 'complete'", *steps, "--wait",
+                    "document.adoptedStyleSheets.length === 0 && getComputedStyle(document.getElementById('a')).color === 'rgb(0, 0, 2)'")
+
+    def test_style_sheets_are_followed_in_their_order(self):
+        self.go(("a", "Right", "d"), ("a", "Down", "b"), ("a", "Up", "c"), ("b", "Down", "d"), ("c", "Down", "a"))
+
+    def test_style_attributes_come_first(self):
+        self.go(("c", "Up", "a"), ("c", "Left", "b"), ("d", "Up", "a"))
+
+    def test_what_names_nothing_leaves_the_choice_to_the_engine(self):
+        self.go(("d", "Down", "e"), ("b", "Up", "a"))
+
+    def test_fields_of_text_keep_the_arrows_along_the_line(self):
+        self.go(("e", "Up", "a"), ("e", "Left", "e"))
+
+
 class ControlTest(television.Case):
     """Controls that have a mouse or a space bar on a desktop, and Enter on a television."""
     LISTED = (0x33, 0x99, 0xe6)  # what is marked in a list

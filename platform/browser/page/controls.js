@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> undefined: Enter, which the page leaves alone, works the controls that the engine has a mouse or a space bar for: it opens the
-// list of a <select>, and turns check boxes and radio buttons.
-(function () {
+// (moveFocus) -> undefined: what keys do that the page leaves alone. Enter works the controls that the engine has a mouse or a space bar
+// for: it opens the list of a <select>, and turns check boxes and radio buttons. Arrows go where the page's style says.
+// moveFocus: see directed_focus.js
+(function (moveFocus) {
   'use strict';
 
-  const { HTMLSelectElement, HTMLInputElement, MouseEvent } = window;
+  const { Element, HTMLSelectElement, HTMLInputElement, HTMLTextAreaElement, MouseEvent } = window;
   const uncurry = (method) => Function.prototype.call.bind(method);
   const getter = (prototype, name) => uncurry(Object.getOwnPropertyDescriptor(prototype, name).get);
   const addListener = uncurry(EventTarget.prototype.addEventListener);
@@ -18,6 +19,19 @@
   const size = getter(HTMLSelectElement.prototype, 'size');
   const typeOf = getter(HTMLInputElement.prototype, 'type');
   const click = uncurry(HTMLElement.prototype.click);
+
+  const selectionStart = getter(HTMLInputElement.prototype, 'selectionStart');
+  const kDirections = { __proto__: null, ArrowUp: 'up', ArrowRight: 'right', ArrowDown: 'down', ArrowLeft: 'left' };
+
+  // There arrows move the caret.
+  function keepsArrow(element, direction) {
+    if (element instanceof HTMLTextAreaElement) return true;
+    return element instanceof HTMLInputElement && selectionStart(element) !== null && (direction === 'left' || direction === 'right');
+  }
+
+  function go(element, direction) {
+    return element instanceof Element && !keepsArrow(element, direction) && moveFocus(element, direction);
+  }
 
   function use(element) {
     if (element instanceof HTMLSelectElement) {
@@ -33,7 +47,11 @@
   }
 
   function onKey(event) {
-    if (!isPrevented(event) && keyOf(event) === 'Enter' && use(composedPath(event)[0])) preventDefault(event);
+    if (isPrevented(event)) return;
+    const key = keyOf(event);
+    const element = composedPath(event)[0];
+    const direction = kDirections[key];
+    if (direction === undefined ? key === 'Enter' && use(element) : go(element, direction)) preventDefault(event);
   }
 
   // Behind the page's own listeners.

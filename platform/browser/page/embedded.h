@@ -17,6 +17,7 @@ extern const char kVideoHoleSource[];
 extern const char kNamedEntitiesSource[];
 extern const char kTvMediumSource[];
 extern const char kControlsSource[];
+extern const char kDirectedFocusSource[];
 /// The style sheet that every page gets.
 extern const char kTelevisionStyle[];
 

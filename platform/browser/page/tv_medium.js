@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {nodeAdded(node, parent), apply()}: style sheets for the medium "tv" apply, as those for "screen" do. The engine takes a
-// television's medium for one that nothing is. apply() is to be called after nodes have been added.
+// () -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for "screen" do. The
+// engine takes a television's medium for one that nothing is. apply() is to be called after nodes have been added. widenRules(rules)
+// does it to the rules of a sheet that is not the document's.
 (function () {
   'use strict';
 
@@ -110,5 +111,5 @@
     writable: true, enumerable: true, configurable: true,
   });
 
-  return { nodeAdded, apply: applyNew };
+  return { nodeAdded, apply: applyNew, widenRules };
 })
