@@ -16,6 +16,12 @@ class DocumentTest(television.Case):
     def test_entities_of_television_xhtml(self):
         self.assertEqual(self.browse("entities.hbbtv", "--wait", "done").logged(), ["fine"])
 
+    def test_document_types_are_not_fetched(self):
+        self.assertEqual(self.browse("own-doctype.hbbtv", "--wait", "true").logged(), ["own.dtd"])
+        asked = [each["path"] for each in self.requests()]
+        self.assertIn("/pages/own-doctype.hbbtv", asked)
+        self.assertNotIn("/pages/own.dtd", asked)
+
     def test_xhtml(self):
         self.assertEqual(self.browse("document.xhtml", "--wait", "done").logged(), ["fine"])
 
