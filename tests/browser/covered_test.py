@@ -52,6 +52,10 @@ class CoveredTest(television.Case):
         self.assertCard(zoomed, 20, 20, 160, 90)
         self.assertCard(thirds, 40, 40, 320, 180)
 
+    def test_what_the_element_does_with_its_contents(self):
+        _, flexed = self.pictures("start", "flexed")
+        self.assertCard(flexed, 40, 40, 320, 180)
+
     def test_full_screen_is_in_the_place_of_all_that_lies_below(self):
         _, _, full, normal = self.pictures("start", "above", "fullScreen", "notFullScreen")
         for bar in (0, 3, 5):
@@ -65,6 +69,17 @@ class CoveredTest(television.Case):
         for bar in range(6):
             self.assertColour(cut, (40 + round((bar + 0.5) * 320 / 6), 150), (10, 48, 10), 0)
         self.assertGreater(cut.at(66, 120)[0], 200)
+
+    def test_what_is_cut_off_between_two_pixels_is_seen_up_to_there(self):
+        _, whole, _, cut, free = self.pictures("start", "clippedUnevenly", "evenly", "cutUnevenly", "notCut")
+        for bar in range(6):
+            self.assertBar(whole, 21, 20, 400, 225, bar)
+        self.assertGreater(min(whole.at(419, 100)[1:]), 200)
+        self.assertEqual(whole.at(421, 100), (10, 48, 10))
+        self.assertGreater(max(cut.at(219, 100)), 200)
+        for x in (221, 300):
+            self.assertEqual(cut.at(x, 100), (10, 48, 10), x)
+        self.assertCard(free, 20, 20, 320, 180)
 
     def test_rounded_corners_that_cut_off_become_square_meanwhile(self):
         _, rounded, stopped = self.pictures("start", "rounded", "notRounded")
@@ -92,6 +107,9 @@ class CoveredTest(television.Case):
             self.assertBar(picture, 20, 20, 320, 180, bar)
         self.assertColour(picture, (130, 150), TEAL, 0)
         self.assertColour(picture, (130, 210), PORTAL, 0)
+
+    def test_boxes_of_the_page_stay_as_they_are(self):
+        self.assertEqual(self.browse("laid-out.html", "--wait", "done").logged(), ["fine"])
 
     def test_in_a_frame_that_paints_below_its_page(self):
         [framed] = self.pictures("inFrame")

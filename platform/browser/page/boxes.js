@@ -3,13 +3,15 @@
 // above(element) -> what it is in as it is painted: its slot, its parent, or the host of the shadow tree that it is the top of; or null
 // zoomOf(element) -> number    contentBox(element) -> {left, top, right, bottom}, in pixels of the page
 // wholePixels(element) -> {left, top, width, height, isAll}, in CSS pixels from the corner of its content. isAll: that is its content.
+// A box is {left, top, right, bottom}.
 (function () {
   'use strict';
 
   const { getOwnPropertyDescriptor } = Object;
   const uncurry = (method) => Function.prototype.call.bind(method);
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
-  const { Element, HTMLElement, ShadowRoot } = window;
+  const { document, Element, HTMLElement, ShadowRoot } = window;
+  const documentElement = getter(Document.prototype, 'documentElement');
   const parentNode = getter(Node.prototype, 'parentNode');
   const assignedSlot = getter(Element.prototype, 'assignedSlot');
   const hostOf = getter(ShadowRoot.prototype, 'host');
@@ -21,6 +23,7 @@
 
   // The engine places and paints a box no finer than this, and leaves what is smaller away.
   const kLeastLength = 1 / 64;
+  const kEndless = { left: -Infinity, top: -Infinity, right: Infinity, bottom: Infinity };
 
   function above(element) {
     const slot = assignedSlot(element);
@@ -37,19 +40,24 @@
     return zoom;
   }
 
-  // Inside border and padding, which a transformation of the element scales, too.
-  function contentBox(element) {
+  // Inside border and perhaps padding, which a transformation of the element scales, too.
+  function innerBox(element, isInsidePadding) {
     const style = computedStyle(element);
     const zoom = zoomOf(element);
     const { left, top, right, bottom } = boundingBox(element);
     const length = (name) => parseFloat(styleValue(style, name)) || 0;
-    const edge = (side) => length('border-' + side + '-width') + length('padding-' + side);
-    const across = offsetWidth(element) > 0 ? (right - left) / offsetWidth(element) : 1;
-    const down = offsetHeight(element) > 0 ? (bottom - top) / offsetHeight(element) : 1;
+    const edge = (side) => length('border-' + side + '-width') + (isInsidePadding ? length('padding-' + side) : 0);
+    const hasSize = element instanceof HTMLElement;
+    const across = hasSize && offsetWidth(element) > 0 ? (right - left) / offsetWidth(element) : 1;
+    const down = hasSize && offsetHeight(element) > 0 ? (bottom - top) / offsetHeight(element) : 1;
     return {
       left: zoom * (left + edge('left') * across), top: zoom * (top + edge('top') * down),
       right: zoom * (right - edge('right') * across), bottom: zoom * (bottom - edge('bottom') * down),
     };
+  }
+
+  function contentBox(element) {
+    return innerBox(element, true);
   }
 
   function isTransformed(element) {
@@ -58,8 +66,33 @@
     return is('transform') || is('translate') || is('scale') || is('rotate');
   }
 
+  // What the element is cut off at by those that it is in, out to this one.
+  function clipBox(element, outermost) {
+    let { left, top, right, bottom } = kEndless;
+    let position = styleValue(computedStyle(element), 'position');
+    for (let at = element; at !== outermost;) {
+      at = above(at);
+      if (at === null || at === documentElement(document)) break;  // that one's edges are the window's
+      const style = computedStyle(at);
+      const own = styleValue(style, 'position');
+      const contains = isTransformed(at) || (position === 'absolute' ? own !== 'static' : position !== 'fixed');
+      if (!contains) continue;
+      position = own;
+      const box = innerBox(at, false);
+      if (styleValue(style, 'overflow-x') !== 'visible') {
+        left = Math.max(left, box.left);
+        right = Math.min(right, box.right);
+      }
+      if (styleValue(style, 'overflow-y') !== 'visible') {
+        top = Math.max(top, box.top);
+        bottom = Math.min(bottom, box.bottom);
+      }
+    }
+    return { left, top, right, bottom };
+  }
+
   // What fills the element from pixel to pixel: by how much that is moved, and its size, in CSS pixels. What is transformed has pixels
-  // of its own, and is transformed when it is put on the page.
+  // of its own, and is transformed when it is put on the page. What is cut off between two pixels ends before.
   function wholePixels(element) {
     let around = element;
     while (around !== null && !isTransformed(around)) around = above(around);
@@ -68,16 +101,30 @@
     const across = hasSize ? (from.right - from.left) / offsetWidth(around) : 1;
     const down = hasSize ? (from.bottom - from.top) / offsetHeight(around) : 1;
     const zoom = zoomOf(element);
-    const { left, top, right, bottom } = contentBox(element);
-    const x = (left - zoom * from.left) / across;
-    const y = (top - zoom * from.top) / down;
-    const width = (right - left) / across;
-    const height = (bottom - top) / down;
+    const inPixels = ({ left, top, right, bottom }) => ({
+      left: (left - zoom * from.left) / across, top: (top - zoom * from.top) / down,
+      right: (right - zoom * from.left) / across, bottom: (bottom - zoom * from.top) / down,
+    });
+    const { left, top, right, bottom } = inPixels(contentBox(element));
+    const clip = around === element ? kEndless : inPixels(clipBox(element, around));
+    const x = lengthWithin(left, right, clip.left, clip.right);
+    const y = lengthWithin(top, bottom, clip.top, clip.bottom);
     return {
-      left: safe(Math.round(x) - x) / zoom, top: safe(Math.round(y) - y) / zoom,
-      width: safe(Math.round(width)) / zoom, height: safe(Math.round(height)) / zoom,
-      isAll: isWhole(x) && isWhole(y) && isWhole(width) && isWhole(height),
+      left: safe(x.from - left) / zoom, top: safe(y.from - top) / zoom,
+      width: safe(x.to - x.from) / zoom, height: safe(y.to - y.from) / zoom,
+      isAll: x.isAll && y.isAll,
     };
+  }
+
+  function lengthWithin(first, last, firstSeen, lastSeen) {
+    let from = Math.round(first);
+    let to = Math.round(last);
+    const isCut = (firstSeen > from && !isWhole(firstSeen)) || (lastSeen < to && !isWhole(lastSeen));
+    if (isCut) {
+      from = Math.max(from, Math.ceil(firstSeen));
+      to = Math.max(from, Math.min(to, Math.floor(lastSeen)));
+    }
+    return { from, to, isAll: !isCut && isWhole(first) && isWhole(last) };
   }
 
   function isWhole(length) {

@@ -4,10 +4,10 @@
 // element's, or 'plane'; lengths in CSS pixels, isAll: it fills the area, level: its z-index in the element. What the page paints
 // above the element stays.
 //
-// The hole is a child of the element, on a layer of its own, that paints nothing and that the engine takes for opaque: such a layer
-// is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one with an opaque background that
-// covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is cut off at rounded corners is
-// blended all the same, so these become square meanwhile. The looks are in television.css.
+// The hole is in a child of the element, which takes no room there: a box on a layer of its own that paints nothing and that the engine
+// takes for opaque. Such a layer is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one
+// with an opaque background that covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is
+// cut off at rounded corners is blended all the same, so these become square meanwhile. The looks are in television.css.
 (function (above) {
   'use strict';
 
@@ -46,7 +46,7 @@
 
   function makeBox(page, parent, look) {
     const box = createElementNS(page, kXhtml, 'div');
-    setStyle(style(box), 'position: absolute; left: 0; top: 0; ' + look);
+    setStyle(style(box), 'position: absolute; ' + look);
     appendChild(parent, box);
     return box;
   }
@@ -54,8 +54,10 @@
   function makeHole(element) {
     const page = ownerDocument(element);
     const hole = createElementNS(page, kXhtml, kName);
-    const clip = makeBox(page, attachShadow(hole, { mode: 'closed' }), 'width: 0; height: 0; overflow: hidden');
-    makeBox(page, clip, 'margin: -100px; width: 10000px; height: 10000px; background: black');
+    const layer = makeBox(page, attachShadow(hole, { mode: 'closed' }), 'left: var(--video-hole-left); top: var(--video-hole-top); ' +
+      'width: var(--video-hole-width); height: var(--video-hole-height); will-change: transform');
+    const clip = makeBox(page, layer, 'left: 0; top: 0; width: 0; height: 0; overflow: hidden');
+    makeBox(page, clip, 'left: 0; top: 0; margin: -100px; width: 10000px; height: 10000px; background: black');
     return hole;
   }
 
