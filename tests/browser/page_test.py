@@ -16,6 +16,9 @@ class DocumentTest(television.Case):
     def test_entities_of_television_xhtml(self):
         self.assertEqual(self.browse("entities.hbbtv", "--wait", "done").logged(), ["fine"])
 
+    def test_capital_letters_in_the_type_change_nothing(self):
+        self.assertEqual(self.browse("capitals.HBBTV", "--wait", "true").logged(), ["object function"])
+
     def test_document_types_are_not_fetched(self):
         self.assertEqual(self.browse("own-doctype.hbbtv", "--wait", "true").logged(), ["own.dtd"])
         asked = [each["path"] for each in self.requests()]
@@ -102,6 +105,9 @@ class KeyTest(television.Case):
         self.assertEqual(one.split(",")[4], "press 49 49 1 body")
         self.assertIn("up 40 40 ArrowDown body", held)
         self.assertEqual(focused, red.replace(code, "403 403 ColorF0Red a"))
+
+    def test_arrow_moves_the_focus_once_in_xhtml(self):
+        self.browse("directions.hbbtv", "--keys", "Down", "--wait", "at('a')", "--keys", "Down", "--wait", "at('b')")
 
     def test_arrows_go_from_link_to_link_unless_the_page_takes_them(self):
         self.browse("links.html", "--keys", "Down", "--wait", "at('two')", "--keys", "Right", "--wait", "at('three')", "--keys", "Left,Enter",

@@ -10,12 +10,16 @@
   const dispatch = Function.prototype.call.bind(EventTarget.prototype.dispatchEvent);
   const { stopImmediatePropagation, preventDefault } = Event.prototype;
 
+  // With these the engine moves the focus, for an event of ours, too.
+  const kMoveFocus = { __proto__: null, ArrowLeft: true, ArrowUp: true, ArrowRight: true, ArrowDown: true, Tab: true };
+
   // An event cannot change its target, so the body gets one of its own; what it makes of that holds for the key.
   function handOn(event) {
     const { body, documentElement } = document;
     if (!event.isTrusted || event.target !== documentElement || body === null) return;
     Reflect.apply(stopImmediatePropagation, event, []);
-    if (!dispatch(body, new KeyboardEvent(event.type, event))) Reflect.apply(preventDefault, event, []);
+    const goesOn = dispatch(body, new KeyboardEvent(event.type, event));
+    if (!goesOn || kMoveFocus[event.key]) Reflect.apply(preventDefault, event, []);
   }
 
   for (const type of ['keydown', 'keypress', 'keyup']) window.addEventListener(type, handOn, true);

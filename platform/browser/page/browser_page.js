@@ -64,6 +64,7 @@
   const createElementNS = uncurry(Document.prototype.createElementNS);
   const getAnimations = uncurry(Document.prototype.getAnimations);
   const playStateOf = getter(Animation.prototype, 'playState');
+  const lowerCase = uncurry(String.prototype.toLowerCase);
   const some = uncurry(Array.prototype.some);
   const reportError = window.reportError.bind(window);
   const now = performance.now.bind(performance);
@@ -379,7 +380,7 @@
 
   defineProperty(Document.prototype, 'createElement', {
     value: function createElement(name) {
-      if (contentType(this) === kTelevisionXhtml) return createElementNS(this, kXhtml, name);
+      if (lowerCase(contentType(this)) === kTelevisionXhtml) return createElementNS(this, kXhtml, name);
       return apply(originalCreateElement, this, arguments);
     },
     writable: true,

@@ -29,7 +29,7 @@
   const kUnknownDrmSystem = 5;
 
   // The engine's own player is off: a page that found this part of it would not look for an object.
-  for (const name of ['MediaSource', 'ManagedMediaSource', 'SourceBuffer', 'SourceBufferList']) delete window[name];
+  for (const name of ['Audio', 'MediaSource', 'ManagedMediaSource', 'SourceBuffer', 'SourceBufferList']) delete window[name];
 
   // ---- the application and who manages it
 
@@ -125,8 +125,15 @@
     application.dispatchEvent(new Event(name));
   }
 
+  // The documents of an application have one and the same.
+  function ownerApplication() {
+    if (window.top === window) return application;
+    const shared = fromTop((top) => top.oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(top.document));
+    return shared === undefined ? application : shared;
+  }
+
   const manager = {
-    getOwnerApplication: () => application,
+    getOwnerApplication: ownerApplication,
     getChildApplications: () => [],
     gc() {},
   };
@@ -146,12 +153,15 @@
     },
     localSystem: {
       deviceID: '', systemReady: true, vendorName: 'AVControl', modelName: 'avc-browser', softwareVersion: settings.version,
-      hardwareVersion: 'PC', serialNumber: '', familyName: '', releaseVersion: settings.version, majorVersion: '0', minorVersion: '0',
+      hardwareVersion: 'PC', serialNumber: '', familyName: 'avcontrol', releaseVersion: settings.version, majorVersion: '0', minorVersion: '0',
       networkInterfaces: [],
     },
   };
 
-  const supports = (type) => objectTypes.has(String(type).toLowerCase()) || kMediaTypes.some((known) => known.toLowerCase() === String(type).toLowerCase());
+  function supports(type) {
+    const bare = String(type).split(';')[0].trim().toLowerCase();
+    return objectTypes.has(bare) || kMediaTypes.some((known) => known.toLowerCase() === bare);
+  }
 
   const capabilities = {
     get xmlCapabilities() { return new DOMParser().parseFromString(kCapabilities, 'text/xml'); },
@@ -160,6 +170,18 @@
     // A profile, or fragments of one, each behind a "+".
     hasCapability: (name) => String(name).replace(/^\+/, '').split('+').every((part) => kProfiles.includes(part)),
   };
+
+  // ---- parental control, which is the viewer's: a page can ask what there is of it
+
+  const ratingSchemes = collectionOf([{ name: 'dvb-si', length: 0, item: () => undefined, indexOf: () => -1, iconUri: () => null }]);
+  ratingSchemes.getParentalRatingScheme = (name) => (name === ratingSchemes[0].name ? ratingSchemes[0] : null);
+  ratingSchemes.addParentalRatingScheme = () => null;
+
+  const parentalControl = { parentalRatingSchemes: ratingSchemes, isPINEntryLocked: false };
+
+  function collectionOf(items) {
+    return Object.assign([...items], { item: (index) => items[index] });
+  }
 
   // ---- a DRM agent that has no DRM system to pass messages to: keys are the viewer's to give
 
@@ -243,6 +265,7 @@
     ['application/oipfconfiguration', configuration],
     ['application/oipfcapabilities', capabilities],
     ['application/oipfdrmagent', drmAgent],
+    ['application/oipfparentalcontrolmanager', parentalControl],
     ['video/broadcast', broadcast],
   ]);
 
@@ -310,6 +333,7 @@
       createConfigurationObject: () => make('application/oipfConfiguration'),
       createCapabilitiesObject: () => make('application/oipfCapabilities'),
       createDrmAgentObject: () => make('application/oipfDrmAgent'),
+      createParentalControlManagerObject: () => make('application/oipfParentalControlManager'),
       createVideoBroadcastObject: () => make('video/broadcast'),
       createVideoMpegObject: () => make('video/mpeg'),
     },

@@ -45,7 +45,7 @@ TYPES = {
     ".mpd": "application/dash+xml", ".m3u8": "application/vnd.apple.mpegurl", ".html": "text/html; charset=utf-8",
     ".htm": "text/html", ".js": "text/javascript; charset=utf-8", ".json": "application/json", ".xml": "application/xml", ".vtt": "text/vtt",
     ".ttml": "application/ttml+xml", ".css": "text/css; charset=utf-8", ".png": "image/png", ".svg": "image/svg+xml",
-    ".xhtml": "application/xhtml+xml", ".hbbtv": "application/vnd.hbbtv.xhtml+xml",
+    ".xhtml": "application/xhtml+xml", ".hbbtv": "application/vnd.hbbtv.xhtml+xml", ".HBBTV": "Application/vnd.HbbTV.xhtml+XML",
     ".cas": "application/vnd.oipf.ContentAccessStreaming+xml",
 }
 REASONS = {200: "OK", 204: "No Content", 206: "Partial Content", 302: "Found", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
