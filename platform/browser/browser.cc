@@ -29,6 +29,7 @@ constexpr guint kStatusMilliseconds = 250;
 constexpr guint kNoticeMilliseconds = 2500;
 constexpr int kSignalStatus = 128;
 constexpr char kTelevisionXhtml[] = "application/vnd.hbbtv.xhtml+xml";
+constexpr char kApplicationTable[] = "application/vnd.dvb.ait+xml";  // the page side goes on to what it names
 constexpr char kHbbTv[] = " HbbTV/1.7.1 (+DRM;AVControl;avc-browser;" AVC_VERSION ";PC;avcontrol;)";
 
 // Where the extension is, in a folder of its own: WebKit loads every library of the folder.
@@ -262,6 +263,7 @@ std::string Browser::whyNotShown(WebKitResponsePolicyDecision* answer) {
   const bool isFrame = webkit_response_policy_decision_is_main_frame_main_resource(answer) == FALSE;
   const bool isMedia = mime.starts_with("video/") || mime.starts_with("audio/");  // the engine has pages of its own for these
   const bool isPage = g_ascii_strcasecmp(mime.c_str(), kTelevisionXhtml) == 0 ||
+                      (!isFrame && g_ascii_strcasecmp(mime.c_str(), kApplicationTable) == 0) ||
                       (webkit_response_policy_decision_is_mime_type_supported(answer) != FALSE && !isMedia);
   std::string problem = status < kFirstError ? "" : "the server answers with status " + std::to_string(status);
   if (problem.empty() && !isPage) problem = mime + " is no type of a page";

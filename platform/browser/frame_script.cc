@@ -72,6 +72,8 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "videoHole", compile("avc-browser:video-hole", script::kVideoHoleSource));
   script::setProperty(m_context, parts, "namedEntities", compile("avc-browser:named-entities", script::kNamedEntitiesSource));
   script::setProperty(m_context, parts, "tvMedium", compile("avc-browser:tv-medium", script::kTvMediumSource));
+  script::setProperty(m_context, parts, "applicationTable",
+                      compile("avc-browser:application-table", script::kApplicationTableSource));
   script::setProperty(m_context, parts, "controls", compile("avc-browser:controls", script::kControlsSource));
   script::setProperty(m_context, parts, "directedFocus", compile("avc-browser:directed-focus", script::kDirectedFocusSource));
   return parts;

@@ -16,6 +16,18 @@ class DocumentTest(television.Case):
     def test_entities_of_television_xhtml(self):
         self.assertEqual(self.browse("entities.hbbtv", "--wait", "done").logged(), ["fine"])
 
+    def test_application_information_table_starts_its_application(self):
+        run = self.browse("table.ait", "--wait", "location.href.endsWith('/pages/player.html?started=1&more#there') && window.done")
+        self.assertEqual(run.logged(), ["played"])
+        application = "oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(document)"
+        run = self.browse("keys.html", "--wait", application + ".createApplication('table.ait', false) !== null", "--wait",
+                          "location.search === '?started=1&more' && window.done && history.length === 2")
+        self.assertEqual(run.logged(), ["played"])
+
+    def test_application_information_table_without_an_application_of_the_web(self):
+        run = self.browse("broadcast.ait", "--wait", "true", status=1)
+        self.assertEqual(run.lines("uncaught: "), ["the application information table names no application with an http: or https: address"])
+
     def test_capital_letters_in_the_type_change_nothing(self):
         self.assertEqual(self.browse("capitals.HBBTV", "--wait", "true").logged(), ["object function"])
 

@@ -11,8 +11,8 @@
 //       frameOffset(parentWindow) -> {x, y, across, down, covered}: where this window's page is on the plane, how large its pixels are
 //       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
-// parts: {inspect, screen, keys, bodyKeys, namedEntities, controls, directedFocus, tvMedium, environment, boxes, stacking, cover,
-// videoHole}: see there
+// parts: {inspect, screen, keys, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium, environment, boxes,
+// stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -393,6 +393,7 @@
   parts.screen();
   parts.keys();
   parts.bodyKeys();
+  parts.applicationTable((text) => host.uncaught(text, documentAddress(document), 0));
   parts.controls(parts.directedFocus(tvMedium.widenRules));
   parts.namedEntities();
   parts.environment({

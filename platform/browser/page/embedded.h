@@ -16,6 +16,7 @@ extern const char kCoverSource[];
 extern const char kVideoHoleSource[];
 extern const char kNamedEntitiesSource[];
 extern const char kTvMediumSource[];
+extern const char kApplicationTableSource[];
 extern const char kControlsSource[];
 extern const char kDirectedFocusSource[];
 /// The style sheet that every page gets.

@@ -46,7 +46,7 @@ TYPES = {
     ".htm": "text/html", ".js": "text/javascript; charset=utf-8", ".json": "application/json", ".xml": "application/xml", ".vtt": "text/vtt",
     ".ttml": "application/ttml+xml", ".css": "text/css; charset=utf-8", ".png": "image/png", ".svg": "image/svg+xml",
     ".xhtml": "application/xhtml+xml", ".hbbtv": "application/vnd.hbbtv.xhtml+xml", ".HBBTV": "Application/vnd.HbbTV.xhtml+XML",
-    ".cas": "application/vnd.oipf.ContentAccessStreaming+xml",
+    ".ait": "application/vnd.dvb.ait+xml", ".cas": "application/vnd.oipf.ContentAccessStreaming+xml",
 }
 REASONS = {200: "OK", 204: "No Content", 206: "Partial Content", 302: "Found", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
            405: "Method Not Allowed", 410: "Gone", 416: "Range Not Satisfiable", 500: "Internal Server Error", 503: "Service Unavailable"}
