@@ -41,4 +41,16 @@ bool runInContext(GMainContext* context, const std::function<void()>& action, st
   return taken;
 }
 
+bool leavesContextBehind(const std::function<void()>& action) {
+  const std::unique_ptr<GMainContext, decltype(&g_main_context_unref)> mark(g_main_context_new(), &g_main_context_unref);
+  g_main_context_push_thread_default(mark.get());
+  action();
+  bool left = false;
+  for (GMainContext* top = nullptr; (top = g_main_context_get_thread_default()) != mark.get(); left = true) {
+    g_main_context_pop_thread_default(top);
+  }
+  g_main_context_pop_thread_default(mark.get());
+  return left;
+}
+
 }  // namespace mediamgmnt

@@ -14,4 +14,9 @@ namespace mediamgmnt {
 /// @return false when that thread does not come by in @p patience: then the action is not run.
 bool runInContext(GMainContext* context, const std::function<void()>& action, std::chrono::milliseconds patience);
 
+/// Runs @p action here.
+/// @return true when it leaves this thread with another default context than before, as what locks a loop of GStreamer's and does
+/// not unlock it again does; the context is then taken away from the thread.
+bool leavesContextBehind(const std::function<void()>& action);
+
 }  // namespace mediamgmnt

@@ -254,6 +254,15 @@ std::size_t periodAt(const DashManifest& manifest, double seconds) {
   return found;
 }
 
+double periodStart(const DashManifest& manifest, std::size_t index) {
+  double start = 0;
+  for (std::size_t i = 0; i <= index; ++i) {
+    start = secondsOf(manifest.periods[i].start).value_or(start);
+    if (i < index) start += secondsOf(manifest.periods[i].duration).value_or(0);
+  }
+  return start;
+}
+
 bool hasDescriptor(const std::vector<DashDescriptor>& descriptors, std::string_view scheme, std::string_view value) {
   return std::any_of(descriptors.begin(), descriptors.end(),
                      [&](const DashDescriptor& each) { return each.scheme == scheme && each.value == value; });

@@ -96,6 +96,8 @@ std::optional<DashManifest> readDashManifest(std::string_view text);
 
 /// The index of the period that presents @p seconds from the start of the presentation; of the last one for what is beyond.
 std::size_t periodAt(const DashManifest& manifest, double seconds);
+/// In seconds from the start of the presentation. @p index is one of a period.
+double periodStart(const DashManifest& manifest, std::size_t index);
 
 /// "PT1H2M3.5S" in seconds; nothing for any other text.
 std::optional<double> secondsOf(std::string_view duration);

@@ -2,6 +2,7 @@
 #include "platform/mediamgmnt/pipeline.h"
 
 #include <chrono>
+#include <cmath>
 #include <utility>
 
 #include "platform/mediamgmnt/foreign_elements.h"
@@ -97,7 +98,8 @@ void Pipeline::play() { gst_element_set_state(m_pipeline, GST_STATE_PLAYING); }
 
 void Pipeline::pause() { gst_element_set_state(m_pipeline, GST_STATE_PAUSED); }
 
-bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
+bool Pipeline::seek(double rate, std::int64_t place, GstSeekFlags extraFlags) {
+  const std::int64_t target = offPeriodEnd(place);
   if (m_transportStream && !isSourceSeekable()) return false;
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | (hasPeriods() ? withoutSnap(extraFlags) : extraFlags));
   const bool prerollReported = std::exchange(m_prerollReported, false);
@@ -111,6 +113,18 @@ bool Pipeline::seek(double rate, std::int64_t target, GstSeekFlags extraFlags) {
   m_backwards = backwards;
   m_prerollReported = prerollReported;
   return false;
+}
+
+/// The demuxer of GStreamer 1.22 takes where a period begins for the end of the one before, of which nothing comes.
+std::int64_t Pipeline::offPeriodEnd(std::int64_t place) const {
+  constexpr double kLastPart = 0.01;
+  constexpr double kInside = 0.001;
+  std::lock_guard lock(m_trackMutex);
+  if (!m_facts.dash || m_facts.dash->periods.empty()) return place;
+  const double seconds = static_cast<double>(place) / 1e9;
+  const std::size_t next = periodAt(*m_facts.dash, seconds + kLastPart);
+  if (next == periodAt(*m_facts.dash, seconds - kInside)) return place;
+  return std::llround((periodStart(*m_facts.dash, next) + kInside) * 1e9);
 }
 
 std::optional<double> Pipeline::noteSought(std::optional<double> seconds) {
@@ -128,6 +142,7 @@ bool Pipeline::sendSeek(double rate, std::int64_t target, GstSeekFlags flags) {
   const std::int64_t start = rate > 0 ? target : 0;
   const std::int64_t stop = rate > 0 ? -1 : target;  // no type "none", which would keep the stop of an earlier backward seek
   std::lock_guard lock(m_steeringMutex);
+  if (m_demuxerLocked) return true;  // it is about to be opened anew, at the place that is sought
   const LongWait wait(kSeekPatience, [this](unsigned time) {
     if (m_flushing) wakeDemuxer(time);
   });

@@ -58,6 +58,7 @@ class PipelineListener {
   virtual void onEnd() = 0;
   virtual void onFailure(Failure failure) = 0;
   virtual void onTracksChanged() = 0;  ///< the components have been offered what is known now
+  virtual void onDemuxerLocked() = 0;  ///< it neither seeks nor selects any more: the source is to be opened anew
   /// The first picture or sound of another stream has come to its output.
   virtual void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) = 0;
   virtual void onRightsMissing(const RightsError& error) = 0;  ///< nothing can be played without them
@@ -90,8 +91,8 @@ class Pipeline {
   void play();
   void pause();
 
-  /// Begins a flushing seek to @p target nanoseconds; onPrerolled() tells its end. @return false when the source cannot.
-  bool seek(double rate, std::int64_t target, GstSeekFlags extraFlags);
+  /// Begins a flushing seek to @p place, in nanoseconds; onPrerolled() tells its end. @return false when the source cannot.
+  bool seek(double rate, std::int64_t place, GstSeekFlags extraFlags);
 
   /// Begins to present other streams of the source. What follows is heard and seen at once after a seek only, where the source is
   /// adaptive. Not between two periods.
@@ -101,6 +102,8 @@ class Pipeline {
   /// The source fetches a period that is not the one presented. GStreamer 1.22 takes no selection then, and locks itself up when it
   /// is asked; a seek ends it, and begins with what is chosen.
   bool isBetweenPeriods() const;
+  /// Lets a seek between two periods go on that waits for the one before.
+  void endPresentedPeriod() const;
   /// Hides a picture, silences a sound, or takes it back; also before there is any.
   void setShown(ComponentKind kind, bool shown);
   /// The next seek only passes by its place: neither picture nor subtitles nor ratings are taken from there.
@@ -227,8 +230,11 @@ class Pipeline {
   static int onSelectStream(GstElement* decoder, GstStreamCollection* collection, GstStream* stream, gpointer self);
   void beginWith(GstObject* demuxer, const ComponentChoice& choice);
   void sendSelection(const std::vector<GstElement*>& receivers, const ComponentChoice& choice);
-  void onDemuxerThread(const std::function<void()>& action) const;
+  void reportLocked();
+  void letDemuxerFinish() const;
+  void onDemuxerThread(const std::function<void()>& action, std::chrono::milliseconds patience) const;
   bool hasPeriods() const;
+  std::int64_t offPeriodEnd(std::int64_t place) const;
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   std::optional<double> noteSought(std::optional<double> seconds);
   std::optional<double> soughtSeconds() const;
@@ -281,7 +287,8 @@ class Pipeline {
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};
-  std::atomic<bool> m_flushing{false};  ///< an adaptive demuxer, for a seek
+  std::atomic<bool> m_demuxerLocked{false};  ///< for ever
+  std::atomic<bool> m_flushing{false};       ///< an adaptive demuxer, for a seek
   std::atomic<bool> m_unseen{false};
   std::atomic<std::int64_t> m_lastFetchUs{0};
   FetchedMedia m_fetched;

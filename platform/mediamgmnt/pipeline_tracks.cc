@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <map>
+#include <set>
 #include <utility>
 
 #include "platform/mediamgmnt/audio_output.h"
@@ -26,6 +29,7 @@ constexpr unsigned kMostTracks = 64;
 
 /// A demuxer that does not come by in this time is stuck.
 constexpr std::chrono::milliseconds kSelectPatience{1000};
+constexpr std::chrono::milliseconds kFinishPatience{100};  // it may itself wait for who waits here, with a seek
 
 bool isAdaptiveDemux(GstObject* object) {
   if (object == nullptr || !GST_IS_ELEMENT(object)) return false;
@@ -84,10 +88,34 @@ gboolean wakeInput(GstElement* track, GstPad* pad, gpointer) {
   return TRUE;
 }
 
+constexpr char kTrackName[] = "track-period";
+
+unsigned long periodOfTrack(GstElement* track) {
+  return std::strtoul(GST_OBJECT_NAME(track) + std::strlen(kTrackName), nullptr, 10);
+}
+
+/// As the demuxer calls its element for a track of this stream.
+std::string trackName(unsigned long period, std::string streamId) {
+  std::replace(streamId.begin(), streamId.end(), ' ', '_');
+  return kTrackName + std::to_string(period) + "-" + streamId;
+}
+
+gboolean noteStreamId(GstElement*, GstPad* pad, gpointer ids) {
+  char* const id = gst_pad_get_stream_id(pad);
+  if (id != nullptr) static_cast<std::vector<std::string>*>(ids)->emplace_back(id);
+  g_free(id);
+  return TRUE;
+}
+
+gboolean endInput(GstElement* track, GstPad* pad, gpointer) {
+  GST_PAD_EVENTFUNC(pad)(pad, GST_OBJECT(track), gst_event_new_eos());
+  return TRUE;
+}
+
 /// @param place a pointer to how many tracks are passed over before one is woken.
 void wakeTrackAt(const GValue* element, gpointer place) {
   auto* const track = GST_ELEMENT(g_value_get_object(element));
-  if (!g_str_has_prefix(GST_OBJECT_NAME(track), "track-period")) return;
+  if (!g_str_has_prefix(GST_OBJECT_NAME(track), kTrackName)) return;
   if ((*static_cast<int*>(place))-- == 0) gst_element_foreach_sink_pad(track, wakeInput, nullptr);
 }
 
@@ -125,25 +153,35 @@ void Pipeline::sendSelection(const std::vector<GstElement*>& receivers, const Co
     if (!choice[kind].streamId.empty()) ids = g_list_append(ids, const_cast<char*>(choice[kind].streamId.c_str()));
   }
   if (ids == nullptr) return;
-  onDemuxerThread([&] {
+  const auto select = [&] {
     for (GstElement* const receiver : receivers) {
-      if (!isBetweenPeriods()) gst_element_send_event(receiver, gst_event_new_select_streams(ids));
+      if (m_demuxerLocked || isBetweenPeriods()) continue;
+      m_demuxerLocked = leavesContextBehind([&] { gst_element_send_event(receiver, gst_event_new_select_streams(ids)); });
     }
-  });
+  };
+  onDemuxerThread(select, kSelectPatience);
   g_list_free(ids);
+  if (m_demuxerLocked) reportLocked();
+}
+
+void Pipeline::reportLocked() {
+  m_loop.post([this, alive = std::weak_ptr<bool>(m_alive)] {
+    if (!alive.expired()) m_listener.onDemuxerLocked();
+  });
 }
 
 /// Between two periods an adaptive demuxer of GStreamer 1.22 refuses a selection and keeps a lock for ever. It goes from one to the
-/// next on a thread of its own: so what is looked at there still holds a moment later. Who has that thread's context, for instance
-/// while the first streams are announced, has its locks as well.
-void Pipeline::onDemuxerThread(const std::function<void()>& action) const {
+/// next on a thread of its own: so what is looked at there still holds a moment later. What is known here may lag behind all the
+/// same: a demuxer that has kept its lock is of no more use. Who has that thread's context, for instance while the first streams
+/// are announced, has its locks as well.
+void Pipeline::onDemuxerThread(const std::function<void()>& action, std::chrono::milliseconds patience) const {
   std::shared_ptr<GMainContext> context;
   {
     std::lock_guard lock(m_trackMutex);
     context = m_demuxer;
   }
   if (context == nullptr || context.get() == g_main_context_get_thread_default()) return action();
-  runInContext(context.get(), action, kSelectPatience);
+  runInContext(context.get(), action, patience);
 }
 
 void Pipeline::watchFetching(GstElement* track) {
@@ -365,6 +403,13 @@ void Pipeline::takeCollection(GstMessage* message) {
   // In a later period GStreamer looks for what was selected before, by rules of its own.
   const bool agrees = isFirst && isSelectedByItself(streams, choice);
   if (isNew && !agrees) beginWith(GST_MESSAGE_SRC(message), choice);
+  if (isNew && !isFirst) letDemuxerFinish();
+}
+
+/// The thread that announces a period's streams then frees the period before, under a lock. Where the demuxer's own thread is at
+/// work on what was still fetched of that one, each waits for the other for ever.
+void Pipeline::letDemuxerFinish() const {
+  onDemuxerThread([] {}, kFinishPatience);
 }
 
 void Pipeline::keepAnswers(const ComponentChoice& choice) {
@@ -396,7 +441,7 @@ void Pipeline::beginWith(GstObject* demuxer, const ComponentChoice& choice) {
 void Pipeline::noteTrackOfPeriod(const char* name) {
   const std::string track = name;
   std::lock_guard lock(m_trackMutex);
-  const auto number = [](const std::string& text) { return text.substr(0, text.find('-', std::strlen("track-period"))); };
+  const auto number = [](const std::string& text) { return text.substr(0, text.find('-', std::strlen(kTrackName))); };
   const bool again = std::find(m_tracksOfPeriod.begin(), m_tracksOfPeriod.end(), track) != m_tracksOfPeriod.end();
   if (m_tracksOfPeriod.empty() || again || number(m_tracksOfPeriod.back()) != number(track)) {
     m_tracksOfPeriod.clear();
@@ -426,6 +471,34 @@ void Pipeline::wakeDemuxer(unsigned track) const {
   gst_iterator_foreach(elements, wakeTrackAt, &place);
   gst_iterator_free(elements);
   gst_object_unref(demuxer);
+}
+
+/// An adaptive demuxer of GStreamer 1.22 that is sought into the period that it fetches already goes on presenting the one before,
+/// of which nothing more comes. It lacks what it does itself when it begins another period for a seek: what it presents has ended.
+/// When the last of these tracks has, it may free them all.
+void Pipeline::endPresentedPeriod() const {
+  GstElement* const demuxer = referenceTo(m_adaptiveDemux);
+  if (demuxer == nullptr) return;
+  std::map<std::string, std::shared_ptr<GstElement>> tracks;
+  const auto note = +[](const GValue* element, gpointer all) {
+    auto* const track = GST_ELEMENT(g_value_get_object(element));
+    if (!g_str_has_prefix(GST_OBJECT_NAME(track), kTrackName)) return;
+    auto& known = *static_cast<decltype(tracks)*>(all);
+    known.emplace(GST_OBJECT_NAME(track), std::shared_ptr<GstElement>(GST_ELEMENT(gst_object_ref(track)), &gst_object_unref));
+  };
+  GstIterator* const elements = gst_bin_iterate_elements(GST_BIN(demuxer));
+  gst_iterator_foreach(elements, note, &tracks);
+  gst_iterator_free(elements);
+  std::vector<std::string> presented;
+  gst_element_foreach_src_pad(demuxer, noteStreamId, &presented);
+  gst_object_unref(demuxer);
+  std::set<unsigned long> periods;
+  for (const auto& [name, track] : tracks) periods.insert(periodOfTrack(track.get()));
+  if (periods.size() < 2) return;
+  for (const std::string& id : presented) {
+    const auto found = tracks.find(trackName(*periods.begin(), id));
+    if (found != tracks.end()) gst_element_foreach_sink_pad(found->second.get(), endInput, nullptr);
+  }
 }
 
 bool Pipeline::isBetweenPeriods() const {

@@ -75,6 +75,7 @@ class Playback final : private PipelineListener {
   void onEnd() override;
   void onFailure(Failure failure) override;
   void onTracksChanged() override;
+  void onDemuxerLocked() override;
   void onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) override;
   void onRightsMissing(const RightsError& error) override;
   void onRatings(RatingSource source, std::vector<Rating> ratings) override;
@@ -188,6 +189,8 @@ class Playback final : private PipelineListener {
   int m_seeksRepeated = 0;  ///< in vain, for the present wish
   int m_playsDone = 0;
   bool m_endExpected = false;  ///< nothing has moved for a moment, as at the end
+  int m_locks = 0;  ///< of the demuxer, one soon after the other
+  Clock::time_point m_lastLock;
   int m_attempts = 0;          ///< openings of the source for the present wish
   bool m_live = false;
   bool m_durationGuessed = false;

@@ -17,6 +17,10 @@ constexpr std::chrono::milliseconds kFetchLook{1};
 /// A stream that still is not there then cannot be presented; what is presented goes on.
 constexpr int kMostTries = 3;
 
+/// A demuxer that locks itself up again and again does it for ever.
+constexpr int kMostLocks = 8;
+constexpr std::chrono::seconds kLockInterval{10};
+
 const char* wordFor(ComponentKind kind) {
   switch (kind) {
     case ComponentKind::Video: return status::kSelectedVideoChanged;
@@ -38,6 +42,13 @@ void Playback::onTracksChanged() {
   showWhatIsWished();
   noteDueSwitch();
   proceed();
+}
+
+void Playback::onDemuxerLocked() {
+  if (m_pipeline == nullptr) return;
+  if (Clock::now() - m_lastLock > kLockInterval) m_locks = 0;
+  m_lastLock = Clock::now();
+  return ++m_locks <= kMostLocks ? reopen() : fail(Failure::ConnectionLost);
 }
 
 void Playback::onPresented(ComponentKind kind, const void* stream, const DecodedFacts& decoded) {
@@ -139,7 +150,8 @@ void Playback::seekForSwitch() {
 
 /// The picture stays meanwhile; the page hears of nothing but the change.
 void Playback::reopen() {
-  const Place place = m_next ? *m_next : Place{presentTarget(), m_rate};
+  const double rate = m_stepping ? m_wantedRate : m_rate;
+  const Place place = m_heldSeek ? *m_heldSeek : m_next ? *m_next : Place{presentTarget(), rate};
   const bool isUnderrunAnnounced = m_bufferReadyDue;
   const bool announced = m_announced && !isUnderrunAnnounced;
   const int tried = m_switchesTried;

@@ -108,6 +108,8 @@ void Playback::announceTrickPosition() {
 
 void Playback::watchForStall() {
   const bool mustMove = m_wish == Wish::Play || !m_prerolled;
+  const bool isStuck = !m_prerolled && m_timesKnown && m_pipeline->isBetweenPeriods();
+  if (isStuck) m_pipeline->endPresentedPeriod();
   if (!mustMove || m_stepping) return noteProgress();
   if (m_connectTimer != 0) return;  // the connect watchdog's matter
   if (Clock::now() - m_lastProgress > kDownloadAsleepAfter) m_pipeline->wakeDownload();
@@ -117,7 +119,6 @@ void Playback::watchForStall() {
     return m_attempts < kAttempts ? tryAgain() : fail(Failure::CorruptContent);
   }
   if (!m_prerolled && m_inFlight && m_rate < 0 && Clock::now() - m_lastProgress > kStarvedAfter) return stepInstead();
-  const bool isStuck = !m_prerolled && m_timesKnown && m_pipeline->isBetweenPeriods();
   if (isStuck && m_seeksRepeated < kMostRepeats && Clock::now() - m_lastProgress > kStuckAfter) return seekByWayOfElsewhere();
   if (Clock::now() - m_lastProgress > kLostAfter) fail(Failure::ConnectionLost);
 }

@@ -53,8 +53,12 @@ class CoveredTest(television.Case):
         self.assertCard(thirds, 40, 40, 320, 180)
 
     def test_what_the_element_does_with_its_contents(self):
-        _, flexed = self.pictures("start", "flexed")
-        self.assertCard(flexed, 40, 40, 320, 180)
+        for picture in self.pictures("start", "flexed", "flexedUpwards", "grid"):
+            self.assertCard(picture, 40, 40, 320, 180)
+
+    def test_what_cannot_cut_off_does_not(self):
+        [in_span] = self.pictures("inSpan")
+        self.assertCard(in_span, 20, 20, 320, 180)
 
     def test_full_screen_is_in_the_place_of_all_that_lies_below(self):
         _, _, full, normal = self.pictures("start", "above", "fullScreen", "notFullScreen")

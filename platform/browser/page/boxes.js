@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {above, zoomOf, contentBox, wholePixels}: where an element is in this window's page, whatever zooms and transforms it.
+// () -> {above, zoomOf, contentBox, wholePixels, drift}: where an element is in this window's page, whatever zooms and transforms it.
 // above(element) -> what it is in as it is painted: its slot, its parent, or the host of the shadow tree that it is the top of; or null
 // zoomOf(element) -> number    contentBox(element) -> {left, top, right, bottom}, in pixels of the page
 // wholePixels(element) -> {left, top, width, height, isAll}, in CSS pixels from the corner of its content. isAll: that is its content.
 // A box is {left, top, right, bottom}.
+// drift(child, element) -> {left, top}: by how much the child lies off the corner of the element's content, in CSS pixels.
 (function () {
   'use strict';
 
@@ -12,6 +13,8 @@
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const { document, Element, HTMLElement, ShadowRoot } = window;
   const documentElement = getter(Document.prototype, 'documentElement');
+  const documentBody = getter(Document.prototype, 'body');
+  const exec = uncurry(RegExp.prototype.exec);
   const parentNode = getter(Node.prototype, 'parentNode');
   const assignedSlot = getter(Element.prototype, 'assignedSlot');
   const hostOf = getter(ShadowRoot.prototype, 'host');
@@ -23,6 +26,7 @@
 
   // The engine places and paints a box no finer than this, and leaves what is smaller away.
   const kLeastLength = 1 / 64;
+  const kCutsNothing = /^(?:inline|contents|table-row|table-row-group|table-header-group|table-footer-group)$/;
   const kEndless = { left: -Infinity, top: -Infinity, right: Infinity, bottom: Infinity };
 
   function above(element) {
@@ -66,6 +70,11 @@
     return is('transform') || is('translate') || is('scale') || is('rotate');
   }
 
+  // What the body says of it holds for the window while the root says nothing.
+  function isOverflowOfWindow(element) {
+    return element === documentBody(document) && styleValue(computedStyle(documentElement(document)), 'overflow-x') === 'visible';
+  }
+
   // What the element is cut off at by those that it is in, out to this one.
   function clipBox(element, outermost) {
     let { left, top, right, bottom } = kEndless;
@@ -78,6 +87,7 @@
       const contains = isTransformed(at) || (position === 'absolute' ? own !== 'static' : position !== 'fixed');
       if (!contains) continue;
       position = own;
+      if (exec(kCutsNothing, styleValue(style, 'display')) !== null || isOverflowOfWindow(at)) continue;
       const box = innerBox(at, false);
       if (styleValue(style, 'overflow-x') !== 'visible') {
         left = Math.max(left, box.left);
@@ -136,5 +146,16 @@
     return Math.abs(length) < kLeastLength / 2 ? 0 : length + Math.sign(length) * kLeastLength / 2;
   }
 
-  return { above, zoomOf, contentBox, wholePixels };
+  function drift(child, element) {
+    const at = innerBox(child, false);
+    const { left, top } = contentBox(element);
+    const box = boundingBox(element);
+    const zoom = zoomOf(element);
+    const scale = (length, unscaled) => (unscaled > 0 && length > 0 ? length / unscaled : 1) * zoom;
+    const x = (at.left - left) / scale(box.right - box.left, offsetWidth(element));
+    const y = (at.top - top) / scale(box.bottom - box.top, offsetHeight(element));
+    return { left: Math.abs(x) < kLeastLength ? 0 : x, top: Math.abs(y) < kLeastLength ? 0 : y };
+  }
+
+  return { above, zoomOf, contentBox, wholePixels, drift };
 })

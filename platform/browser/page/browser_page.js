@@ -219,7 +219,7 @@
     return isTop ? { x: 0, y: 0, across: 1, down: 1, covered: false } : host.frameOffset(parentWindow);
   }
 
-  const { above, zoomOf, contentBox, wholePixels } = parts.boxes();
+  const { above, zoomOf, contentBox, wholePixels, drift } = parts.boxes();
 
   function box(element) {
     if (!isConnected(element)) return kNowhere;
@@ -295,7 +295,7 @@
 
   // ---- the plane is seen through what the page paints below an element
 
-  const uncover = parts.videoHole(above);
+  const uncover = parts.videoHole(above, drift);
   const { isCovered, levelOfHole } = parts.cover(isElement, stacking, above);
 
   function holeFor(element, fullScreen) {

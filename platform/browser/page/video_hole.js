@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// (above) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. above: see
-// boxes.js. hole: null: it is not; or {area, left, top, width, height, isAll, level}: from the corner of the area, 'box', the
+// (above, drift) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. above,
+// drift: see boxes.js. hole: null: it is not; or {area, left, top, width, height, isAll, level}: from the corner of the area, 'box', the
 // element's, or 'plane'; lengths in CSS pixels, isAll: it fills the area, level: its z-index in the element. What the page paints
 // above the element stays.
 //
@@ -8,7 +8,7 @@
 // takes for opaque. Such a layer is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one
 // with an opaque background that covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is
 // cut off at rounded corners is blended all the same, so these become square meanwhile. The looks are in television.css.
-(function (above) {
+(function (above, drift) {
   'use strict';
 
   const kXhtml = 'http://www.w3.org/1999/xhtml';
@@ -19,6 +19,7 @@
     '[type^="application/vnd.oipf.contentaccessstreaming+xml" i])';
 
   const kCorners = ['border-top-left-radius', 'border-top-right-radius', 'border-bottom-left-radius', 'border-bottom-right-radius'];
+  const kNoDrift = { __proto__: null };
   const kPlaced = ['left', 'top', 'width', 'height', 'level'];
 
   const { getOwnPropertyDescriptor } = Object;
@@ -73,11 +74,13 @@
     if (styleValue(style(hole), property) !== text) setProperty(style(hole), property, text);
   }
 
-  function place(hole, wanted) {
+  // What the element does with its contents, such as columns and rows of its own, moves the hole's parent.
+  function place(hole, element, wanted) {
     const { area, isAll } = wanted;
+    const off = area === 'box' ? drift(hole, element) : kNoDrift;
     const mark = area === 'box' && !isAll ? 'moved' : area;
     if (getAttribute(hole, kMark) !== mark) setAttribute(hole, kMark, mark);
-    for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], wanted[kPlaced[i]]);
+    for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], wanted[kPlaced[i]] - (off[kPlaced[i]] || 0));
   }
 
   function cutsOffRound(element) {
@@ -112,10 +115,11 @@
       entry = { hole: makeHole(element), squared: null };
       keepHole(holes, element, entry);
     }
-    place(entry.hole, wanted);
     squareCorners(entry, element);
-    if (parentNode(entry.hole) === element) return;
-    removeOthers(element);
-    appendChild(element, entry.hole);
+    if (parentNode(entry.hole) !== element) {
+      removeOthers(element);
+      appendChild(element, entry.hole);
+    }
+    place(entry.hole, element, wanted);
   };
 })

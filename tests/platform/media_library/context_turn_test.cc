@@ -35,5 +35,21 @@ TEST(ContextTurnTest, ActionOfAContextThatNobodyRunsIsGivenUp) {
   EXPECT_FALSE(ran);
 }
 
+TEST(ContextTurnTest, ContextThatAnActionLeavesBehindIsNoticedAndTakenAway) {
+  const Context context(g_main_context_new(), &g_main_context_unref);
+  const auto push = [&] { g_main_context_push_thread_default(context.get()); };
+  const auto pop = [&] { g_main_context_pop_thread_default(context.get()); };
+  push();
+  EXPECT_TRUE(leavesContextBehind([&] { push(); }));
+  EXPECT_EQ(g_main_context_get_thread_default(), context.get());
+  EXPECT_FALSE(leavesContextBehind([&] {
+    push();
+    pop();
+  }));
+  EXPECT_EQ(g_main_context_get_thread_default(), context.get());
+  pop();
+  EXPECT_EQ(g_main_context_get_thread_default(), nullptr);
+}
+
 }  // namespace
 }  // namespace mediamgmnt

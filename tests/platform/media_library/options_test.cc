@@ -73,6 +73,44 @@ TEST(LiveTest, DashHasAWindowAndGoesOn) { expectLive("live/dash/live.mpd", 20000
 TEST(LiveTest, DashGoesOnFromPeriodToPeriod) { expectLive("live/dash/periods.mpd", 20000, 32000, 10000); }
 TEST(LiveTest, HlsHasAWindowAndGoesOn) { expectLive("live/hls/window.m3u8", 6000, 22000); }
 
+/// Of two periods of four seconds each: the second one is fetched while the first one is presented.
+class PeriodsTest : public testing::TestWithParam<double> {};
+
+TEST_P(PeriodsTest, AreSoughtForwardsAndBackWhileTheNextOneIsFetched) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("short/dash/periods.mpd"));
+  ASSERT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 100; }));
+  for (const double place : {GetParam(), 500.0, GetParam()}) {
+    player.command("SEEK", std::to_string(place));
+    EXPECT_TRUE(TestPlayer::eventually(
+        [&] {
+          const double position = player.number("POSITION");
+          return position > place + 300 && position < place + 2500;
+        },
+        8))
+        << place << ": at " << player.number("POSITION");
+  }
+  EXPECT_EQ(count(player.words(), "ERROR"), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, PeriodsTest, testing::Values(3999.5, 4000, 4500, 6500));
+
+TEST(PeriodRewindTest, GoesOnBehindAnotherTrackThatIsSelected) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("short/dash/periods.mpd"));
+  ASSERT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 2500; }));
+  player.command("PLAY", "-2.00");
+  ASSERT_TRUE(TestPlayer::eventually([&] { return player.get("PLAY_SPEED") == "-2.00"; }));
+  player.command("SELECT_AUDIO_COMPONENT", "1");
+  double lowest = 2500;
+  EXPECT_TRUE(TestPlayer::eventually([&] {
+    if (player.get("PLAY_SPEED") != "-2.00") return true;
+    lowest = player.number("POSITION");
+    return lowest < 1000;
+  }));
+  EXPECT_LT(lowest, 1000);
+}
+
 TEST(WindowTest, PlacesThePicture) {
   TestPlayer player;
   player.command("SET_WINDOW_PROPERTIES", "320|180|640|360|");
