@@ -93,13 +93,15 @@ Browser::Browser(const Options& options, std::unique_ptr<Film> film)
       m_cancel(g_cancellable_new()) {
   makeContext();
   makeView();
-  m_window = std::make_unique<TvWindow>(
-      m_view, m_plane,
-      TvWindow::Handlers{[this] { end(0); }, [this](guint pcKey, GdkModifierType modifiers) { return key(pcKey, modifiers); },
-                         [this](cairo_t* cairo, int width, int height) {
-                           m_optionList->paint(cairo, width, height);
-                           m_overlay.paint(cairo, width, height);
-                         }});
+  m_window = std::make_unique<TvWindow>(m_view, m_plane,
+                                        TvWindow::Handlers{[this] { end(0); },
+                                                           [this](guint pcKey, GdkModifierType modifiers, bool held) {
+                                                             return held ? m_optionList->isShown() : key(pcKey, modifiers);
+                                                           },
+                                                           [this](cairo_t* cairo, int width, int height) {
+                                                             m_optionList->paint(cairo, width, height);
+                                                             m_overlay.paint(cairo, width, height);
+                                                           }});
   m_optionList = std::make_unique<OptionList>(m_view, [this] { m_window->redraw(); });
   m_automation = std::make_unique<Automation>(
       options.steps, m_view, *m_window, [this](const std::string& problem) { fail(problem, kExitFailed); },
@@ -383,7 +385,9 @@ bool Browser::key(guint pcKey, GdkModifierType modifiers) {
     m_window->redraw();
     return true;
   }
-  return m_optionList->key(remoteKeyFor(pcKey));
+  if (m_optionList->key(remoteKeyFor(pcKey))) return true;
+  m_optionList->keyPassed(remoteKeyFor(pcKey));
+  return false;
 }
 
 void Browser::toggleStatus() {

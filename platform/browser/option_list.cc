@@ -24,6 +24,17 @@ constexpr int kMostWidth = 640;
 constexpr int kMargin = 8;  // to the edges of the page
 constexpr std::size_t kMostBytes = 200;
 
+constexpr gint64 kLatestUs = 1'000'000;
+
+// The engine hears of it only once it has handed the menu over.
+void closeSoon(WebKitOptionMenu* menu) {
+  const auto close = +[](gpointer data) -> gboolean {
+    webkit_option_menu_close(WEBKIT_OPTION_MENU(data));
+    return G_SOURCE_REMOVE;
+  };
+  g_idle_add_full(G_PRIORITY_DEFAULT, close, g_object_ref(menu), &g_object_unref);
+}
+
 int itemsOf(WebKitOptionMenu* menu) { return static_cast<int>(webkit_option_menu_get_n_items(menu)); }
 
 WebKitOptionMenuItem* itemAt(WebKitOptionMenu* menu, int index) {
@@ -90,10 +101,16 @@ OptionList::~OptionList() {
   forget();
 }
 
+void OptionList::keyPassed(guint sentKey) {
+  if (sentKey == GDK_KEY_Return || sentKey == GDK_KEY_KP_Enter) m_enterUs = g_get_monotonic_time();
+}
+
 // Whoever clicks has a pointer and takes the desktop's menu.
 gboolean OptionList::onShow(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent* event, GdkRectangle* place, gpointer self) {
   if (event != nullptr && event->type == GDK_BUTTON_PRESS) return FALSE;
-  static_cast<OptionList*>(self)->show(menu, *place);
+  auto& list = *static_cast<OptionList*>(self);
+  const bool isAskedFor = g_get_monotonic_time() - list.m_enterUs < kLatestUs;
+  isAskedFor ? list.show(menu, *place) : closeSoon(menu);
   return TRUE;
 }
 

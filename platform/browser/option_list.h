@@ -17,9 +17,12 @@ class OptionList {
   OptionList& operator=(const OptionList&) = delete;
   ~OptionList();
 
+  bool isShown() const { return m_menu != nullptr; }
   /// @param sentKey the key symbol of a key of the remote control
   /// @return true while the list is shown: keys are its own then.
   bool key(guint sentKey);
+  /// The page gets this key: a list is shown soon after Enter, and at no other time.
+  void keyPassed(guint sentKey);
   /// To be called when its page has gone, too: the engine leaves the list to whoever shows it.
   void close();
   /// Paints over @p windowWidth times @p windowHeight pixels.
@@ -41,6 +44,7 @@ class OptionList {
   WebKitOptionMenu* m_menu = nullptr;  ///< null: nothing is shown
   GdkRectangle m_place = {};           ///< of the element, in page pixels
   int m_marked = -1;                   ///< -1: none
+  gint64 m_enterUs = 0;                ///< when the page got Enter
 };
 
 }  // namespace browser

@@ -97,12 +97,16 @@ gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
   auto& window = *static_cast<TvWindow*>(self);
   const guint16 place = event->hardware_keycode;  // the symbol depends on modifiers, which may be let go of first
   if (event->type == GDK_KEY_RELEASE) {
+    window.m_pageKeys.erase(place);
     if (window.m_ownKeys.erase(place) != 0) return TRUE;
-  } else if (window.m_ownKeys.count(place) != 0) {
-    return TRUE;  // held
-  } else if (window.m_handlers.key(event->keyval, static_cast<GdkModifierType>(event->state))) {
-    window.m_ownKeys.insert(place);
-    return TRUE;
+  } else {
+    if (window.m_ownKeys.count(place) != 0) return TRUE;  // held
+    const bool held = window.m_pageKeys.count(place) != 0;
+    if (window.m_handlers.key(event->keyval, static_cast<GdkModifierType>(event->state), held)) {
+      if (!held) window.m_ownKeys.insert(place);
+      return TRUE;
+    }
+    window.m_pageKeys.insert(place);
   }
   event->keyval = remoteKeyFor(event->keyval);
   return FALSE;
@@ -111,6 +115,7 @@ gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
 /// What is let go of from now on, another window hears.
 gboolean TvWindow::onFocusOut(GtkWidget*, GdkEvent*, gpointer self) {
   static_cast<TvWindow*>(self)->m_ownKeys.clear();
+  static_cast<TvWindow*>(self)->m_pageKeys.clear();
   return FALSE;
 }
 

@@ -18,8 +18,9 @@ namespace browser {
 class TvWindow {
  public:
   struct Handlers {
-    std::function<void()> closed;                                     ///< by the user
-    std::function<bool(guint pcKey, GdkModifierType modifiers)> key;  ///< @return true for a key that is not the page's
+    std::function<void()> closed;  ///< by the user
+    /// @param held the page has got it already. @return true for a key that is not the page's.
+    std::function<bool(guint pcKey, GdkModifierType modifiers, bool held)> key;
     std::function<void(cairo_t*, int width, int height)> paintAbove;  ///< draws over page and plane
   };
 
@@ -63,7 +64,8 @@ class TvWindow {
   GtkWidget* m_content;  ///< keeps the view in the television's shape
   std::function<void()> m_whenDrawn;
   gulong m_painted = 0;
-  std::set<guint16> m_ownKeys;  ///< pressed ones that were not the page's; nor is their release
+  std::set<guint16> m_ownKeys;   ///< pressed ones that were not the page's; nor is their release
+  std::set<guint16> m_pageKeys;  ///< pressed ones that were
   std::unique_ptr<Film> m_film;
   bool m_fullScreen = false;
   bool m_redraws = false;  ///< it is the window itself that asks for it

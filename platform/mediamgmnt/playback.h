@@ -189,9 +189,9 @@ class Playback final : private PipelineListener {
   int m_seeksRepeated = 0;  ///< in vain, for the present wish
   int m_playsDone = 0;
   bool m_endExpected = false;  ///< nothing has moved for a moment, as at the end
-  int m_locks = 0;  ///< of the demuxer, one soon after the other
+  int m_locks = 0;             ///< of the demuxer, one soon after the other
   Clock::time_point m_lastLock;
-  int m_attempts = 0;          ///< openings of the source for the present wish
+  int m_attempts = 0;  ///< openings of the source for the present wish
   bool m_live = false;
   bool m_durationGuessed = false;
   std::int64_t m_origin = 0;  ///< the pipeline's time at position 0, nanoseconds

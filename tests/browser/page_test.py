@@ -133,7 +133,9 @@ class DirectionTest(television.Case):
         steps = []
         for start, key, end in ways:
             steps += ["--wait", "from('%s')" % start, "--keys", key, "--wait", "at('%s')" % end]
-        self.browse("directions.hbbtv", "--wait", "document.readyState === 'complete'", *steps, "--wait",
+        fetched = " && ".join("performance.getEntriesByName(new URL('styles/%s', location).href).some((entry) => entry.initiatorType === 'fetch')" % name
+                              for name in ("directions.css", "imported-directions.css"))
+        self.browse("directions.hbbtv", "--wait", "document.readyState === 'complete' && from('d')", "--wait", fetched, *steps, "--wait",
                     "document.adoptedStyleSheets.length === 0 && getComputedStyle(document.getElementById('a')).color === 'rgb(0, 0, 2)'")
 
     def test_style_sheets_are_followed_in_their_order(self):
@@ -175,6 +177,24 @@ class ControlTest(television.Case):
         run = self.open("--wait", "location.search = 'again', true", "--wait", "location.search && window.words && focusOn('check')", "--keys", "Red",
                         "--wait", "words.length && report()")
         self.assertEqual(run.logged(), ["403"])
+
+    def test_list_that_nobody_asked_for_is_not_shown(self):
+        run = self.browse("controls.html", "--wait", "list.dispatchEvent(new MouseEvent('mousedown'))", "--wait", "true", "--keys", "Red", "--wait",
+                          "words.length && report()", "--wait", "focusOn('list')", "--keys", "Enter", "--wait", "true", "--keys", "Down,Enter", "--wait",
+                          "list.value === 'two' && report()")
+        self.assertEqual(run.logged(), ["403", "13,input list,change list"])
+
+    def test_enter_that_is_held_opens_the_list_and_leaves_it_open(self):
+        browser = self.start("controls.html", "--trace", "trace.jsonl", "--quit-after", "60", "--wait", "focusOn('list')", "--wait",
+                             "list.value === 'two'", "--wait", "report()")
+        self.findWindow("Controls that a remote control works")
+        self.pressOnKeyboard("Return", "keydown")
+        time.sleep(1.2)  # long enough for the key to repeat
+        self.pressOnKeyboard("Return", "keyup")
+        self.pressOnKeyboard("Down")
+        self.pressOnKeyboard("Return")
+        run = self.finish(browser)
+        self.assertEqual(run.logged(), ["13,input list,change list"])
 
     def test_empty_list_is_left_as_well(self):
         run = self.browse("controls.html", "--wait", "focusOn('empty')", "--keys", "Enter", "--wait", "true", "--keys", "Back", "--wait", "true",

@@ -15,7 +15,13 @@
   function addressOf(application) {
     const base = textIn(application, 'URLBase');
     const location = textIn(application, 'applicationLocation');
-    return base === '' ? null : new URL(base + location, document.URL);
+    try {
+      const address = new URL(base + location, document.URL);
+      const isWeb = base !== '' && /^https?:$/.test(address.protocol);
+      return isWeb && address.href !== document.URL ? address.href : null;  // not this table again
+    } catch {
+      return null;
+    }
   }
 
   function start() {
@@ -23,7 +29,7 @@
     const wanted = all.filter((each) => textIn(each, 'controlCode') === 'AUTOSTART');
     for (const application of [...wanted, ...all]) {
       const address = addressOf(application);
-      if (address !== null && /^https?:$/.test(address.protocol)) return window.location.replace(address.href);
+      if (address !== null) return window.location.replace(address);
     }
     return fail('the application information table names no application with an http: or https: address');
   }

@@ -98,8 +98,8 @@
       if (record.type === 'childList') treeChanged(record);
       else if (isElement(record.target)) layer.attributeChanged(record.target, record.attributeName);
     }
-    tvMedium.apply();
     if (layout) layoutMayHaveChanged();
+    tvMedium.apply();
   }
 
   function treeChanged({ target, addedNodes, removedNodes }) {

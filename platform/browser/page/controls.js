@@ -36,7 +36,7 @@
   function use(element) {
     if (element instanceof HTMLSelectElement) {
       if (multiple(element) || size(element) > 1) return false;  // which has its list on the page
-      dispatch(element, new MouseEvent('mousedown', { cancelable: true }));
+      dispatch(element, new MouseEvent('mousedown', { __proto__: null, cancelable: true }));
       return true;
     }
     if (!(element instanceof HTMLInputElement)) return false;

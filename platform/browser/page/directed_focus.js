@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // (widenRules) -> move(element, direction): moves the focus from the element as the page's style properties nav-up, nav-right, nav-down
 // and nav-left say (CSS Basic User Interface Level 3); false when they say nothing. The engine drops these properties, so they are read
-// from the text of the style sheets, made custom properties, and left to the engine's cascade while an arrow is looked at.
+// from the text of the style sheets, made custom properties, and left to the engine's cascade while an arrow is looked at. Linked
+// sheets are fetched once more, as soon as something has the focus; until their text is there they say nothing.
 // widenRules: see tv_medium.js
 (function (widenRules) {
   'use strict';
 
-  const { document, CSS, CSSStyleSheet, CSSStyleRule, CSSGroupingRule, CSSImportRule, XMLHttpRequest, HTMLElement } = window;
+  const { document, CSS, CSSStyleSheet, CSSStyleRule, CSSGroupingRule, CSSImportRule, HTMLElement } = window;
   const { getOwnPropertyDescriptor } = Object;
   const uncurry = (method) => Function.prototype.call.bind(method);
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
@@ -39,10 +40,11 @@
   const textContent = getter(Node.prototype, 'textContent');
   const getAttribute = uncurry(Element.prototype.getAttribute);
   const focus = uncurry(HTMLElement.prototype.focus);
-  const open = uncurry(XMLHttpRequest.prototype.open);
-  const send = uncurry(XMLHttpRequest.prototype.send);
-  const responseText = getter(XMLHttpRequest.prototype, 'responseText');
-  const statusOf = getter(XMLHttpRequest.prototype, 'status');
+  const fetch = window.fetch.bind(window);
+  const isGood = getter(Response.prototype, 'ok');
+  const textOfAnswer = uncurry(Response.prototype.text);
+  const then = uncurry(Promise.prototype.then);
+  const addListener = uncurry(EventTarget.prototype.addEventListener);
   const known = uncurry(WeakMap.prototype.get);
   const keep = uncurry(WeakMap.prototype.set);
   const exec = uncurry(RegExp.prototype.exec);
@@ -50,26 +52,15 @@
   const matchMedia = window.matchMedia.bind(window);
 
   const kDirections = ['up', 'right', 'down', 'left'];
-  const kComments = /\/\*[^]*?(?:\*\/|$)/g;
+  // Behind strings and addresses, which may have in them what looks like a comment.
+  const kComments = /("(?:[^"\\]|\\[^])*"|'(?:[^'\\]|\\[^])*'|url\([^)]*\))|\/\*[^]*?(?:\*\/|$)/gi;
   const kProperty = /([{;]\s*)nav-(up|right|down|left)(?=\s*:)/gi;
   const kTarget = /^\s*#([^\s;!]+)(?:\s+current)?\s*(?:!\s*important\s*)?$/i;
-  const kSuccess = 200;
 
   const translations = new WeakMap();  // for each of the page's sheets the one with what it says of the focus; null: nothing
   let isRegistered = false;
 
-  function textOf(sheet) {
-    const address = addressOf(sheet);
-    if (address === null) return textContent(ownerNode(sheet)) || '';
-    try {
-      const request = new XMLHttpRequest();
-      open(request, 'GET', address, false);
-      send(request);
-      return statusOf(request) === kSuccess ? responseText(request) : '';
-    } catch {
-      return '';  // of another origin: not to be read
-    }
-  }
+  const withoutComments = (text) => replace(text, kComments, (found, kept) => kept || ' ');
 
   // Leaves what is said of the focus.
   function strip(owner, rules, deleteRule) {
@@ -92,15 +83,33 @@
     }
   }
 
-  function translate(sheet) {
-    const text = replace(textOf(sheet), kComments, ' ');
-    const properties = replace(text, kProperty, (found, before, direction) => `${before}--avc-nav-${direction.toLowerCase()}`);
-    if (properties === text) return null;
-    const translation = new CSSStyleSheet({ media: mediaText(mediaOf(sheet)) });
+  function translate(sheet, text) {
+    const bare = withoutComments(text);
+    const properties = replace(bare, kProperty, (found, before, direction) => `${before}--avc-nav-${direction.toLowerCase()}`);
+    if (properties === bare) return null;
+    const translation = new CSSStyleSheet({ __proto__: null, media: mediaText(mediaOf(sheet)) });
     replaceSync(translation, properties);
     strip(translation, rulesOfSheet(translation), deleteFromSheet);
     widenRules(rulesOfSheet(translation));
     return translation;
+  }
+
+  function translationOf(sheet) {
+    const translation = known(translations, sheet);
+    if (translation !== undefined) return translation;
+    const address = addressOf(sheet);
+    if (address === null) {
+      const own = translate(sheet, textContent(ownerNode(sheet)) || '');
+      keep(translations, sheet, own);
+      return own;
+    }
+    keep(translations, sheet, null);
+    const ignore = () => {};  // then it says nothing
+    const answer = fetch(address, { __proto__: null, cache: 'force-cache' });
+    const text = then(answer, (response) => (isGood(response) ? textOfAnswer(response) : ''));
+    const kept = then(text, (words) => keep(translations, sheet, translate(sheet, words)));
+    then(kept, undefined, ignore);
+    return null;
   }
 
   // A sheet whose text changes is another one to the engine.
@@ -115,19 +124,25 @@
     for (let i = 0; i < rules.length && rules[i] instanceof CSSImportRule; i += 1) {
       if (matchMedia(mediaText(mediaOfImport(rules[i]))).matches) collect(imported(rules[i]), into);
     }
-    let translation = known(translations, sheet);
-    if (translation === undefined) keep(translations, sheet, translation = translate(sheet));
+    const translation = translationOf(sheet);
     if (translation !== null) into[into.length] = translation;
   }
 
-  function fromSheets(element, direction) {
+  function collectAll() {
     const sheets = styleSheets(document);
     const translated = [];
     for (let i = 0; i < sheets.length; i += 1) collect(sheets[i], translated);
+    return translated;
+  }
+
+  addListener(window, 'focusin', collectAll, true);
+
+  function fromSheets(element, direction) {
+    const translated = collectAll();
     if (translated.length === 0) return '';
     if (!isRegistered) {
       isRegistered = true;
-      for (const each of kDirections) registerProperty({ name: '--avc-nav-' + each, syntax: '*', inherits: false });
+      for (const each of kDirections) registerProperty({ __proto__: null, name: '--avc-nav-' + each, syntax: '*', inherits: false });
     }
     const own = adopted(document);
     const before = [];
@@ -141,7 +156,7 @@
 
   function fromAttribute(element, direction) {
     const text = getAttribute(element, 'style');
-    const found = text === null ? null : exec(new RegExp(`(?:^|;)\\s*nav-${direction}\\s*:([^;]*)`, 'i'), replace(text, kComments, ' '));
+    const found = text === null ? null : exec(new RegExp(`(?:^|;)\\s*nav-${direction}\\s*:([^;]*)`, 'i'), withoutComments(text));
     return found === null ? null : found[1];
   }
 

@@ -129,8 +129,21 @@
   function ownerApplication() {
     if (window.top === window) return application;
     const shared = fromTop((top) => top.oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(top.document));
-    return shared === undefined ? application : shared;
+    return shared === undefined ? application : new Proxy(shared, ofThisDocument);
   }
+
+  // What a frame calls a relative address is so to the frame.
+  const ofThisDocument = {
+    get(shared, name) {
+      if (name === 'createApplication') return application.createApplication;
+      const value = shared[name];
+      return typeof value === 'function' && !String(name).startsWith('on') ? value.bind(shared) : value;
+    },
+    set(shared, name, value) {
+      shared[name] = value;
+      return true;
+    },
+  };
 
   const manager = {
     getOwnerApplication: ownerApplication,
