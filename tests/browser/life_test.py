@@ -117,6 +117,11 @@ class LifeTest(television.Case):
                           "--wait", "location.search === '?next' && playing()")
         self.assertAllClosed(run)
 
+    def test_addresses_of_a_frame_are_relative_to_it(self):
+        frame = "document.body.appendChild(document.createElement('iframe')).src = 'styles/starter.html'"
+        self.browse("playing.html", "--wait", frame, "--wait", "window.starter", "--wait", "starter.createApplication('../keys.html?next', false) !== null",
+                    "--wait", "location.href.endsWith('/pages/keys.html?next')")
+
     def test_application_that_goes_on_at_a_place_of_its_own_can_still_end_itself(self):
         run = self.browse("playing.html", "--wait", "playing()", "--wait", "%s.createApplication(location.pathname + '#place', false) !== null" % APPLICATION,
                           "--wait", "location.hash === '#place' && (%s.destroyApplication(), true)" % APPLICATION, "--wait", "location.href === 'about:blank'")
