@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -103,7 +104,7 @@ class Pipeline {
   /// is asked; a seek ends it, and begins with what is chosen.
   bool isBetweenPeriods() const;
   /// Lets a seek between two periods go on that waits for the one before.
-  void endPresentedPeriod() const;
+  void endPresentedPeriod();
   /// Hides a picture, silences a sound, or takes it back; also before there is any.
   void setShown(ComponentKind kind, bool shown);
   /// The next seek only passes by its place: neither picture nor subtitles nor ratings are taken from there.
@@ -231,6 +232,9 @@ class Pipeline {
   void beginWith(GstObject* demuxer, const ComponentChoice& choice);
   void sendSelection(const std::vector<GstElement*>& receivers, const ComponentChoice& choice);
   void reportLocked();
+  using TracksOfPeriods = std::map<long, std::map<std::string, std::shared_ptr<GstElement>>>;  ///< by number and name
+  TracksOfPeriods tracksOfPeriods() const;
+  void notePeriodLeft();
   void letDemuxerFinish() const;
   void onDemuxerThread(const std::function<void()>& action, std::chrono::milliseconds patience) const;
   bool hasPeriods() const;
@@ -298,6 +302,9 @@ class Pipeline {
   /// Held while something is sought or selected: the demuxer waits for both in each other's places.
   std::mutex m_steeringMutex;
   bool m_closing = false;  // guarded by m_steeringMutex
+  /// Held while tracks of the period that is presented are ended, and when it is left; before m_trackMutex.
+  std::mutex m_periodMutex;
+  long m_periodLeft = -1;  // guarded by m_periodMutex; -1: none
   std::mutex m_showMutex;  ///< a picture is drawn, or hidden, one after the other
   std::array<std::atomic<bool>, kComponentKinds.size()> m_shown = {true, true, true};
   std::array<Arrival, kComponentKinds.size()> m_arrivals;

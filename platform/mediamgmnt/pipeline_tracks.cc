@@ -6,8 +6,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <map>
-#include <set>
 #include <utility>
 
 #include "platform/mediamgmnt/audio_output.h"
@@ -90,12 +90,10 @@ gboolean wakeInput(GstElement* track, GstPad* pad, gpointer) {
 
 constexpr char kTrackName[] = "track-period";
 
-unsigned long periodOfTrack(GstElement* track) {
-  return std::strtoul(GST_OBJECT_NAME(track) + std::strlen(kTrackName), nullptr, 10);
-}
+long periodOfTrack(GstElement* track) { return std::strtol(GST_OBJECT_NAME(track) + std::strlen(kTrackName), nullptr, 10); }
 
 /// As the demuxer calls its element for a track of this stream.
-std::string trackName(unsigned long period, std::string streamId) {
+std::string trackName(long period, std::string streamId) {
   std::replace(streamId.begin(), streamId.end(), ' ', '_');
   return kTrackName + std::to_string(period) + "-" + streamId;
 }
@@ -403,7 +401,9 @@ void Pipeline::takeCollection(GstMessage* message) {
   // In a later period GStreamer looks for what was selected before, by rules of its own.
   const bool agrees = isFirst && isSelectedByItself(streams, choice);
   if (isNew && !agrees) beginWith(GST_MESSAGE_SRC(message), choice);
-  if (isNew && !isFirst) letDemuxerFinish();
+  if (!isNew || isFirst) return;
+  notePeriodLeft();
+  letDemuxerFinish();
 }
 
 /// The thread that announces a period's streams then frees the period before, under a lock. Where the demuxer's own thread is at
@@ -473,32 +473,48 @@ void Pipeline::wakeDemuxer(unsigned track) const {
   gst_object_unref(demuxer);
 }
 
-/// An adaptive demuxer of GStreamer 1.22 that is sought into the period that it fetches already goes on presenting the one before,
-/// of which nothing more comes. It lacks what it does itself when it begins another period for a seek: what it presents has ended.
-/// When the last of these tracks has, it may free them all.
-void Pipeline::endPresentedPeriod() const {
+Pipeline::TracksOfPeriods Pipeline::tracksOfPeriods() const {
+  TracksOfPeriods tracks;
   GstElement* const demuxer = referenceTo(m_adaptiveDemux);
-  if (demuxer == nullptr) return;
-  std::map<std::string, std::shared_ptr<GstElement>> tracks;
+  if (demuxer == nullptr) return tracks;
   const auto note = +[](const GValue* element, gpointer all) {
     auto* const track = GST_ELEMENT(g_value_get_object(element));
     if (!g_str_has_prefix(GST_OBJECT_NAME(track), kTrackName)) return;
-    auto& known = *static_cast<decltype(tracks)*>(all);
-    known.emplace(GST_OBJECT_NAME(track), std::shared_ptr<GstElement>(GST_ELEMENT(gst_object_ref(track)), &gst_object_unref));
+    const std::shared_ptr<GstElement> kept(GST_ELEMENT(gst_object_ref(track)), &gst_object_unref);
+    (*static_cast<TracksOfPeriods*>(all))[periodOfTrack(track)].emplace(GST_OBJECT_NAME(track), kept);
   };
   GstIterator* const elements = gst_bin_iterate_elements(GST_BIN(demuxer));
   gst_iterator_foreach(elements, note, &tracks);
   gst_iterator_free(elements);
+  gst_object_unref(demuxer);
+  return tracks;
+}
+
+/// An adaptive demuxer of GStreamer 1.22 that is sought into the period that it fetches already goes on presenting the one before,
+/// of which nothing more comes. It lacks what it does itself when it begins another period for a seek: what it presents has ended.
+/// When the last of these tracks has, it goes on, and frees them all once that is announced.
+void Pipeline::endPresentedPeriod() {
+  std::lock_guard lock(m_periodMutex);
+  GstElement* const demuxer = referenceTo(m_adaptiveDemux);
+  if (demuxer == nullptr) return;
   std::vector<std::string> presented;
   gst_element_foreach_src_pad(demuxer, noteStreamId, &presented);
   gst_object_unref(demuxer);
-  std::set<unsigned long> periods;
-  for (const auto& [name, track] : tracks) periods.insert(periodOfTrack(track.get()));
-  if (periods.size() < 2) return;
+  const TracksOfPeriods tracks = tracksOfPeriods();
+  const auto period = tracks.upper_bound(m_periodLeft);
+  if (!isBetweenPeriods() || period == tracks.end() || std::next(period) == tracks.end()) return;
   for (const std::string& id : presented) {
-    const auto found = tracks.find(trackName(*periods.begin(), id));
-    if (found != tracks.end()) gst_element_foreach_sink_pad(found->second.get(), endInput, nullptr);
+    const auto found = period->second.find(trackName(period->first, id));
+    if (found != period->second.end()) gst_element_foreach_sink_pad(found->second.get(), endInput, nullptr);
   }
+}
+
+/// On the thread that frees its tracks next.
+void Pipeline::notePeriodLeft() {
+  std::lock_guard lock(m_periodMutex);
+  const TracksOfPeriods tracks = tracksOfPeriods();
+  const auto period = tracks.upper_bound(m_periodLeft);
+  if (period != tracks.end()) m_periodLeft = period->first;
 }
 
 bool Pipeline::isBetweenPeriods() const {
