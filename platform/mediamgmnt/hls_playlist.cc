@@ -92,6 +92,7 @@ HlsVariant readVariant(const Attributes& attributes) {
   if (by != std::string::npos) variant.height = leadingNumber(std::string_view(size).substr(by + 1));
   variant.codecs = listOf(valueOf(attributes, "CODECS"));
   variant.audioGroup = valueOf(attributes, "AUDIO");
+  variant.videoGroup = valueOf(attributes, "VIDEO");
   variant.subtitleGroup = valueOf(attributes, "SUBTITLES");
   return variant;
 }
@@ -112,6 +113,12 @@ bool HlsMedia::isAudioDescription() const { return hasCharacteristic(*this, "pub
 bool HlsMedia::isForHearingImpaired() const {
   return hasCharacteristic(*this, "public.accessibility.describes-music-and-sound") ||
          hasCharacteristic(*this, "public.accessibility.transcribes-spoken-dialog");
+}
+
+std::string HlsVariant::groupOf(std::string_view type) const {
+  if (type == "AUDIO") return audioGroup;
+  if (type == "VIDEO") return videoGroup;
+  return type == "SUBTITLES" ? subtitleGroup : std::string();
 }
 
 std::optional<HlsPlaylist> readHlsPlaylist(std::string_view text) {

@@ -34,8 +34,12 @@ struct HlsVariant {
   int height = 0;
   std::vector<std::string> codecs;
   std::string audioGroup;
+  std::string videoGroup;
   std::string subtitleGroup;
   std::string uri;  ///< as written
+
+  /// @param type of a medium. @return the group that goes with the variant; empty without one.
+  std::string groupOf(std::string_view type) const;
 };
 
 struct HlsPlaylist {

@@ -221,7 +221,8 @@ class Pipeline {
   void watchFetching(GstElement* track);
   void watchManifest(GstElement* adaptiveDemux);
   void noteTrackOfPeriod(const char* name);
-  void readManifest();
+  void handManifestOver(GstPad* demuxerPad);
+  bool readManifest(const std::string& text);
   void noteAdaptiveDemux(GstElement* demuxer);
   void letFetchingBegin();
   void takeCollection(GstMessage* message);
@@ -309,9 +310,11 @@ class Pipeline {
   std::array<std::atomic<bool>, kComponentKinds.size()> m_shown = {true, true, true};
   std::array<Arrival, kComponentKinds.size()> m_arrivals;
 
+  std::string m_manifestText;   ///< so far, on the thread that fetches it
+  bool m_manifestRead = false;  ///< on the same thread
+
   mutable std::mutex m_trackMutex;
-  std::string m_manifestText;          // guarded by m_trackMutex, like all below
-  std::vector<Presented> m_presented;  ///< not told yet
+  std::vector<Presented> m_presented;  // guarded by m_trackMutex, like all below: not told yet
   SourceFacts m_facts;
   Streams m_streams;                                                   ///< of the newest collection
   std::size_t m_period = 0;                                            ///< of the newest collection

@@ -14,6 +14,7 @@
 #include "platform/mediamgmnt/context_turn.h"
 #include "platform/mediamgmnt/download_rest.h"
 #include "platform/mediamgmnt/download_threads.h"
+#include "platform/mediamgmnt/hls_renditions.h"
 #include "platform/mediamgmnt/pipeline.h"
 
 namespace mediamgmnt {
@@ -318,7 +319,8 @@ void Pipeline::letFetchingBegin() {
   for (int nap = 0; isRecent && m_lastFetchUs == 0 && nap < kBeginNaps; ++nap) g_usleep(kBeginNapUs);
 }
 
-/// GStreamer drops most of what a manifest says about its tracks.
+/// GStreamer drops most of what a manifest says about its tracks, and does not tell all renditions of a playlist apart: the demuxer
+/// gets the manifest in one piece, once it has been read here.
 void Pipeline::watchManifest(GstElement* adaptiveDemux) {
   GstPad* const pad = gst_element_get_static_pad(adaptiveDemux, "sink");
   if (pad == nullptr) return;
@@ -327,33 +329,40 @@ void Pipeline::watchManifest(GstElement* adaptiveDemux) {
   gst_object_unref(pad);
 }
 
-GstPadProbeReturn Pipeline::onManifestData(GstPad*, GstPadProbeInfo* info, gpointer self) {
+GstPadProbeReturn Pipeline::onManifestData(GstPad* pad, GstPadProbeInfo* info, gpointer self) {
   auto* const pipeline = static_cast<Pipeline*>(self);
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) == 0) {
-    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS) pipeline->readManifest();
+    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS) pipeline->handManifestOver(pad);
     return GST_PAD_PROBE_OK;
   }
+  if (pipeline->m_manifestRead) return GST_PAD_PROBE_OK;
   GstMapInfo map;
   GstBuffer* const buffer = GST_PAD_PROBE_INFO_BUFFER(info);
   if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) return GST_PAD_PROBE_OK;
-  {
-    std::lock_guard lock(pipeline->m_trackMutex);
-    std::string& text = pipeline->m_manifestText;
-    if (text.size() + map.size <= kLargestManifest) text.append(reinterpret_cast<const char*>(map.data), map.size);
-  }
+  pipeline->m_manifestText.append(reinterpret_cast<const char*>(map.data), map.size);
   gst_buffer_unmap(buffer, &map);
-  return GST_PAD_PROBE_OK;
+  return GST_PAD_PROBE_DROP;
 }
 
 /// The demuxer parses it right after this: so the facts are there before its streams.
-void Pipeline::readManifest() {
-  std::lock_guard lock(m_trackMutex);
+void Pipeline::handManifestOver(GstPad* demuxerPad) {
+  if (std::exchange(m_manifestRead, true)) return;
   const std::string text = std::exchange(m_manifestText, {});
+  const bool isPlaylist = text.size() <= kLargestManifest && readManifest(text);
+  const std::string forDemuxer = isPlaylist ? tellRenditionsApart(text) : text;
+  if (!forDemuxer.empty()) gst_pad_chain(demuxerPad, gst_buffer_new_memdup(forDemuxer.data(), forDemuxer.size()));
+}
+
+/// @return whether it is an HLS playlist
+bool Pipeline::readManifest(const std::string& text) {
+  std::lock_guard lock(m_trackMutex);
   m_facts.hls = readHlsPlaylist(text);
-  if (!m_facts.hls) m_facts.dash = readDashManifest(text);
-  if (!m_facts.dash) return;
+  if (m_facts.hls) return true;
+  m_facts.dash = readDashManifest(text);
+  if (!m_facts.dash) return false;
   takeRatings(*m_facts.dash);
   askForLicences(*m_facts.dash);
+  return false;
 }
 
 void Pipeline::takeSection(GstMessage* message) {

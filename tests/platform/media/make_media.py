@@ -11,7 +11,9 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/hls/master.m3u8                                                 the same as HLS with an audio group
     OUTDIR/hls/muxed.m3u8                                                  HLS with picture and sound in one segment
     OUTDIR/tracks.mp4 tracks.ts dash/tracks.mpd hls/tracks.m3u8            two pictures (test card, plain blue), English, German and
-                                                                           described English (HLS: French); all but TS with subtitles
+                                                                           described English; all but TS with subtitles
+    OUTDIR/hls/groups.m3u8                                                 German sounds and subtitles, two of each in one group, and a
+                                                                           first variant with a group that has none of them
     OUTDIR/dash/periods.mpd                                                two periods: English and German, then German and French (220 Hz)
     OUTDIR/silent.mp4                                                      a picture without sound
     OUTDIR/stills.mp4                                                      two pictures, each shown for half of the time
@@ -168,6 +170,7 @@ class Set:
                *common, "-hls_segment_filename", "muxed_%03d.ts", "muxed.m3u8", cwd=folder)
         write(os.path.join(folder, "master.m3u8"), HLS_MASTER)
         write(os.path.join(folder, "tracks.m3u8"), HLS_TRACKS)
+        write(os.path.join(folder, "groups.m3u8"), HLS_GROUPS)
         for language in ("eng", "deu"):
             write(os.path.join(folder, language + ".vtt"), webVtt(language, self.seconds))
             write(os.path.join(folder, language + "_text.m3u8"), HLS_TEXT % (self.seconds, self.seconds, language))
@@ -233,7 +236,7 @@ HLS_TRACKS = """#EXTM3U
 #EXT-X-INDEPENDENT-SEGMENTS
 #EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="English",DEFAULT=YES,AUTOSELECT=YES,LANGUAGE="en",CHANNELS="2",URI="eng.m3u8"
 #EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="de",CHANNELS="2",URI="deu.m3u8"
-#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="French, described",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="fr",CHANNELS="2",\
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="sound",NAME="English, described",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="en",CHANNELS="2",\
 CHARACTERISTICS="public.accessibility.describes-video",URI="described.m3u8"
 #EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="text",NAME="English",DEFAULT=NO,AUTOSELECT=YES,FORCED=NO,LANGUAGE="en",URI="eng_text.m3u8"
 #EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="text",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,FORCED=NO,LANGUAGE="de",\
@@ -243,6 +246,21 @@ video.m3u8
 #EXT-X-STREAM-INF:BANDWIDTH=300000,RESOLUTION=320x180,CODECS="avc1.4d400c,mp4a.40.2",AUDIO="sound",SUBTITLES="text"
 blue.m3u8
 """.replace("\\\n", "")
+
+HLS_GROUPS = """#EXTM3U
+#EXT-X-VERSION:6
+#EXT-X-INDEPENDENT-SEGMENTS
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="few",NAME="English",DEFAULT=YES,AUTOSELECT=YES,LANGUAGE="en",CHANNELS="2",URI="eng.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="all",NAME="English",DEFAULT=YES,AUTOSELECT=YES,LANGUAGE="en",CHANNELS="2",URI="eng.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="all",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="de",CHANNELS="2",URI="deu.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="all",NAME="Deutsch, beschrieben",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="de",CHANNELS="2",URI="described.m3u8"
+#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="text",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,FORCED=NO,LANGUAGE="de",URI="deu_text.m3u8"
+#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="text",NAME="Deutsch, leicht",DEFAULT=NO,AUTOSELECT=YES,FORCED=NO,LANGUAGE="de",URI="eng_text.m3u8"
+#EXT-X-STREAM-INF:BANDWIDTH=300000,RESOLUTION=320x180,CODECS="avc1.4d400c,mp4a.40.2",AUDIO="few"
+blue.m3u8
+#EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,CODECS="avc1.4d401e,mp4a.40.2",AUDIO="all",SUBTITLES="text"
+video.m3u8
+"""
 
 HLS_TEXT = """#EXTM3U
 #EXT-X-VERSION:6

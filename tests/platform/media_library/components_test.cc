@@ -87,7 +87,7 @@ const std::vector<Format> kFormats = {
      "hls/tracks.m3u8",
      {"0|avc1.4d401e|0|5|0|||0||1.78|"},
      {"1|mp4a.40.2|0|0|0|||0||English|eng|0|2|", "1|mp4a.40.2|0|1|0|||0||Deutsch|deu|0|2|",
-      "1|mp4a.40.2|0|2|0|||0||French, described|fra|1|2|"},
+      "1|mp4a.40.2|0|2|0|||0||English, described|eng|1|2|"},
      {"2|wvtt|0|3|0|||0||English|eng||0|", "2|wvtt|0|4|0|||0||Deutsch|deu||1|"},
      kDescribed},
 };
@@ -458,6 +458,33 @@ TEST_F(WishTest, OutlivesAStopWithoutTheDefault) {
 
   EXPECT_TRUE(m_listener.hears(kGerman));
   EXPECT_THAT(m_listener.heard(), ElementsAre(kGerman));
+}
+
+TEST(HlsGroupsTest, TellTwoOfOneLanguageApart) {
+  TestPlayer player;
+  player.start(url("short/hls/groups.m3u8"));
+
+  EXPECT_THAT(records(player, "AUDIO"),
+              ElementsAre("1|mp4a.40.2|0|0|0|||0||English|eng|0|2|", "1|mp4a.40.2|0|1|0|||0||Deutsch|deu|0|2|",
+                          "1|mp4a.40.2|0|2|0|||0||Deutsch, beschrieben|deu|0|2|"));
+  EXPECT_THAT(records(player, "SUBTITLE"),
+              ElementsAre("2|wvtt|0|3|0|||0||Deutsch|deu||0|", "2|wvtt|0|4|0|||0||Deutsch, leicht|deu||0|"));
+}
+
+TEST(HlsGroupsTest, WhatThePlayingVariantsGroupLacksCanBeSelected) {
+  Listener listener;
+  TestPlayer player;
+  player.start(url("hls/groups.m3u8"));
+  ASSERT_TRUE(listener.hears(kEnglish));
+
+  EXPECT_NE(player.command("SELECT_AUDIO_COMPONENT", "1"), 0);
+  EXPECT_TRUE(listener.hears(kGerman));
+  EXPECT_NE(player.command("SELECT_AUDIO_COMPONENT", "2"), 0);
+  EXPECT_TRUE(listener.hears(kDescribed));
+  player.forget();
+  EXPECT_NE(player.command("SELECT_SUBTITLE_COMPONENT", "1"), 0);
+  player.wordsUntil(kSubtitleChanged);
+  EXPECT_THAT(listener.heard(), ElementsAre(kEnglish, kGerman, kDescribed));
 }
 
 TEST(ComponentsTest, APresentationWithoutSoundHasNone) {
