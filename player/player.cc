@@ -39,6 +39,7 @@ void Player::endWorker() {
   if (thread == 0) return;
   // A full queue refuses the exit command. One more post then lets the worker drain the queue, find it empty and leave.
   if (!pushPlain(kExit)) sem_post(&m_commandSemaphore);
+  postHeld();  // whoever holds the player back may be further down this very stack
   pthread_join(thread, nullptr);
   const AVControlLock lock(m_commandMutex);
   m_thread = 0;

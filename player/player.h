@@ -156,6 +156,8 @@ class Player {
   void endWorker();
   void hold();
   void release();
+  void postHeld();
+  void postHeldLocked();
   bool pushText(CommandCode code, const char* text);
   bool pushNumber(CommandCode code, double value);
   bool pushPlain(CommandCode code);

@@ -35,7 +35,15 @@ void Player::hold() {
 
 void Player::release() {
   const AVControlLock lock(m_commandMutex);
-  if (--m_holds > 0) return;
+  if (--m_holds == 0) postHeldLocked();
+}
+
+void Player::postHeld() {
+  const AVControlLock lock(m_commandMutex);
+  postHeldLocked();
+}
+
+void Player::postHeldLocked() {
   for (; m_heldPosts > 0; --m_heldPosts) sem_post(&m_commandSemaphore);
 }
 

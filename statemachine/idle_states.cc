@@ -52,6 +52,8 @@ void AVControlConnectingState::toPausedState() { transitTo(AVControlPausedState:
 // --- finished
 
 void AVControlFinishedState::postTransitAction() {
+  double speed = 0.0;
+  static_cast<void>(m_plugin->getSpeedProperty(speed));  // read and not used: deliberate
   if (m_plugin->alreadyHasQueuedMedia()) m_plugin->setDataPropertyFromQueued();
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/unit/player/player_test_base.h"
@@ -163,6 +164,19 @@ TEST_F(PlayerQueueTest, WorkerLeaves_WhenWokenWithAnEmptyList) {
 
   EXPECT_EQ(1U, library().count(isFunction(fakes::Function::kClosePlayer)));
   EXPECT_EQ(0U, library().count(isCommand("PAUSE")));
+}
+
+/// Where the host runs handlers while it is told of an event, whoever ends the player may stand below whoever holds it back.
+TEST_F(PlayerQueueTest, WhatIsHeldBackRunsBeforeThePlayerEnds) {
+  const std::shared_ptr<Player> held = std::move(player);
+  const Player::Hold hold(held);
+  ASSERT_TRUE(held->play(1.0));
+  ASSERT_TRUE(held->resize());
+
+  held->close();
+
+  EXPECT_EQ((Strings{"PLAY 1.00", "SET_WINDOW_PROPERTIES 0|0|1280|720|", "STOP"}), library().actions());
+  EXPECT_EQ(1U, library().count(isFunction(fakes::Function::kClosePlayer)));
 }
 
 TEST_F(PlayerQueueTest, ResetLeavesAsManyRecords_AllCancelled) {
