@@ -174,9 +174,10 @@ void RecordingMediaLibrary::setWriteResult(const std::string& key, int result) {
   m_writeResults[key] = result;
 }
 
-void RecordingMediaLibrary::setOobPosition(std::optional<int> position) {
+void RecordingMediaLibrary::setOobPosition(std::optional<int> position, int result) {
   Lock lock(m_mutex);
   m_oobPosition = position;
+  m_oobResult = result;
 }
 
 void RecordingMediaLibrary::addHook(CallMatcher matcher, Hook hook) {
@@ -424,7 +425,7 @@ int RecordingMediaLibrary::getOobPlayerPosition(unsigned long handle, int* posit
   Lock lock(m_mutex);
   if (!findOpenLocked(handle) || !m_oobPosition || position == nullptr) return 0;
   *position = *m_oobPosition;
-  return 1;
+  return m_oobResult;
 }
 
 int RecordingMediaLibrary::selectDefaultAvComponent(AVComponentType type) {

@@ -88,8 +88,8 @@ class RecordingMediaLibrary {
   void setProperty(unsigned long handle, const std::string& key, std::optional<std::string> value);
   void setCommandResult(const std::string& command, int result);
   void setWriteResult(const std::string& key, int result);
-  /// nullopt: getOOBPlayerPosition writes nothing and answers 0.
-  void setOobPosition(std::optional<int> position);
+  /// getOOBPlayerPosition writes @p position and answers @p result; nullopt: it writes nothing and answers 0.
+  void setOobPosition(std::optional<int> position, int result = 1);
   void addHook(CallMatcher matcher, Hook hook);
   void clearHooks();
   /// On: answers by itself, in the order that applications rely on. INPUT: READY_TO_PLAY, CONNECTED. PLAY: BUFFER_READY, PLAYING,
@@ -184,6 +184,7 @@ class RecordingMediaLibrary {
   std::map<std::string, int> m_writeResults;
   std::vector<std::shared_ptr<const HookEntry>> m_hooks;
   std::optional<int> m_oobPosition;
+  int m_oobResult = 1;
   int m_failOpens = 0;
   bool m_autoAnswer = false;
 };

@@ -371,6 +371,23 @@ TEST_F(ComponentCollectionTest, AllAsksForTheUnchangedSubtitleIndex) {
   EXPECT_EQ(itemOf(all, 2), nullptr);
 }
 
+/// The recount, where the library's own subtitles end, and the record only when it is one of those.
+TEST_F(ComponentCollectionTest, AllCountsThenReads_ForASubtitle) {
+  list("VIDEO", {videoText("10")});
+  list("SUBTITLE", {subtitleText("30"), subtitleText("31")});
+  const ScriptObject all = objectFrom(plugin, "getComponents");
+  library().clearCalls();
+
+  EXPECT_NE(itemOf(all, 1), nullptr);
+  EXPECT_THAT(reads(), ElementsAre("VIDEO_COMPONENT.LENGTH 128", "AUDIO_COMPONENT.LENGTH 128", "SUBTITLE_COMPONENT.LENGTH 128",
+                                   "SUBTITLE_COMPONENT.LENGTH 128", "SUBTITLE_COMPONENT.ITEM.1 4096"));
+  library().clearCalls();
+
+  EXPECT_EQ(itemOf(all, 2), nullptr);
+  EXPECT_THAT(reads(), ElementsAre("VIDEO_COMPONENT.LENGTH 128", "AUDIO_COMPONENT.LENGTH 128", "SUBTITLE_COMPONENT.LENGTH 128",
+                                   "SUBTITLE_COMPONENT.LENGTH 128"));
+}
+
 TEST_F(ComponentCollectionTest, AllNeverSeesSubtitlesFromOutOfBand) {
   EXPECT_TRUE(plugin.write("numOfSubtitles", integer(1)));
   EXPECT_TRUE(plugin.write("subParamAttr", text(subtitleText("40"))));

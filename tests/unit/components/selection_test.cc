@@ -121,6 +121,17 @@ TEST_F(SelectionTest, SubtitleDefaultsRaiseAnEvent_WhenThereAreSomeFromOutOfBand
   EXPECT_THAT(entries(plugin), ElementsAre("enableSubtitles=int:0", "onSelectedComponentChanged(int:2)"));
 }
 
+/// A number below 1 is not kept for selection: deliberate.
+TEST_F(SelectionTest, SubtitleDefaultsRaiseAnEvent_AfterALowerNumberToo) {
+  ASSERT_TRUE(plugin.write("numOfSubtitles", integer(3)));
+
+  for (const int lower : {0, -1}) {
+    plugin.write("numOfSubtitles", integer(lower));
+    sentBy(kSelect, integer(2));
+    EXPECT_THAT(events(plugin), ElementsAre("onSelectedComponentChanged(int:2)")) << lower;
+  }
+}
+
 TEST_F(SelectionTest, TheLibrarysRefusalIsNotReported) {
   ASSERT_TRUE(plugin.write("numOfSubtitles", integer(1)));
   library().setCommandResult("SELECT_DEFAULT_COMPONENT", 0);
@@ -168,6 +179,14 @@ TEST_F(SelectionTest, SelectsByTheIndexOfTheFirstFetch) {
   EXPECT_THAT(sentBy(kUnselect, available(2, 1)), ElementsAre("UNSELECT_SUBTITLE_COMPONENT 1"));
 }
 
+TEST_F(SelectionTest, SelectsItemsOfTheCollectionOfAll_ByTheIndexOfTheirKind) {
+  list("VIDEO", {videoText("10")});
+  list("AUDIO", {audioText("20"), audioText("21")});
+  const ScriptObject all = objectFrom(plugin, "getComponents");
+
+  EXPECT_THAT(sentBy(kSelect, itemOf(all, 2)), ElementsAre("SELECT_AUDIO_COMPONENT 1"));
+}
+
 /// Deliberate: the index stays that of the list from which the record came first, here the active one.
 TEST_F(SelectionTest, KeepsTheFirstIndexOfARecord) {
   list("ACTIVE_AUDIO", {audioText("22")});
@@ -177,6 +196,24 @@ TEST_F(SelectionTest, KeepsTheFirstIndexOfARecord) {
   const ScriptObject audio = available(1, 2);
 
   EXPECT_THAT(sentBy(kSelect, audio), ElementsAre("SELECT_AUDIO_COMPONENT 0"));
+}
+
+TEST_F(SelectionTest, KeepsTheFirstIndexOfAVideo) {
+  list("ACTIVE_VIDEO", {videoText("12")});
+  list("VIDEO", {videoText("10"), videoText("11"), videoText("12")});
+
+  EXPECT_NE(active(0, 0), nullptr);
+
+  EXPECT_THAT(sentBy(kSelect, available(0, 2)), ElementsAre("SELECT_VIDEO_COMPONENT 0"));
+}
+
+TEST_F(SelectionTest, KeepsTheFirstIndexOfASubtitle) {
+  list("ACTIVE_SUBTITLE", {subtitleText("32")});
+  list("SUBTITLE", {subtitleText("30"), subtitleText("31"), subtitleText("32")});
+
+  EXPECT_NE(active(2, 0), nullptr);
+
+  EXPECT_THAT(sentBy(kSelect, available(2, 2)), ElementsAre("SELECT_SUBTITLE_COMPONENT 0"));
 }
 
 TEST_F(SelectionTest, SelectsByTheTypeThatTheRecordSays) {
@@ -210,6 +247,31 @@ TEST_F(SelectionTest, OutOfBandSubtitlesRaiseAnEvent_AndSendNothing) {
   EXPECT_THAT(sentBy(kUnselect, subtitle), IsEmpty());
   EXPECT_THAT(entries(plugin),
               ElementsAre("enableSubtitles=int:0", "onSelectedComponentChanged(int:2, string:http://media.example/de.ttml)"));
+}
+
+TEST_F(SelectionTest, OutOfBandSubtitlesRaiseAnEvent_AlsoBehindTheLibrarysOwn) {
+  list("SUBTITLE", {subtitleText("30")});
+  ASSERT_TRUE(plugin.write("numOfSubtitles", integer(1)));
+  ASSERT_TRUE(plugin.write("subParamAttr", text("2|ttml|0|0|0|||0|http://media.example/de.ttml||deu||0|")));
+  const ScriptObject subtitle = available(2, 1);
+  ASSERT_NE(subtitle, nullptr);
+
+  EXPECT_THAT(sentBy(kSelect, subtitle), IsEmpty());
+  EXPECT_THAT(entries(plugin),
+              ElementsAre("enableSubtitles=int:1", "onSelectedComponentChanged(int:2, string:http://media.example/de.ttml)"));
+}
+
+/// What a record says is all that tells it from another: deliberate.
+TEST_F(SelectionTest, AnOutOfBandSubtitleThatEqualsOneOfTheLibrarysIsTakenForIt) {
+  list("SUBTITLE", {subtitleText("30"), subtitleText("31")});
+  ASSERT_TRUE(plugin.write("numOfSubtitles", integer(1)));
+  ASSERT_TRUE(plugin.write("subParamAttr", text(subtitleText("31"))));
+  ASSERT_NE(available(2, 1), nullptr);
+  const ScriptObject outOfBand = available(2, 2);
+  ASSERT_NE(outOfBand, nullptr);
+
+  EXPECT_THAT(sentBy(kSelect, outOfBand), ElementsAre("SELECT_SUBTITLE_COMPONENT 1"));
+  EXPECT_THAT(entries(plugin), ElementsAre("enableSubtitles=int:1"));
 }
 
 TEST_F(SelectionTest, UnknownComponentsAreIgnored) {

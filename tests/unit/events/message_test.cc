@@ -277,6 +277,29 @@ TEST_F(RequestedStopTest, MovesOnce_WhenTwoConfirmationsOverlap) {
   EXPECT_THAT(events(plugin), ElementsAre(kTo0));
 }
 
+// In error a stop renews the player; the confirmation comes while the old one is being closed, and completes the stop.
+TEST_F(RequestedStopTest, IsCompletedSilently_WhileTheOldPlayerIsClosed_InError) {
+  const auto plugin = makePluginIn(kError);
+  bool delivered = false;
+  library().addHook(ofHandle(plugin.handle, isCommand("STOP")),
+                    [&](const Call& call) { delivered = library().fireAndWait(call.handle, "STOPPED"); });
+
+  EXPECT_EQ(plugin.callShown("stop"), "bool:true");
+
+  EXPECT_TRUE(delivered);
+  const auto defaults = library().calls(isFunction(Function::kSelectDefaultAvComponent));
+  ASSERT_EQ(defaults.size(), 2U);
+  EXPECT_EQ(defaults[0].number, 0);
+  EXPECT_EQ(defaults[1].number, 1);
+  for (const Call& call : defaults) EXPECT_EQ(call.thread, library().dispatcherThread(plugin.handle));
+  const auto moved = waitForEntry(plugin, "playState=int:0");
+  ASSERT_TRUE(moved);
+  EXPECT_EQ(moved->thread, library().dispatcherThread(plugin.handle));
+  EXPECT_THAT(entries(plugin), Contains("playState=int:0").Times(1)) << "the stop itself finds the machine there";
+  EXPECT_THAT(events(plugin), IsEmpty());
+  EXPECT_EQ(playState(plugin), kStopped);
+}
+
 TEST_F(RequestedStopTest, LaterStoppedMovesNothing) {
   const auto plugin = makePluginIn(kPlaying);
   confirmStops();

@@ -249,6 +249,16 @@ TEST_F(OutOfBandPlayerTest, PositionIsTheLibrarys) {
   EXPECT_EQ(plugin.readShown("ttmlXmlPlayPosition"), "int:0");
 }
 
+/// What the library wrote counts, not what it answered.
+TEST_F(OutOfBandPlayerTest, PositionIsTheLibrarys_WhateverItAnswers) {
+  library().setOobPosition(4321, 0);
+  EXPECT_EQ(plugin.readShown("ttmlXmlPlayPosition"), "int:4321");
+  library().setOobPosition(-2, 0);
+  EXPECT_EQ(plugin.readShown("ttmlXmlPlayPosition"), "int:-2");
+  library().setOobPosition(5000, 1);
+  EXPECT_EQ(plugin.readShown("ttmlXmlPlayPosition"), "int:5000");
+}
+
 TEST_F(OutOfBandPlayerTest, PositionIsMinusOne_WhenTheLibraryDoesNotSay) {
   EXPECT_EQ(plugin.readShown("ttmlXmlPlayPosition"), "int:-1");
 

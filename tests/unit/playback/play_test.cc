@@ -53,6 +53,32 @@ TEST_F(PlayTest, TheLastSpeedIsTheOneThatWaits) {
   EXPECT_EQ((Strings{"PLAY 2.50", kResize}), finishedActions());
 }
 
+TEST_F(PlayTest, KeepsWaiting_WhenItIsPausedMeanwhile) {
+  EXPECT_EQ("bool:true", play(1.0));
+  forget();
+  EXPECT_EQ("bool:true", play(0.0));
+  EXPECT_EQ((Strings{kResize, "PAUSE"}), finishedActions());
+  EXPECT_EQ(3, state());
+  forget();
+
+  ASSERT_TRUE(say("READY_TO_PLAY"));
+
+  EXPECT_EQ((Strings{"PLAY 1.00", kResize}), finishedActions());
+  EXPECT_EQ(4, state());
+}
+
+TEST_F(PlayTest, ZeroNeverWaits) {
+  EXPECT_EQ("bool:true", play(0.0));
+  ASSERT_TRUE(library().waitForCount(isCommand("STOPBROADCAST"), 1));  // its own, before drain() sends one
+  EXPECT_EQ((Strings{kResize, "PAUSE"}), finishedActions());
+  forget();
+
+  ASSERT_TRUE(say("READY_TO_PLAY"));
+
+  EXPECT_EQ(Strings{}, finishedActions());
+  EXPECT_EQ(0, state());
+}
+
 TEST_F(PlayTest, WaitsOnce) {
   EXPECT_EQ("bool:true", play(1.0));
   ASSERT_TRUE(say("READY_TO_PLAY"));
@@ -163,6 +189,19 @@ TEST_F(PlayTest, RestoresItsSpeed_WhenBufferingEnds) {
   ASSERT_TRUE(say("BUFFER_READY"));
 
   EXPECT_EQ((Strings{"speed=double:2", "playState=int:1", "onPlayStateChange(int:1)"}), hostEntries());
+}
+
+TEST_F(PlayTest, RestoresTheSpeedOfMedia_NotThatOfSubtitlesAlone) {
+  makeReady();
+  ASSERT_EQ("bool:true", play(2.0));
+  ASSERT_TRUE(plugin.write("playerType", text("application/ttml+xml")));
+  ASSERT_EQ("bool:true", play(0.5));
+
+  ASSERT_TRUE(say("BUFFER_READY"));
+
+  double speed = 0.0;
+  EXPECT_TRUE(av->getSpeedProperty(speed));
+  EXPECT_EQ(2.0, speed);
 }
 
 TEST_F(PlayTest, IsTrue_ThoughTheQueueIsFull) {

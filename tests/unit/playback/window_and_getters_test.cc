@@ -87,6 +87,19 @@ TEST_F(WindowTest, LeavingFullScreenRestoresTheWindow) {
   EXPECT_EQ((Strings{"onFullScreenChange()"}), events(plugin));
 }
 
+TEST_F(WindowTest, LeavingFullScreenRestoresTheLastWindowThatWasLargeEnough) {
+  introduceFullScreen(false);
+  ASSERT_TRUE(plugin.base->setWindowProperties(10, 20, 640, 360));
+  ASSERT_TRUE(plugin.base->setWindowProperties(1, 1, 149, 80));
+  av->JS_SetFullScreen(true);
+  forget();
+
+  av->JS_SetFullScreen(false);
+
+  const std::string window = "SET_WINDOW_PROPERTIES 10|20|640|360|";
+  EXPECT_EQ((Strings{window, window}), finishedActions());
+}
+
 TEST_F(WindowTest, FullScreenSetsThePropertyBeforeTheEvent) {
   introduceFullScreen(false);
   bool seen = false;

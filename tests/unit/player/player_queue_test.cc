@@ -111,6 +111,21 @@ TEST_F(PlayerQueueTest, IsUsed_EvenWhenTheInputWasRefused) {
   EXPECT_TRUE(player->is_used());
 }
 
+TEST_F(PlayerQueueTest, KeepsTheCoordinates_EvenWhenTheResizeWasRefused) {
+  const auto blocked = blockWorker();
+  fillQueue();
+
+  player->setCoordinates(10, 20, 640, 360);
+
+  EXPECT_FALSE(player->positionChanged(10, 20, 640, 360));
+  blocked->release();
+  ASSERT_TRUE(library().waitForCount(isCommand("PAUSE"), 10));
+  EXPECT_EQ(0U, library().count(isCommand("SET_WINDOW_PROPERTIES")));
+  library().clearCalls();
+  ASSERT_TRUE(player->resize());
+  EXPECT_EQ((Strings{"SET_WINDOW_PROPERTIES 10|20|640|360|"}), actionsUntilClosed());
+}
+
 TEST_F(PlayerQueueTest, RunsCommandsOnOneThreadOfItsOwn) {
   player->pause();
   player->seek(1.0);
@@ -233,6 +248,17 @@ TEST_F(PlayerQueueTest, RunsWhatIsPending_WhenItEnds) {
   blocked->release();
 
   EXPECT_EQ((Strings{"INPUT=http://media.example/a.mp4", "PLAY 1.00", "STOP"}), actionsUntilClosed());
+}
+
+TEST_F(PlayerQueueTest, DropsWhatIsBehindTheExitCommand) {
+  const auto blocked = blockWorker();
+  _player_thread_command leave{15, nullptr};
+  ASSERT_TRUE(player->pushCommand(leave));
+  EXPECT_TRUE(player->play(1.0));  // its number goes with the player: the leak checker sees it otherwise
+  blocked->release();
+
+  EXPECT_EQ(Strings{}, actionsUntilClosed());
+  EXPECT_EQ(1U, library().count(isFunction(fakes::Function::kClosePlayer)));
 }
 
 TEST_F(PlayerQueueTest, RunsAFullQueueAndEnds) {

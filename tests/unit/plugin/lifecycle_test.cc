@@ -167,6 +167,11 @@ TEST_F(PluginLifecycleTest, HoldsTheMutexWhileItIsMade) {
   EXPECT_TRUE(second.get());
 }
 
+TEST_F(PluginLifecycleTest, NamesItsMutexes) {
+  EXPECT_STREQ(AVControlPlugin::the_mutex.name(), "AVControlPlugin");
+  EXPECT_STREQ(AVControlPlugin::plugin_handler_mutex.name(), "PluginHandler");
+}
+
 // --- cast
 
 TEST_F(PluginLifecycleTest, CastsNullToNull) { EXPECT_EQ(AVControlPlugin::cast(nullptr), nullptr); }
@@ -517,6 +522,7 @@ std::string longUrl(std::size_t length) { return "http://a/" + std::string(lengt
 INSTANTIATE_TEST_SUITE_P(All, DocumentUrlTest,
                          ::testing::Values(DocumentUrl{"Path", "abc/def/page.html", 17, true},
                                            DocumentUrl{"ThreeBytes", "a/b", 3, false}, DocumentUrl{"FourBytes", "a/bc", 4, true},
+                                           DocumentUrl{"SlashFirst", "/abc", 4, true},
                                            DocumentUrl{"Longest", longUrl(2047), 2047, true},
                                            DocumentUrl{"TooLong", longUrl(2048), 2048, false},
                                            DocumentUrl{"MuchTooLong", longUrl(9000), 9000, false},
@@ -591,6 +597,17 @@ TEST_F(PluginLifecycleTest, RefusedDocumentUrlLeavesTheEarlier) {
   EXPECT_TRUE(plugin.write("data", text("clip.mp4")));
 
   EXPECT_TRUE(library().waitForCall(isWrite("INPUT", "http://page.example/abc/clip.mp4")));
+}
+
+// "/" is no http address: nothing relative can be made of it.
+TEST_F(PluginLifecycleTest, DocumentUrlMayBeNoMoreThanItsFirstSlash) {
+  const auto plugin = makePlugin();
+  const std::string url = "http://page.example/abc/page.html";
+  ASSERT_TRUE(plugin.base->setDocumentUrl(url.c_str(), static_cast<unsigned int>(url.size())));
+
+  EXPECT_TRUE(plugin.base->setDocumentUrl("/abc", 4));
+
+  EXPECT_FALSE(plugin.write("data", text("clip.mp4")));
 }
 
 // --- Questions of the host

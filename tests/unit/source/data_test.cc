@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // "data": which values are taken, what address is made of them, and when playback starts anew.
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -219,6 +220,41 @@ TEST_F(DataTest, AnotherSourceStartsAnew_AlsoOnTheSpecialPages) {
   EXPECT_NE(before, av->getNativePlayerHandle());
 }
 
+TEST_F(DataTest, ANewPlayerTakesTheSameSourceAgain_AlsoOnTheSpecialPages) {
+  ASSERT_TRUE(setDocument(std::string(SPECIAL_HOST_URLS[1]) + "index.html"));
+  ASSERT_TRUE(setData(kFirstUrl));
+  enter(6);
+  ASSERT_EQ("bool:true", plugin.callShown("stop"));  // in error it opens another player
+
+  EXPECT_EQ("string:", data());
+  char* url = nullptr;
+  ASSERT_TRUE(av->getURLForMediaSynchroniser(url));
+  const std::unique_ptr<char, decltype(&std::free)> owned(url, &std::free);
+  EXPECT_STREQ("", url);
+  forget();
+
+  EXPECT_TRUE(setData(kFirstUrl));
+
+  EXPECT_EQ(inputActions(kFirstUrl), finishedActions());
+}
+
+/// A text that takes only the scheme of the document is compared by the length that it would have with the whole folder, which is
+/// not the length of what is kept: it always counts as another one. Deliberate.
+TEST_F(DataTest, TheSameSchemeRelativeTextStartsAnew_AlsoOnTheSpecialPages) {
+  ASSERT_TRUE(setDocument(std::string(SPECIAL_HOST_URLS[1]) + "index.html"));
+  ASSERT_TRUE(setData("//media.example/a.mp4"));
+  const unsigned long first = av->getNativePlayerHandle();
+
+  EXPECT_TRUE(setData("//media.example/a.mp4"));
+
+  EXPECT_NE(first, av->getNativePlayerHandle());
+  EXPECT_EQ("string:http://media.example/a.mp4", data());
+  ASSERT_TRUE(setData("a.mp4"));
+  const unsigned long relative = av->getNativePlayerHandle();
+  EXPECT_TRUE(setData("a.mp4"));
+  EXPECT_EQ(relative, av->getNativePlayerHandle());
+}
+
 TEST_F(DataTest, SpecialPagesAreComparedAsAWhole) {
   EXPECT_FALSE(is_host_url_in_special_list(nullptr));
   EXPECT_FALSE(is_host_url_in_special_list(""));
@@ -422,6 +458,26 @@ TEST_F(DataTest, ThePageMustPlayTheQueuedMediaItself) {
   EXPECT_EQ((Strings{"SET_WINDOW_PROPERTIES 0|0|1280|720|", "PLAY 1.00", "SET_WINDOW_PROPERTIES 0|0|1280|720|"}),
             finishedActions());
   EXPECT_EQ(4, state());
+}
+
+/// A new "data" forgets the connection; queued media that takes over does not: play() need not wait to be told of it again.
+/// Deliberate.
+TEST_F(DataTest, TheConnectionStaysKnown_WhenQueuedMediaBecomesTheSource) {
+  ASSERT_TRUE(setData(kFirstUrl));
+  ASSERT_TRUE(say("READY_TO_PLAY"));
+  ASSERT_TRUE(say("CONNECTED"));
+  ASSERT_EQ("bool:true", plugin.callShown("play"));
+  ASSERT_TRUE(say("BUFFER_READY"));
+  ASSERT_EQ("bool:true", plugin.callShown("queue", {text(kNextUrl)}));
+  ASSERT_TRUE(say("FINISHED"));
+  ASSERT_TRUE(library().waitForCall(isWrite("INPUT", kNextUrl)));
+  ASSERT_TRUE(say("READY_TO_PLAY"));
+  forget();
+
+  EXPECT_EQ("bool:true", plugin.callShown("play"));
+
+  EXPECT_EQ((Strings{"onPlayStateChange(int:3)", "onPlayStateChange(int:4)"}), events(plugin));
+  EXPECT_EQ((Strings{"SET_WINDOW_PROPERTIES 0|0|1280|720|", "PLAY 1.00"}), finishedActions());  // from buffering: one resize
 }
 
 }  // namespace

@@ -106,6 +106,20 @@ TEST_F(StateMachineTest, TheNewStateIsCurrent_WhenTheEventIsRaised) {
   EXPECT_EQ(3, seen);
 }
 
+TEST_F(StateMachineTest, TheOldStateIsStillCurrent_WhenThePropertyChanges) {
+  enter(1);
+  int seen = -1;
+  log().setHook([&](const fixture::Entry& entry) {
+    if (shown(entry) == "playState=int:4") {
+      seen = state();
+    }
+  });
+
+  machine().transitTo(4);
+
+  EXPECT_EQ(1, seen);
+}
+
 TEST_F(StateMachineTest, RaisesTheEventOnTheThreadOfTheTransition) {
   std::thread other([this] { machine().transitTo(3); });
   const std::thread::id id = other.get_id();
@@ -141,6 +155,16 @@ TEST_F(StateMachineTest, EnteringStoppedClearsTheQueuedMedia) {
 
   machine().transitTo(0);
 
+  EXPECT_FALSE(av->alreadyHasQueuedMedia());
+}
+
+TEST_F(StateMachineTest, EnteringStoppedClearsTheQueuedMedia_AlsoSilentlyFromError) {
+  enter(6);
+  av->queueUrl(kNextUrl, lengthOf(kNextUrl));
+
+  machine().transitTo(0);
+
+  EXPECT_EQ((Strings{"playState=int:0"}), hostEntries());
   EXPECT_FALSE(av->alreadyHasQueuedMedia());
 }
 
@@ -350,6 +374,20 @@ TEST_F(StateMachineTest, StoppedAndFinishedClearTheItemEvenWhenTheyRefuse) {
   }
 }
 
+TEST_F(StateMachineTest, StoppedAndFinishedClearTheItem_WhenTheyPlayAnotherAtOnce) {
+  for (const int id : {0, 5}) {
+    ASSERT_TRUE(av->setDataProperty(kFirstUrl, lengthOf(kFirstUrl)));
+    enter(id);
+    av->queueUrl(kFirstUrl, lengthOf(kFirstUrl));
+    EXPECT_TRUE(machine().onQueue(kNextUrl, lengthOf(kNextUrl))) << id;
+    drain();
+    EXPECT_LT(0U, library().count(fakes::isWrite("INPUT", kNextUrl))) << id;
+    EXPECT_EQ(0U, library().count(fakes::isWrite("INPUT", kFirstUrl))) << id;
+    EXPECT_EQ(std::string("string:") + kNextUrl, plugin.readShown("data")) << id;
+    ASSERT_FALSE(av->alreadyHasQueuedMedia()) << id;
+  }
+}
+
 TEST_F(StateMachineTest, ErrorKeepsTheItem) {
   enter(6);
   av->queueUrl(kNextUrl, lengthOf(kNextUrl));
@@ -399,6 +437,26 @@ TEST_F(StateMachineTest, StopInErrorOpensAnotherPlayer) {
   EXPECT_NE(0UL, av->getNativePlayerHandle());
   EXPECT_EQ((std::vector<unsigned long>{av->getNativePlayerHandle()}), library().openHandles());
   EXPECT_EQ(0, state());
+}
+
+TEST_F(StateMachineTest, StopInErrorOpensTheOtherPlayer_BeforeTheStateChanges) {
+  enter(6);
+  const unsigned long before = av->getNativePlayerHandle();
+  Strings calls;
+  log().setHook([&](const fixture::Entry& entry) {
+    if (shown(entry) != "playState=int:0") {
+      return;
+    }
+    for (const fakes::Call& call : library().calls()) {
+      if (call.function == fakes::Function::kClosePlayer || call.function == fakes::Function::kOpenPlayer) {
+        calls.push_back(describe(call));
+      }
+    }
+  });
+
+  EXPECT_TRUE(machine().onStop());
+
+  EXPECT_EQ((Strings{"closePlayer(" + std::to_string(before) + ")", "openPlayer(0)"}), calls);
 }
 
 TEST_F(StateMachineTest, StopInErrorStops_EvenWhenNoOtherPlayerCanBeOpened) {
