@@ -137,8 +137,10 @@ void Browser::makeContext() {
     webkit_web_context_add_path_to_sandbox(m_context, libraries.c_str(), TRUE);
     webkit_web_context_set_sandbox_enabled(m_context, TRUE);
   }
+  WebKitCookieManager* const cookies = webkit_web_context_get_cookie_manager(m_context);
+  // Applications have parts of other hosts, a consent to tracking above all, that know the viewer by a cookie.
+  webkit_cookie_manager_set_accept_policy(cookies, WEBKIT_COOKIE_POLICY_ACCEPT_ALWAYS);
   if (!m_options.keepNothing) {
-    WebKitCookieManager* const cookies = webkit_web_context_get_cookie_manager(m_context);
     const std::string file = std::string(g_get_user_data_dir()) + "/avcontrol/browser/cookies";
     webkit_cookie_manager_set_persistent_storage(cookies, file.c_str(), WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
   }

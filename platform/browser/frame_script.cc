@@ -75,6 +75,7 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "applicationTable",
                       compile("avc-browser:application-table", script::kApplicationTableSource));
   script::setProperty(m_context, parts, "controls", compile("avc-browser:controls", script::kControlsSource));
+  script::setProperty(m_context, parts, "listeners", compile("avc-browser:listeners", script::kListenersSource));
   script::setProperty(m_context, parts, "directedFocus", compile("avc-browser:directed-focus", script::kDirectedFocusSource));
   return parts;
 }

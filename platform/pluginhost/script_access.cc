@@ -69,8 +69,8 @@ bool isNumberOrBoolean(const _CorvelNativeVariant& value) {
   return value.details.type == CORVEL_BOOLEAN || value.details.type == CORVEL_INTEGER || value.details.type == CORVEL_DOUBLE;
 }
 
-/// A setter gets the value as script wrote it, with two exceptions for text rows, whose setters look at pointer and length only:
-/// an object never reaches them, and the rows that mirror an attribute get numbers and booleans as the attribute's text.
+/// A setter gets the value as script wrote it, with two exceptions for text rows: an object never reaches them,
+/// and the rows that mirror an attribute get numbers and booleans as the attribute's text.
 bool runSetter(CorvelNativePropertyBase& object, const CorvelNativeProperty& property, const _CorvelNativeVariant& value) {
   const CorvelNativeVariantDetails& details = property.defaultValue.details;
   if (details.type != CORVEL_STRING) return property.setter(&object, &value);

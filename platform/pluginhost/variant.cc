@@ -14,7 +14,7 @@ namespace {
 constexpr _CorvelNativeString kNothing{nullptr, 0, 0};
 static_assert(sizeof(_CorvelNativeString) == sizeof(_CorvelNativeObject), "zeroing the text zeroes every value byte");
 
-/// Ends the life of the value and leaves all value bytes zero: setters look at text and length without looking at the type.
+/// Ends the life of the value and leaves all value bytes zero: a number never looks like a text with a length.
 void release(_CorvelNativeVariant& variant) {
   if (variant.details.type == CORVEL_STRING && variant.string.owned != 0) std::free(const_cast<char*>(variant.string.text));
   if (variant.details.type == CORVEL_OBJECT) std::destroy_at(&variant.object);

@@ -38,8 +38,10 @@
     InBandSubtitleData: ['data'],
     SubtitleFontFamily: ['family', 'location'],
     InBandSubtitleShowHide: ['show'],
+    InBandSubtitleChange: [],
     SubtitleSettingsChanged: ['value', 'text'],
     StartStopSubtitlePlayer: ['start'],
+    PlayerHandle: ['handle'],
     DRMRightsError: ['errorState', 'contentID', 'DRMSystemID', 'rightsIssuerURL'],
     ParentalRatingChange: ['contentID', 'ratings', 'DRMSystemID', 'blocked'],
     ParentalRatingError: ['contentID', 'ratings', 'DRMSystemID'],
@@ -91,6 +93,7 @@
   const removed = sealed(new Set());      // elements that left their document meanwhile
   const attributes = sealed(new Map());   // attribute name -> row name
   const handlers = sealed(new Map());     // lower-case handler name -> handler name
+  const values = sealed(new Set());       // names of the other rows
   let rowsDefined = false;
   let geometryChanged = false;
 
@@ -114,6 +117,24 @@
     return upgrade(element);
   }
 
+  // In XML an attribute's name keeps its letters.
+  function attributeOf(element, name) {
+    const value = page.getAttribute(element, name);
+    return value === null ? page.getAttribute(element, name.toLowerCase()) : value;
+  }
+
+  // What a page has set while the element was another one is the element's own, and would hide its rows for ever.
+  function takeOwn(element) {
+    const own = [];
+    for (const name of values) {
+      const descriptor = Object.getOwnPropertyDescriptor(element, name);
+      if (descriptor === undefined || !descriptor.writable || !descriptor.configurable) continue;
+      own.push([name, descriptor.value]);
+      delete element[name];
+    }
+    return own.sort(([name], [other]) => Number(name === 'data') - Number(other === 'data'));  // the source comes last
+  }
+
   function upgrade(element, fullScreen = false) {
     const object = native.create();
     if (object === null || object === undefined) {  // undefined: the window has gone
@@ -123,7 +144,9 @@
     }
     const id = native.id(object);
     if (!rowsDefined) defineRows(native.rows(id));
-    const record = { object, id, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
+    const own = takeOwn(element);
+    const type = page.getAttribute(element, 'type');
+    const record = { object, id, type, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
       subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null } };
     records.set(element, record);
     if (typeOf(element) !== kSubtitleType) objects.set(element, object);
@@ -134,13 +157,14 @@
     if (page.userAgent !== undefined) object.userAgent = page.userAgent;
     upgraded(element);
     applyMarkup(element, record);
+    for (const [name, value] of own) assign(element, record, name, value);
     return record;
   }
 
   // The source comes last: most of the others take effect when a source is set.
   function applyMarkup(element, record) {
-    for (const [name, row] of attributes) {
-      const value = page.getAttribute(element, name);
+    for (const row of attributes.values()) {
+      const value = attributeOf(element, row);
       if (value !== null) record.object[row] = value;
     }
     if (typeOf(element) === kSubtitleType) beSubtitlesOnly(record);
@@ -148,7 +172,7 @@
     for (const [name, value] of parameters) applyParameter(record, name, value);
     addSubtitles(element, record, parameters);
     for (const name of handlers.values()) {
-      const text = page.getAttribute(element, name);
+      const text = attributeOf(element, name);
       if (text !== null && !Object.hasOwn(element, name)) compileHandler(element, name, text);
     }
     placeWindow(element, record);
@@ -311,19 +335,23 @@
       retire(element, record);
       return;
     }
+    const type = page.getAttribute(element, 'type');
+    if (type === record.type) return;  // the same once more changes nothing
+    record.type = type;
     if ((typeOf(element) === kSubtitleType) !== (record.clock !== null)) {
       stopClock(element, record);
       return;
     }
     if (stateOf(record) !== kStopped) record.object.stop();
     if (stateOf(record) === kStopped) {
-      record.object.type = page.getAttribute(element, 'type');
+      record.object.type = type;
       return;
     }
     startAfresh(element, record);  // a stop is refused while connecting
   }
 
   function compileHandler(element, name, text) {
+    if (name === 'onFocus' && typeof element.onfocus === 'function') return;  // in HTML one name for two: it is the engine's
     const type = name.slice(2);
     try {
       element[name] = text === null ? null : new Function(...(kFields[type] || ['event']), text);
@@ -340,7 +368,7 @@
 
   function attributeChanged(element, attribute) {
     const name = attribute.toLowerCase();
-    const value = page.getAttribute(element, name);
+    const value = page.getAttribute(element, attribute);
     if (name === 'type') refused.delete(element);
     const record = records.get(element);
     if (record === undefined) {
@@ -352,8 +380,7 @@
     } else if (attributes.has(name) && value !== null) {
       record.object[attributes.get(name)] = value;
     }
-    // In XML an attribute's name keeps its letters.
-    if (record !== undefined && handlers.has(name)) compileHandler(element, handlers.get(name), page.getAttribute(element, attribute));
+    if (record !== undefined && handlers.has(name)) compileHandler(element, handlers.get(name), value);
     if (name === 'style' || name === 'width' || name === 'height') layoutChanged();
   }
 
@@ -543,14 +570,16 @@
     for (const row of rows.properties) {
       if (row.access === kAccessAttribute) attributes.set(row.name.toLowerCase(), row.name);
       if (row.type === kTypeHandler) handlers.set(row.name.toLowerCase(), row.name);
+      else values.add(row.name);
     }
-    const values = rows.properties.map((row, index) => [row.name, row.type === kTypeHandler ? null : makeGetter(row, index)])
+    for (const type of Object.keys(kFields)) handlers.set('on' + type.toLowerCase(), 'on' + type);
+    const getters = rows.properties.map((row, index) => [row.name, row.type === kTypeHandler ? null : makeGetter(row, index)])
       .filter(([, makeRead]) => makeRead !== null);
     const methods = rows.methods
       .map((name, index) => [name, calls[name] === undefined ? makePlainMethod(name, index) : makeMethod(name, calls[name])]);
     methods.push(['setFullScreen', makeMethod('setFullScreen', setFullScreen)]);
     for (const prototype of page.prototypes) {
-      for (const [name, makeRead] of values) defineProperty(prototype, name, makeRead);
+      for (const [name, makeRead] of getters) defineProperty(prototype, name, makeRead);
       for (const [name, method] of methods) defineMethod(prototype, name, method);
       // A page's handler becomes the element's own property: the collector then sees what it refers to.
       for (const name of handlers.values()) Object.defineProperty(prototype, name, { value: null, writable: true, configurable: true });

@@ -122,6 +122,11 @@ class LifeTest(television.Case):
         self.browse("playing.html", "--wait", frame, "--wait", "window.starter", "--wait", "starter.createApplication('../keys.html?next', false) !== null",
                     "--wait", "location.href.endsWith('/pages/keys.html?next')")
 
+    def test_frame_starts_another_application_and_ends_its_own(self):
+        run = self.browse("frames.html", "--wait", "ready === 2 && act('near', '%s.createApplication(`playing.html?next`, false); %s.destroyApplication()')" %
+                          (APPLICATION, APPLICATION), "--wait", "location.search === '?next' && playing()")
+        self.assertAllClosed(run)
+
     def test_application_that_goes_on_at_a_place_of_its_own_can_still_end_itself(self):
         run = self.browse("playing.html", "--wait", "playing()", "--wait", "%s.createApplication(location.pathname + '#place', false) !== null" % APPLICATION,
                           "--wait", "location.hash === '#place' && (%s.destroyApplication(), true)" % APPLICATION, "--wait", "location.href === 'about:blank'")

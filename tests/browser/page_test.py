@@ -59,6 +59,14 @@ class DocumentTest(television.Case):
         private = self.browse("keeping.html", "--wait", "done")
         self.assertEqual(private.logged(), ["null "])
 
+    def test_page_that_writes_itself_anew_is_heard_and_works_by_keys(self):
+        run = self.browse("written.html", "--wait", "window.box && document.activeElement === box", "--keys", "Enter", "--wait", "box.checked", status=1)
+        self.assertEqual([line.split(" (")[0] for line in run.lines("uncaught: ")],
+                         ["ReferenceError: Can't find variable: " + name for name in ("early", "late")])
+
+    def test_parts_of_other_hosts_have_cookies(self):
+        self.assertEqual(self.browse("consent.html", "--wait", "done").logged(), ["part: consent=given"])
+
     def test_television_fonts_are_stood_in_for(self):
         self.assertEqual(self.browse("fonts.html", "--wait", "done").logged(), ["fine"])
 
@@ -465,6 +473,11 @@ class EnvironmentTest(television.Case):
         self.browse("player.html", "--wait", "done", "--user-agent", "Telly/2")
         agents = {entry["agent"] for entry in self.requests() if entry["path"].endswith("/two.mp4")}
         self.assertEqual(agents, {"Telly/2"})
+
+    def test_attributes_of_xhtml_keep_their_letters(self):
+        self.browse("document.xhtml", "--wait", "done")
+        agents = {entry["agent"] for entry in self.requests() if entry["path"].endswith("/tail.mp4")}
+        self.assertEqual(agents, {"Telly/9"})
 
 
 if __name__ == "__main__":

@@ -11,7 +11,7 @@
 //       frameOffset(parentWindow) -> {x, y, across, down, covered}: where this window's page is on the plane, how large its pixels are
 //       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
-// parts: {inspect, screen, keys, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium, environment, boxes,
+// parts: {inspect, listeners, screen, keys, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium, environment, boxes,
 // stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
@@ -28,6 +28,7 @@
   const uncurry = (method) => Function.prototype.call.bind(method);
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const settings = JSON.parse(host.settings);
+  const listen = parts.listeners();
 
   const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
   const isTop = window.top === window;
@@ -125,7 +126,7 @@
     for (let i = 0; i < found.length; i += 1) visit(found[i]);
   }
 
-  const tvMedium = parts.tvMedium();
+  const tvMedium = parts.tvMedium(listen);
   const observer = new MutationObserver((records) => changed(records));
   observe(observer, document, {
     childList: true, subtree: true, attributes: true,
@@ -212,7 +213,7 @@
   });
 
   for (const type of ['scroll', 'resize', 'load', 'transitionrun', 'animationstart', 'fullscreenchange']) {
-    addListener(window, type, layoutMayHaveChanged, { capture: true, passive: true });
+    listen(window, type, layoutMayHaveChanged, { capture: true, passive: true });
   }
 
   function origin() {
@@ -344,7 +345,7 @@
     const listener = (event) => {
       if (!event.defaultPrevented) tell(event);
     };
-    addListener(window, type, () => {
+    listen(window, type, () => {
       removeListener(window, type, listener);
       addListener(window, type, listener);
     }, true);
@@ -357,14 +358,14 @@
     host.uncaught(text, String(event.filename), Number(event.lineno) || 0);
   });
   // Of what an element of the page names only the capturing listener hears; it may be an A/V Control object, which has no such error.
-  addListener(window, 'error', ({ target }) => {
+  listen(window, 'error', ({ target }) => {
     if (!(target instanceof Element) || isElement(target)) return;
     const address = getAttribute(target, 'src') || getAttribute(target, 'href');
     if (address !== null) host.print('error', 'cannot be loaded: ' + resolveUrl(address, baseUri(target)), documentAddress(document), 0);
   }, true);
 
   // The engine shows such a page as far as it got, with a box of its own that says why.
-  addListener(document, 'DOMContentLoaded', () => {
+  listen(document, 'DOMContentLoaded', () => {
     const box = contentType(document) === 'text/html' ? null : documentQuery(document, 'parsererror')[0];
     if (!box) return;
     const [, text, line] = /(error on line (\d+)[^\n]*?)(?:Below is|\n|$)/.exec(textContent(box)) || [null, textContent(box), 0];
@@ -394,7 +395,7 @@
   parts.keys();
   parts.bodyKeys();
   parts.applicationTable((text) => host.uncaught(text, documentAddress(document), 0));
-  parts.controls(parts.directedFocus(tvMedium.widenRules));
+  parts.controls(listen, parts.directedFocus(listen, tvMedium.widenRules));
   parts.namedEntities();
   parts.environment({
     settings, subtitlesEnabled: host.subtitlesEnabled, isElement, getAttribute, warn: (text) => host.print('warn', text, '', 0),
@@ -439,7 +440,7 @@
   });
 
   // A page may send events of that name itself.
-  addListener(window, 'pagehide', ({ isTrusted }) => { if (isTrusted) host.ended(); }, true);
+  listen(window, 'pagehide', ({ isTrusted }) => { if (isTrusted) host.ended(); }, true);
 
   return {
     fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,

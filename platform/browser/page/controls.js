@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// (moveFocus) -> undefined: what keys do that the page leaves alone. Enter works the controls that the engine has a mouse or a space bar
+// (listen, moveFocus) -> undefined: what keys do that the page leaves alone. Enter works the controls that the engine has a mouse or a space bar
 // for: it opens the list of a <select>, and turns check boxes and radio buttons. Arrows go where the page's style says.
-// moveFocus: see directed_focus.js
-(function (moveFocus) {
+// listen: see listeners.js    moveFocus: see directed_focus.js
+(function (listen, moveFocus) {
   'use strict';
 
   const { Element, HTMLSelectElement, HTMLInputElement, HTMLTextAreaElement, MouseEvent } = window;
@@ -55,7 +55,7 @@
   }
 
   // Behind the page's own listeners.
-  addListener(window, 'keydown', (event) => {
+  listen(window, 'keydown', (event) => {
     removeListener(window, 'keydown', onKey);
     if (event.isTrusted) addListener(window, 'keydown', onKey);
   }, true);

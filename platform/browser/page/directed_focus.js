@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// (widenRules) -> move(element, direction): moves the focus from the element as the page's style properties nav-up, nav-right, nav-down
+// (listen, widenRules) -> move(element, direction): moves the focus from the element as the page's style properties nav-up, nav-right, nav-down
 // and nav-left say (CSS Basic User Interface Level 3); false when they say nothing. The engine drops these properties, so they are read
 // from the text of the style sheets, made custom properties, and left to the engine's cascade while an arrow is looked at. Linked
 // sheets are fetched once more, as soon as something has the focus; until their text is there they say nothing.
-// widenRules: see tv_medium.js
-(function (widenRules) {
+// listen: see listeners.js    widenRules: see tv_medium.js
+(function (listen, widenRules) {
   'use strict';
 
   const { document, CSS, CSSStyleSheet, CSSStyleRule, CSSGroupingRule, CSSImportRule, HTMLElement } = window;
@@ -44,7 +44,6 @@
   const isGood = getter(Response.prototype, 'ok');
   const textOfAnswer = uncurry(Response.prototype.text);
   const then = uncurry(Promise.prototype.then);
-  const addListener = uncurry(EventTarget.prototype.addEventListener);
   const known = uncurry(WeakMap.prototype.get);
   const keep = uncurry(WeakMap.prototype.set);
   const exec = uncurry(RegExp.prototype.exec);
@@ -135,7 +134,7 @@
     return translated;
   }
 
-  addListener(window, 'focusin', collectAll, true);
+  listen(window, 'focusin', collectAll, true);
 
   function fromSheets(element, direction) {
     const translated = collectAll();

@@ -6,6 +6,7 @@ namespace script {
 
 extern const char kBrowserPageSource[];
 extern const char kInspectSource[];
+extern const char kListenersSource[];
 extern const char kScreenSource[];
 extern const char kRemoteKeysSource[];
 extern const char kBodyKeysSource[];

@@ -107,6 +107,10 @@
 
   const rootElement = () => fromTop((top) => top.document.documentElement) || document.documentElement;
 
+  function absolute(address) {
+    return isWebAddress(address) ? new URL(address, document.baseURI).href : address;
+  }
+
   function isWebAddress(address) {
     try {
       return /^https?:/i.test(new URL(address, document.baseURI).protocol);
@@ -129,13 +133,17 @@
   function ownerApplication() {
     if (window.top === window) return application;
     const shared = fromTop((top) => top.oipfObjectFactory.createApplicationManagerObject().getOwnerApplication(top.document));
-    return shared === undefined ? application : new Proxy(shared, ofThisDocument);
+    if (shared === undefined) return application;
+    if (!seenHere.has(shared)) seenHere.set(shared, new Proxy(shared, ofThisDocument));
+    return seenHere.get(shared);
   }
+
+  const seenHere = new WeakMap();  // the top window's application, as this frame sees it
 
   // What a frame calls a relative address is so to the frame.
   const ofThisDocument = {
-    get(shared, name) {
-      if (name === 'createApplication') return application.createApplication;
+    get(shared, name, here) {
+      if (name === 'createApplication') return (address) => (shared.createApplication(absolute(address)) === null ? null : here);
       const value = shared[name];
       return typeof value === 'function' && !String(name).startsWith('on') ? value.bind(shared) : value;
     },
@@ -198,6 +206,7 @@
 
   // ---- a DRM agent that has no DRM system to pass messages to: keys are the viewer's to give
 
+  const kDrmSystemUnknown = 1;
   let messages = 0;
 
   const drmAgent = {
@@ -207,6 +216,9 @@
       tellLater(this, 'DRMMessageResult', { msgID: id, resultMsg: '', resultCode: kUnknownDrmSystem });
       return id;
     },
+    DRMSystemStatus: () => kDrmSystemUnknown,
+    canPlayContent: () => false,
+    canRecordContent: () => false,
   };
 
   // Handlers get the fields as arguments, listeners as members of the event.
@@ -236,6 +248,8 @@
     return null;
   }
 
+  const streamListeners = new Set();  // that have not been told of their error
+
   const broadcast = {
     playState: kStopped,
     COMPONENT_TYPE_VIDEO: 0,
@@ -249,7 +263,10 @@
       return null;
     },
     setChannel(channel) {
-      if (channel === null || channel === undefined) return;  // gives the channel back
+      if (channel === null || channel === undefined) {  // gives the channel back
+        tellLater(this, 'ChannelChangeSucceeded', { channel: null });
+        return;
+      }
       page.warn('setChannel: there is no tuner');
       tellLater(this, 'ChannelChangeError', { channel, errorState: kNoResources });
     },
@@ -260,17 +277,24 @@
     setFullScreen() {},
     setVolume: () => false,
     getVolume: () => 0,
-    getChannelConfig: () => ({ channelList: { length: 0, item: () => undefined, getChannel: () => null, getChannelByTriplet: () => null }, currentChannel: null }),
+    getChannelConfig: () => ({ channelList: { length: 0, item: () => undefined, getChannel: () => null, getChannelByTriplet: () => null,
+      getChannelBySourceID: () => null }, currentChannel: null }),
     createChannelObject: () => null,
     getComponents: () => ({ length: 0, item: () => undefined }),
     getCurrentActiveComponents: () => ({ length: 0, item: () => undefined }),
     selectComponent() {},
     unselectComponent() {},
     addStreamEventListener(url, name, listener) {
-      const event = Object.assign(new Event('StreamEvent'), { name: String(name), data: '', text: '', status: 'error' });
-      setTimeout(() => callSafely(listener, this, [event]), 0);
+      const entry = { element: this, url: String(url), name: String(name), listener };
+      streamListeners.add(entry);
+      const event = Object.assign(new Event('StreamEvent'), { name: entry.name, data: '', text: '', status: 'error' });
+      setTimeout(() => { if (streamListeners.delete(entry)) callSafely(listener, this, [event]); }, 0);
     },
-    removeStreamEventListener() {},
+    removeStreamEventListener(url, name, listener) {
+      for (const entry of streamListeners) {
+        if (entry.element === this && entry.url === String(url) && entry.name === String(name) && entry.listener === listener) streamListeners.delete(entry);
+      }
+    },
   };
 
   const objectTypes = new Map([

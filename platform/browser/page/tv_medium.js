@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for "screen" do. The
+// (listen) -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for "screen" do. The
 // engine takes a television's medium for one that nothing is. apply() is to be called after nodes have been added. widenRules(rules)
-// does it to the rules of a sheet that is not the document's.
-(function () {
+// does it to the rules of a sheet that is not the document's. listen: see listeners.js
+(function (listen) {
   'use strict';
 
   const { apply } = Reflect;
@@ -24,7 +24,6 @@
   const getAttribute = uncurry(Element.prototype.getAttribute);
   const elementQuery = uncurry(Element.prototype.querySelectorAll);
   const setAttribute = uncurry(Element.prototype.setAttribute);
-  const addListener = uncurry(EventTarget.prototype.addEventListener);
   const replace = uncurry(String.prototype.replace);
 
   const kTelevision = /(^|,)(\s*(?:(?:only|not)\s+)?)tv(?![-\w(])/gi;
@@ -100,10 +99,10 @@
     if (areSheetsNew) widenAll();
   }
 
-  addListener(window, 'load', ({ target }) => {
+  listen(window, 'load', ({ target }) => {
     if (target === document || target instanceof HTMLLinkElement || target instanceof HTMLStyleElement) widenAll();
   }, true);
-  addListener(document, 'DOMContentLoaded', widenAll);
+  listen(document, 'DOMContentLoaded', widenAll);
 
   const match = window.matchMedia;
   defineProperty(window, 'matchMedia', {

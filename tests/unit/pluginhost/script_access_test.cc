@@ -135,7 +135,7 @@ TEST_F(ScriptAccessTest, OtherTextSettersGetEachValueAsScriptWroteIt) {
   EXPECT_EQ(m_plugin.setterCalls[1].type, CORVEL_NO_VALUE);
 }
 
-// Setters of text rows read pointer and length whatever the type code says: an object's bytes there would be read as a text.
+// An object's bytes, read as a text's, would be one of any length.
 TEST_F(ScriptAccessTest, TextSettersNeverGetAnObject) {
   const auto object = std::make_shared<FakeScriptObject>();
 

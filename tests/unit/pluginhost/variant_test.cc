@@ -48,7 +48,7 @@ TEST(VariantTest, NumbersLeaveNoTextBehind) {
 
   cvnplUtil::set(3, variant);
 
-  EXPECT_EQ(variant.string.length, 0U) << "setters look at the length without looking at the type";
+  EXPECT_EQ(variant.string.length, 0U) << "whoever does not look at the type finds no text";
 }
 
 TEST(VariantTest, IntegerZeroUnderADoubleTypeCodeReadsAsZero) {

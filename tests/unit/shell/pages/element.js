@@ -69,6 +69,26 @@ page(() => {
   equal(typeof parsed.querySelector('object').onPlayStateChange, 'function', 'a handler in markup');
   equal(parsed.querySelector('embed').data, 'http://media.example/app/a.ts', 'the source of an embed in markup');
 
+  const heard = [];
+  window.heard = (name) => heard.push(name);
+  parsed.innerHTML = '<object type="video/mp4" onPlayerHandle="heard(\'player\')" onInBandSubtitleChange="heard(\'text\')"></object>';
+  for (const name of ['onPlayerHandle', 'onInBandSubtitleChange']) {
+    equal(typeof parsed.querySelector('object')[name], 'function', name + ' in markup');
+  }
+
+  // What a page sets before the type that makes the object.
+  for (const name of ['object', 'embed']) {
+    const late = document.createElement(name);
+    late.data = 'late.mp4';
+    late.loop = '2';
+    late.persist = true;
+    late.type = 'video/mp4';
+    equal([late.data, late.loop, late.persist].join(), 'http://media.example/app/late.mp4,2,true', 'set before the type, ' + name);
+    equal(late.getAttribute('loop'), '2', 'as attribute, ' + name);
+    late.loop = '3';
+    equal(late.getAttribute('loop'), '3', 'and later, ' + name);
+  }
+
   // A method belongs to its element.
   const method = element.stop;
   let thrown = null;

@@ -52,4 +52,15 @@ page(async () => {
   equal(after, 0, 'events of a removed object');
   equal(gone.playState, 0, 'a removed object starts anew when it is used again');
   equal(typeof gone.play, 'function', 'and is live');
+
+  // The type that it has already is no other one.
+  const same = document.body.appendChild(makeObject());
+  same.data = 'clip?ms=200';
+  reached = state(same, 1);
+  same.play(1);
+  await reached;
+  same.type = same.getAttribute('type');
+  equal(same.playState, 1, 'plays on');
+  same.type = 'video/mpeg';
+  equal(same.playState, 0, 'another type stops it');
 });
