@@ -5,11 +5,15 @@
 
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "parental/parental_rating_collection.h"
 #include "parental/parental_rating_object.h"
+#include "platform/pluginhost/object_state.h"
 #include "plugin/av_control_plugin.h"
+#include "tests/support/blocked_worker.h"
 #include "tests/support/script_object.h"
 
 using fixture::integer;
@@ -120,6 +124,30 @@ TEST_F(ParentalRatingCollectionTest, ItemFails_AndKeepsTheValues_WhenThereIsNone
   EXPECT_THAT(values(rating), ElementsAre("string:16", "string:dvb-si", "int:13", "int:3", "string:DE"));
 }
 
+/// Through the row itself: what script is given does not tell a failed call from null.
+TEST_F(ParentalRatingCollectionTest, ItemSucceeds_OnlyWithARating) {
+  const CorvelNativeFunction item = HbbTVParentalRatingCollectionAVClass::sm_methods[0].function;
+  library().setProperty("PARENTAL_RATING.ITEM.2", "NOT_AVAILABLE");
+  _CorvelNativeVariant result;
+  for (const int index : {0, 1}) {
+    const _CorvelNativeVariant argument = integer(index);
+    EXPECT_TRUE(item(ratings.get(), &argument, 1, &result)) << index;
+    EXPECT_EQ(fixture::shown(result), "object") << index;
+  }
+
+  for (const int none : {2, 3}) {
+    const _CorvelNativeVariant argument = integer(none);
+    result = integer(77);
+    EXPECT_FALSE(item(ratings.get(), &argument, 1, &result)) << none;
+    EXPECT_EQ(fixture::shown(result), "object:(null)") << none;
+  }
+
+  const _CorvelNativeVariant negative = integer(-1);
+  result = integer(77);
+  EXPECT_FALSE(item(ratings.get(), &negative, 1, &result));
+  EXPECT_EQ(fixture::shown(result), "int:77") << "left alone";
+}
+
 TEST_F(ParentalRatingCollectionTest, ItemWithoutAnArgumentIsTheFirst) {
   _CorvelNativeVariant result;
 
@@ -149,6 +177,27 @@ TEST_F(ParentalRatingCollectionTest, RowsFail_OnAnotherObject) {
   EXPECT_EQ(HbbTVParentalRatingCollectionAVClass::cast(ratings.get()), ratings.get());
 }
 
+/// Not by way of the player's queue: script waits for the answer.
+TEST_F(ParentalRatingCollectionTest, AsksOnTheCallersThread_WhateverTheWorkerDoes) {
+  const auto player = AVControlPlugin::cast(plugin.base.get())->player();
+  const fixture::BlockedWorker blocked(library(), [&] { EXPECT_TRUE(player->stopBroadcast()); });
+  ASSERT_TRUE(player->setLoopParam("queued"));
+  library().clearCalls();
+
+  EXPECT_EQ(readShown(ratings, "length"), "int:2");
+  EXPECT_EQ(readShown(itemOf(ratings, 0), "name"), "string:16");
+
+  EXPECT_THAT(library().actions(), IsEmpty()) << "nothing waited for the worker";
+  EXPECT_THAT(reads(), ElementsAre("PARENTAL_RATING.LENGTH 128", "PARENTAL_RATING.ITEM.0 4096"));
+  for (const auto& call : library().calls()) EXPECT_EQ(call.thread, std::this_thread::get_id()) << call.name;
+}
+
+/// The host keeps it for a debugger's eyes.
+TEST_F(ParentalRatingCollectionTest, HasThePluginForAParent_AndItsRatingHasTheCollection) {
+  EXPECT_EQ(ratings->state()->parent, plugin.base.get());
+  EXPECT_EQ(itemOf(ratings, 0)->state()->parent, ratings.get());
+}
+
 /// The host may substitute the class: the method goes through the virtual table.
 TEST_F(ParentalRatingCollectionTest, ItemIsVirtual) {
   class Empty : public HbbTVParentalRatingCollectionAVClass {
@@ -167,6 +216,45 @@ TEST_F(ParentalRatingCollectionTest, ItemIsVirtual) {
 
   EXPECT_EQ(empty->asked, 4);
   EXPECT_EQ(readShown(empty, "length"), "int:-1") << "it has no plugin";
+}
+
+// --- While the element lives
+
+/// A browser may initialise twice: the next event has a new collection, and the first one goes.
+TEST_F(ParentalRatingCollectionTest, IsReplaced_OnASecondInitialisation) {
+  ASSERT_NE(ratings, nullptr);
+  const ScriptObject rating = itemOf(ratings, 0);
+
+  ASSERT_TRUE(plugin.base->initPlugin());
+  log().clear();
+  const ScriptObject next = ratingsOf(plugin);
+
+  ASSERT_NE(next, nullptr);
+  EXPECT_NE(next, ratings);
+  EXPECT_NE(itemOf(next, 0), rating);
+  EXPECT_EQ(readShown(next, "length"), "int:2");
+  EXPECT_EQ(readShown(ratings, "length"), "int:2") << "one that script holds still answers";
+  const std::weak_ptr<CorvelNativePropertyBase> first = std::exchange(ratings, nullptr);
+  drainEvents();  // they hold their arguments
+  EXPECT_TRUE(first.expired());
+}
+
+TEST_F(ParentalRatingCollectionTest, StaysTheSame_AndAsksTheNewPlayer_AfterARenewal) {
+  const ScriptObject rating = itemOf(ratings, 0);
+  ASSERT_NE(rating, nullptr);
+
+  ASSERT_TRUE(AVControlPlugin::cast(plugin.base.get())->resetPlayer());
+  TestPlugin renewed = plugin;
+  renewed.handle = library().lastHandle();
+  ASSERT_NE(renewed.handle, plugin.handle);
+  library().setProperty(renewed.handle, "PARENTAL_RATING.LENGTH", "1");
+  library().setProperty(renewed.handle, "PARENTAL_RATING.ITEM.0", "12|fsk|12|0|CH|");
+  log().clear();
+
+  EXPECT_EQ(ratingsOf(renewed), ratings);
+  EXPECT_EQ(readShown(ratings, "length"), "int:1");
+  EXPECT_EQ(itemOf(ratings, 0), rating);
+  EXPECT_THAT(values(rating), ElementsAre("string:12", "string:fsk", "int:12", "int:0", "string:CH"));
 }
 
 // --- Kept by script longer than the element lives

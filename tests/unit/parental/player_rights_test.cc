@@ -95,6 +95,7 @@ TEST_F(PlayerRightsTest, ReadsARatingChangeAndError) {
   EXPECT_TRUE(change->blocked);
   EXPECT_STREQ(error->contentID, "content");
   EXPECT_STREQ(error->DRMSystemID, "system");
+  for (const auto& call : library().calls()) EXPECT_EQ(call.number, 128) << call.name;
 }
 
 TEST_F(PlayerRightsTest, IsBlockedForAnyNumberButZero) {

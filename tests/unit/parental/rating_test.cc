@@ -150,6 +150,27 @@ TEST_F(ParentalRatingObjectTest, TracesTheRegion) {
   EXPECT_EQ(trace, "DE\n");
 }
 
+/// A rating that is shown again is a fill, too.
+TEST_F(ParentalRatingObjectTest, TracesOncePerFill_AndNothingForANullRecord) {
+  for (const char* region : {"DE", "DE", "", "AT"}) {
+    EXPECT_TRUE(show(std::string("16|dvb-si|13|3|") + region + "|"));
+    EXPECT_EQ(trace, std::string(region) + "\n");
+    EXPECT_FALSE(show("NOT_AVAILABLE"));
+    EXPECT_EQ(trace, "");
+  }
+}
+
+TEST_F(ParentalRatingObjectTest, WritesItsRowsInOrder) {
+  fixture::HostLog log;
+  pluginhost::setObserver(&log);
+  show(kRating);
+  pluginhost::setObserver(nullptr);
+
+  std::vector<std::string> written;
+  for (const auto& entry : log.entries()) written.push_back(shown(entry));
+  EXPECT_THAT(written, ElementsAre("name=string:16", "scheme=string:dvb-si", "value=int:13", "labels=int:3", "region=string:DE"));
+}
+
 TEST_F(ParentalRatingObjectTest, RefusesANullRecord) {
   show(kRating);
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
+#include <cerrno>
+#include <ctime>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -45,6 +48,21 @@ TEST(AVControlMutexTest, IgnoresTheId) {
   EXPECT_EQ(mutex.unlock(99), 0);
   EXPECT_EQ(mutex.lock(7), 0);
   EXPECT_EQ(mutex.unlock(7), 0);
+}
+
+/// Asked with a wait that is over before it begins: a recursive mutex would be taken again, one that checks would refuse.
+TEST(AVControlMutexTest, LetsItsHolderWait_WhoTakesItAgain) {
+  static_assert(std::is_standard_layout_v<AVControlMutex>, "its first field lies where it does");
+  AVControlMutex mutex("m");
+  auto* const posix = reinterpret_cast<pthread_mutex_t*>(&mutex);
+  const timespec past{};
+  ASSERT_EQ(mutex.lock(1), 0);
+
+  EXPECT_EQ(pthread_mutex_timedlock(posix, &past), ETIMEDOUT);
+
+  EXPECT_EQ(mutex.unlock(1), 0);
+  EXPECT_EQ(pthread_mutex_timedlock(posix, &past), 0) << "free again";
+  EXPECT_EQ(mutex.unlock(1), 0);
 }
 
 TEST(AVControlMutexTest, KeepsOtherThreadsOut) {
