@@ -33,7 +33,7 @@ void setNumber(double number, _CorvelNativeVariant& out) {
 
 void setObject(JSContextRef context, JSValueRef value, _CorvelNativeVariant& out) {
   const std::shared_ptr<CorvelNativePropertyBase>* object = nativeObject(context, value);
-  if (object != nullptr && *object != nullptr) cvnplUtil::set(*object, out);  // other objects stay undefined
+  cvnplUtil::set(object != nullptr ? *object : nullptr, out);  // of other objects only that they are some
 }
 
 void setScriptNumber(JSContextRef context, JSValueRef value, const KnownNumbers* numbers, _CorvelNativeVariant& out) {

@@ -103,7 +103,8 @@ TEST_F(PageComponentsTest, OfAllKinds_ForNoArgumentUndefinedAndNull) {
 
 TEST_F(PageComponentsTest, GiveNullForAnUnknownType_AndUndefinedForNoType) {
   EXPECT_EQ(eval("av.getComponents(3) + ' ' + av.getComponents(-1) + ' ' + av.getCurrentActiveComponents(3)"), "null null null");
-  EXPECT_EQ(eval("av.getComponents('0') + ' ' + av.getComponents(0.5)"), "undefined undefined");
+  for (const char* strange : {"'0'", "0.5", "{}", "[]", "function () {}"})
+    EXPECT_EQ(eval("String(av.getComponents(" + std::string(strange) + "))"), "undefined") << strange;
 }
 
 /// A collection is always the same object. Each item is a fresh one, with what the media library says then: deliberate.
