@@ -95,6 +95,14 @@ std::string lineFor(const HlsMedia& media, const std::string& group, const std::
   return line + "\n";
 }
 
+/// A text without quotes of its own may have one in it.
+bool canBeWritten(const HlsPlaylist& playlist) {
+  const auto hasQuote = [](const std::string& text) { return text.find('"') != std::string::npos; };
+  return std::none_of(playlist.media.begin(), playlist.media.end(), [&](const HlsMedia& each) {
+    return hasQuote(each.groupId) || hasQuote(each.name) || hasQuote(each.language) || hasQuote(each.uri);
+  });
+}
+
 /// What is to stand in the place of what was there.
 struct Mended {
   std::map<const HlsMedia*, std::string> lines;
@@ -137,7 +145,8 @@ std::string_view takeLine(std::string_view& text) {
 
 std::string tellRenditionsApart(std::string_view text) {
   const std::optional<HlsPlaylist> playlist = readHlsPlaylist(text);
-  if (!playlist || playlist->media.empty() || playlist->media.size() > kMostMedia) return std::string(text);
+  if (!playlist || playlist->media.empty() || playlist->media.size() > kMostMedia || !canBeWritten(*playlist))
+    return std::string(text);
   Mended mended;
   for (const std::string_view type : kTypes) mend(*playlist, type, mended);
   if (!mended.isNew && mended.added.empty() && mended.attributes.empty()) return std::string(text);

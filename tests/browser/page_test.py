@@ -40,6 +40,11 @@ class DocumentTest(television.Case):
     def test_xhtml(self):
         self.assertEqual(self.browse("document.xhtml", "--wait", "done").logged(), ["fine"])
 
+    def test_attributes_of_xhtml_keep_their_letters(self):
+        self.browse("document.xhtml", "--wait", "done")
+        agents = {entry["agent"] for entry in self.requests() if entry["path"].endswith("/tail.mp4")}
+        self.assertEqual(agents, {"Telly/9"})
+
     def test_style_sheets_for_the_medium_of_televisions_apply(self):
         self.assertEqual(self.browse("tv-medium.hbbtv", "--wait", "done").logged(), ["fine"])
 
@@ -473,11 +478,6 @@ class EnvironmentTest(television.Case):
         self.browse("player.html", "--wait", "done", "--user-agent", "Telly/2")
         agents = {entry["agent"] for entry in self.requests() if entry["path"].endswith("/two.mp4")}
         self.assertEqual(agents, {"Telly/2"})
-
-    def test_attributes_of_xhtml_keep_their_letters(self):
-        self.browse("document.xhtml", "--wait", "done")
-        agents = {entry["agent"] for entry in self.requests() if entry["path"].endswith("/tail.mp4")}
-        self.assertEqual(agents, {"Telly/9"})
 
 
 if __name__ == "__main__":

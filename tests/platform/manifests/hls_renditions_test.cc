@@ -35,8 +35,8 @@ std::string playlist(const std::string& lines) { return "#EXTM3U\n" + lines; }
 /// Group, name, language and address of each medium that the demuxer reads, in its order.
 std::vector<std::string> mended(const std::string& lines) {
   std::vector<std::string> told;
-  for (const HlsMedia& each : readHlsPlaylist(tellRenditionsApart(playlist(lines))).value().media)
-    told.push_back(each.groupId + " " + each.name + " " + each.language + " " + each.uri);
+  const auto read = readHlsPlaylist(tellRenditionsApart(playlist(lines))).value();
+  for (const HlsMedia& each : read.media) told.push_back(each.groupId + " " + each.name + " " + each.language + " " + each.uri);
   return told;
 }
 
@@ -138,6 +138,13 @@ TEST(HlsRenditionsTest, EndTheirLinesAlsoBehindALastOneWithoutAnEnd) {
 
   EXPECT_THAT(mended(lines.substr(0, lines.size() - 1)),
               ElementsAre("few English en a.m3u8", "all English en a.m3u8", "all Deutsch de a.m3u8", "few Deutsch de a.m3u8"));
+}
+
+TEST(HlsRenditionsTest, WithQuotesInsideStayAsTheyAre) {
+  const std::string text =
+      playlist(sound("a", "Deutsch", "de") + "#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=a,NAME=Kl\"ar,LANGUAGE=de,URI=k\n");
+
+  EXPECT_EQ(tellRenditionsApart(text), text);
 }
 
 TEST(HlsRenditionsTest, InMassesStayAsTheyAre) {
