@@ -324,6 +324,8 @@ void Pipeline::letFetchingBegin() {
 void Pipeline::watchManifest(GstElement* adaptiveDemux) {
   GstPad* const pad = gst_element_get_static_pad(adaptiveDemux, "sink");
   if (pad == nullptr) return;
+  m_manifestText.clear();
+  m_manifestRead = false;
   const auto what = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_BUFFER);
   gst_pad_add_probe(pad, what, &Pipeline::onManifestData, this, nullptr);
   gst_object_unref(pad);

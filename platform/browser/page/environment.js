@@ -292,7 +292,8 @@
     },
     removeStreamEventListener(url, name, listener) {
       for (const entry of streamListeners) {
-        if (entry.element === this && entry.url === String(url) && entry.name === String(name) && entry.listener === listener) streamListeners.delete(entry);
+        const isSame = entry.element === this && entry.url === String(url) && entry.name === String(name) && entry.listener === listener;
+        if (isSame) streamListeners.delete(entry);
       }
     },
   };

@@ -53,12 +53,16 @@ page(async () => {
   equal(gone.playState, 0, 'a removed object starts anew when it is used again');
   equal(typeof gone.play, 'function', 'and is live');
 
-  // The type that it has already is no other one.
+  // An event without a row has a handler in markup, too.
   const same = document.body.appendChild(makeObject());
+  same.setAttribute('onPlayerHandle', 'this.handle = handle');
+
+  // The type that it has already is no other one.
   same.data = 'clip?ms=200';
   reached = state(same, 1);
   same.play(1);
   await reached;
+  check(same.handle > 0, 'a handler in markup of an event without a row: ' + same.handle);
   same.type = same.getAttribute('type');
   equal(same.playState, 1, 'plays on');
   same.type = 'video/mpeg';
