@@ -137,6 +137,10 @@ DecodedFacts factsOf(ComponentKind kind, GstPad* pad) {
   return facts;
 }
 
+/// A manifest's end is handed on to the demuxer's outputs where the playlist alone does not tell its tracks. By then the demuxer's
+/// own thread may have made them: what they are to play would be over before it has begun.
+GstIterator* leadsNowhere(GstPad*, GstObject*) { return nullptr; }
+
 }  // namespace
 
 void Pipeline::selectStreams(const ComponentChoice& choice) {
@@ -328,6 +332,7 @@ void Pipeline::watchManifest(GstElement* adaptiveDemux) {
   m_manifestRead = false;
   const auto what = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_BUFFER);
   gst_pad_add_probe(pad, what, &Pipeline::onManifestData, this, nullptr);
+  gst_pad_set_iterate_internal_links_function(pad, &leadsNowhere);
   gst_object_unref(pad);
 }
 
