@@ -98,9 +98,14 @@ std::string lineFor(const HlsMedia& media, const std::string& group, const std::
 /// A text without quotes of its own may have one in it.
 bool canBeWritten(const HlsPlaylist& playlist) {
   const auto hasQuote = [](const std::string& text) { return text.find('"') != std::string::npos; };
-  return std::none_of(playlist.media.begin(), playlist.media.end(), [&](const HlsMedia& each) {
-    return hasQuote(each.groupId) || hasQuote(each.name) || hasQuote(each.language) || hasQuote(each.uri);
-  });
+  const auto isWritable = [&](const HlsMedia& each) {
+    return !hasQuote(each.groupId) && !hasQuote(each.name) && !hasQuote(each.language) && !hasQuote(each.uri);
+  };
+  const auto hasWritableGroups = [&](const HlsVariant& each) {
+    return std::none_of(std::begin(kTypes), std::end(kTypes), [&](std::string_view type) { return hasQuote(each.groupOf(type)); });
+  };
+  return std::all_of(playlist.media.begin(), playlist.media.end(), isWritable) &&
+         std::all_of(playlist.variants.begin(), playlist.variants.end(), hasWritableGroups);
 }
 
 /// What is to stand in the place of what was there.

@@ -147,6 +147,13 @@ TEST(HlsRenditionsTest, WithQuotesInsideStayAsTheyAre) {
   EXPECT_EQ(tellRenditionsApart(text), text);
 }
 
+TEST(HlsRenditionsTest, ForGroupsWithQuotesInsideStayAsTheyAre) {
+  const std::string text =
+      playlist(sound("a", "Deutsch", "de") + "#EXT-X-STREAM-INF:BANDWIDTH=1,AUDIO=b\"c\nv.m3u8\n" + variant("a", "w.m3u8"));
+
+  EXPECT_EQ(tellRenditionsApart(text), text);
+}
+
 TEST(HlsRenditionsTest, InMassesStayAsTheyAre) {
   std::string text = playlist("");
   for (int i = 0; i < 10'000; ++i) text += sound(std::to_string(i), std::to_string(i), "de");
