@@ -19,7 +19,6 @@ class LateManifestEnd {
   LateManifestEnd() {
     gst_debug_remove_log_function(gst_debug_log_default);
     gst_debug_add_log_function(&LateManifestEnd::onLog, this, nullptr);
-    gst_debug_set_active(TRUE);
     gst_debug_set_threshold_for_name("GST_PADS", GST_LEVEL_LOG);
   }
   ~LateManifestEnd() {
