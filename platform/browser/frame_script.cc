@@ -65,6 +65,7 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "screen", compile("avc-browser:screen", script::kScreenSource));
   script::setProperty(m_context, parts, "keys", compile("avc-browser:keys", script::kRemoteKeysSource));
   script::setProperty(m_context, parts, "bodyKeys", compile("avc-browser:body-keys", script::kBodyKeysSource));
+  script::setProperty(m_context, parts, "keyPress", compile("avc-browser:key-press", script::kKeyPressSource));
   script::setProperty(m_context, parts, "environment", compile("avc-browser:environment", script::kEnvironmentSource));
   script::setProperty(m_context, parts, "stacking", compile("avc-browser:stacking", script::kStackingSource));
   script::setProperty(m_context, parts, "boxes", compile("avc-browser:boxes", script::kBoxesSource));

@@ -113,21 +113,32 @@ class KeyTest(television.Case):
         down, up, pressed, values, known, made = run.logged()
         self.assertEqual(down, ",".join("%d %s" % pair for pair in zip(codes, names)))
         self.assertEqual(up, ",".join(str(code) for code in codes))
-        self.assertEqual(pressed, "13,48,57")
+        characters = {13: 13, 48: 48, 57: 57}
+        self.assertEqual(pressed, ",".join("%d %d" % (code, characters.get(code, 0)) for code in codes))
         self.assertEqual(values, ",".join(str(code) for code in codes))
         self.assertEqual(known, "true")
         self.assertEqual(made, "250,250,x")
 
 
+    def test_key_that_a_page_takes_is_not_pressed(self):
+        run = self.browse("keys.html", "--wait", "document.onkeydown = (event) => event.keyCode < VK_RED", "--keys", "Red,Left,Blue", "--wait",
+                          "up.length >= 3 && report()")
+        self.assertEqual(run.logged()[2], "37 0")
+
+    def test_key_is_pressed_on_what_has_got_the_focus_meanwhile(self):
+        self.browse("keys.html", "--wait", "document.onkeydown = () => { document.getElementById('field').focus(); }", "--wait",
+                    "document.onkeypress = (event) => { window.at = event.target.id; }", "--keys", "Red", "--wait", "window.at === 'field'")
+
     def test_keys_of_xhtml_are_the_body_s_while_nothing_has_the_focus(self):
-        run = self.browse("body-keys.hbbtv", "--keys", "Red", "--wait", "words.length >= 5 && report()", "--keys", "1", "--wait",
+        run = self.browse("body-keys.hbbtv", "--keys", "Red", "--wait", "words.length >= 6 && report()", "--keys", "1", "--wait",
                           "words.length >= 6 && report()", "--wait", "held = true", "--keys", "Down", "--wait", "words.length >= 5 && report()",
                           "--wait", "document.activeElement === document.body && !(held = false)", "--keys", "Down", "--wait",
-                          "document.activeElement.id === 'link' && report()", "--keys", "Red", "--wait", "words.length >= 5 && report()")
+                          "document.activeElement.id === 'link' && report()", "--keys", "Red", "--wait", "words.length >= 6 && report()")
         red, one, held, _, focused = run.logged()
         code = "403 403 ColorF0Red body"
-        self.assertEqual(red, ",".join("%s %s" % (what, code) for what in ("capture", "attribute", "body", "document", "up")))
+        self.assertEqual(red, ",".join("%s %s" % (what, code) for what in ("capture", "attribute", "body", "document", "press", "up")))
         self.assertEqual(one.split(",")[4], "press 49 49 1 body")
+        self.assertNotIn("press", held)
         self.assertIn("up 40 40 ArrowDown body", held)
         self.assertEqual(focused, red.replace(code, "403 403 ColorF0Red a"))
 
@@ -136,7 +147,8 @@ class KeyTest(television.Case):
 
     def test_arrows_go_from_link_to_link_unless_the_page_takes_them(self):
         self.browse("links.html", "--keys", "Down", "--wait", "at('two')", "--keys", "Right", "--wait", "at('three')", "--keys", "Left,Enter",
-                    "--wait", "at('two') && location.hash === '#two'", "--wait", "held = true", "--keys", "Up,Right", "--wait", "at('two')")
+                    "--wait", "at('two') && location.hash === '#two'", "--wait", "held = 'keydown'", "--keys", "Up,Right", "--wait", "at('two')",
+                    "--wait", "held = 'keypress'", "--keys", "Up,Right", "--wait", "at('two')")
 
 
 class DirectionTest(television.Case):

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> undefined: keys of XML documents, which applications of televisions are, while nothing has the focus. The engine sends them to
+// (followByPress) -> undefined: keys of XML documents, which applications of televisions are, while nothing has the focus. The engine sends them to
 // the root element; the standard, and an application that has <body onkeydown>, says that they are the body's.
-(function () {
+// followByPress: see key_press.js
+(function (followByPress) {
   'use strict';
 
   const { document, KeyboardEvent } = window;
@@ -18,7 +19,9 @@
     const { body, documentElement } = document;
     if (!event.isTrusted || event.target !== documentElement || body === null) return;
     Reflect.apply(stopImmediatePropagation, event, []);
-    const goesOn = dispatch(body, new KeyboardEvent(event.type, event));
+    const own = new KeyboardEvent(event.type, event);
+    if (event.type === 'keydown') followByPress(own);
+    const goesOn = dispatch(body, own);
     if (!goesOn || kMoveFocus[event.key]) Reflect.apply(preventDefault, event, []);
   }
 

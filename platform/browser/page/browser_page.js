@@ -11,8 +11,8 @@
 //       frameOffset(parentWindow) -> {x, y, across, down, covered}: where this window's page is on the plane, how large its pixels are
 //       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
-// parts: {inspect, listeners, screen, keys, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium, environment, boxes,
-// stacking, cover, videoHole}: see there
+// parts: {inspect, listeners, screen, keys, keyPress, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium,
+// environment, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -392,8 +392,7 @@
   // ---- the parts
 
   parts.screen();
-  parts.keys();
-  parts.bodyKeys();
+  parts.bodyKeys(parts.keyPress(listen, parts.keys()));
   parts.applicationTable((text) => host.uncaught(text, documentAddress(document), 0));
   parts.controls(listen, parts.directedFocus(listen, tvMedium.widenRules));
   parts.namedEntities();

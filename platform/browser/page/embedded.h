@@ -10,6 +10,7 @@ extern const char kListenersSource[];
 extern const char kScreenSource[];
 extern const char kRemoteKeysSource[];
 extern const char kBodyKeysSource[];
+extern const char kKeyPressSource[];
 extern const char kEnvironmentSource[];
 extern const char kStackingSource[];
 extern const char kBoxesSource[];

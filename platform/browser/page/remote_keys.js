@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> undefined: the remote control as HbbTV pages know it: KeyEvent, the names VK_…, and the codes of key events.
+// () -> names: the remote control as HbbTV pages know it: KeyEvent, the names VK_…, and the codes of key events. The result names those of
+// its keys that make no character, as events have them in key.
 (function () {
   'use strict';
 
@@ -55,4 +56,8 @@
     const found = known(event);
     return found === undefined ? original(event) : found[1];
   });
+
+  const names = ['ArrowLeft', 'ArrowUp', 'ArrowRight', 'ArrowDown'];
+  for (const [, name] of sent.values()) names.push(name);
+  return names;
 })
