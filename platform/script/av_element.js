@@ -63,6 +63,9 @@
   const kMostSubtitles = 10;  // as many as the object keeps
   // What no attribute changes is not worth a look for changed ones: that costs as much as the call.
   const kApartFromAttributes = new Set(['setVolume']);
+  const kSubtitleRows = new Set(['numOfSubtitles', 'subParamAttr']);
+  const kKept = new Set(['persist', 'currentTrackIndex', 'playerType', ...kSubtitleRows]);  // by an element whose object is a fresh one
+  const kMostSet = 32;
   const kPlane = { x: 0, y: 0, width: 1280, height: 720 };
 
   // A page may put functions of its own in the place of the collections': these have theirs as own properties.
@@ -147,7 +150,7 @@
     const own = takeOwn(element);
     const type = page.getAttribute(element, 'type');
     const record = { object, id, type, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
-      subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null } };
+      subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null }, set: [] };
     records.set(element, record);
     if (typeOf(element) !== kSubtitleType) objects.set(element, object);
     elements.set(id, new WeakRef(element));
@@ -304,9 +307,21 @@
     const fullScreen = native.flag(record.id, 'fullScreen');
     retire(element, record);
     const fresh = upgrade(element, fullScreen);
+    if (fresh !== undefined) setAgain(fresh, record.set);
     if (!isOwed || fresh === undefined) return;
     fresh.owesStopped = true;
     page.queueTask(() => tellStopped(element));
+  }
+
+  // What a page sets besides attributes is the element's. Subtitles are set one after another.
+  function remember(record, name, value) {
+    if (!kSubtitleRows.has(name)) record.set = record.set.filter(([other]) => other !== name);
+    if (record.set.length < kMostSet) record.set.push([name, value]);
+  }
+
+  function setAgain(fresh, set) {
+    for (const [name, value] of set) fresh.object[name] = value;
+    fresh.set = set;
   }
 
   function tellStopped(element) {
@@ -395,6 +410,7 @@
     } else if (attributes.has(attribute)) {
       page.setAttribute(element, attribute, String(value));
     } else {
+      if (kKept.has(name)) remember(record, name, value);
       record.object[name] = value;
     }
   }

@@ -71,5 +71,27 @@ page(async () => {
   element.setFullScreen(false);
   await pause(20);
   equal(screens, 2, 'left by the page alone');
+
+  // So is what the page has set besides its attributes.
+  const subtitles = () => {
+    const list = element.getComponents(element.COMPONENT_TYPE_SUBTITLE);
+    return Array.from({ length: list.length }, (_, index) => list.item(index).language).join();
+  };
+  element.persist = true;
+  element.currentTrackIndex = 3;
+  element.numOfSubtitles = 1;
+  element.subParamAttr = '2|application/ttml+xml|0|1|0|||0|http://media.example/ita.ttml||ita||0|';
+  element.numOfSubtitles = 2;
+  for (const [tag, language] of [[1, 'eng'], [2, 'deu']]) {
+    element.subParamAttr = '2|application/ttml+xml|0|' + tag + '|0|||0|http://media.example/' + language + '.ttml||' + language + '||0|';
+  }
+  equal(subtitles(), 'ita,eng', 'as many as there are said to be');
+  for (let i = 0; i < 2; i += 1) {
+    await playing(element);
+    element.data = '';
+    equal(element.persist, true, 'persist');
+    equal(element.currentTrackIndex, 3, 'currentTrackIndex');
+    equal(subtitles(), 'ita,eng', 'subtitles without a source');
+  }
   element.remove();
 });
