@@ -10,13 +10,17 @@ Failure connectionFailure(const FailureContext& context) {
   return context.connected ? Failure::ConnectionLost : Failure::CannotConnect;
 }
 
+/// GStreamer has a code of its own for a few of these only.
+bool isRefused(int code, const FailureContext& context) {
+  if (code == GST_RESOURCE_ERROR_NOT_FOUND || code == GST_RESOURCE_ERROR_NOT_AUTHORIZED) return true;
+  return context.httpStatus >= 400 && context.httpStatus < 500;
+}
+
 Failure classifyResource(int code, const FailureContext& context) {
+  // A missing segment of a presentation that has begun: the content is there, this place of it is not.
+  if (isRefused(code, context) && context.fromAdaptiveDemux && context.mediaArrived) return Failure::NotAvailableAtPosition;
+  if (isRefused(code, context)) return Failure::ContentNotAvailable;
   switch (code) {
-    case GST_RESOURCE_ERROR_NOT_FOUND:
-    case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
-      // A missing segment of a presentation that has begun: the content is there, this place of it is not.
-      if (context.fromAdaptiveDemux && context.mediaArrived) return Failure::NotAvailableAtPosition;
-      return Failure::ContentNotAvailable;
     case GST_RESOURCE_ERROR_NO_SPACE_LEFT: return Failure::InsufficientResources;
     default: return connectionFailure(context);
   }

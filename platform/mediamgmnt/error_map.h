@@ -27,6 +27,7 @@ struct FailureContext {
   bool fromAdaptiveDemux = false;  ///< posted by the element that fetches segments
   bool connected = false;          ///< the source has answered
   bool mediaArrived = false;       ///< something was fetched that could be taken apart
+  unsigned int httpStatus = 0;     ///< with which the server refused, where that is known
 };
 
 /// Makes sense of an error that the pipeline posted.

@@ -7,7 +7,9 @@
 
 namespace mediamgmnt {
 
-std::optional<double> parseNumber(std::string_view text) {
+namespace {
+
+std::optional<double> parseAny(std::string_view text) {
   const auto start = text.find_first_not_of(" \t\r\n");
   if (start == std::string_view::npos) return std::nullopt;
   text.remove_prefix(start);
@@ -15,8 +17,20 @@ std::optional<double> parseNumber(std::string_view text) {
 
   double value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (result.ec != std::errc() || !std::isfinite(value)) return std::nullopt;
+  if (result.ec != std::errc()) return std::nullopt;
   return value;
+}
+
+}  // namespace
+
+std::optional<double> parseNumber(std::string_view text) {
+  const std::optional<double> value = parseAny(text);
+  return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::optional<double> parsePlace(std::string_view text) {
+  const std::optional<double> value = parseAny(text);
+  return value && std::isnan(*value) ? 0 : value;
 }
 
 // Pages ask for the speed often, and nearly always it is a whole number.

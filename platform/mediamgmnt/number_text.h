@@ -12,6 +12,9 @@ namespace mediamgmnt {
 /// is not finite.
 std::optional<double> parseNumber(std::string_view text);
 
+/// The same of a place: infinite ones count, and what is no number ("nan") is 0.
+std::optional<double> parsePlace(std::string_view text);
+
 /// @p value with two digits after the point, "1.50"; @p value is finite and below 1e15.
 std::string formatSpeed(double value);
 

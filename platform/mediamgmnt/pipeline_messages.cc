@@ -61,6 +61,15 @@ std::string servedType(const GstStructure& httpHeaders) {
   return type;
 }
 
+/// 0 where the error is none of a server's.
+unsigned int httpStatusOf(GstMessage* message) {
+  const GstStructure* details = nullptr;
+  guint status = 0;
+  gst_message_parse_error_details(message, &details);
+  if (details != nullptr) gst_structure_get_uint(details, "http-status-code", &status);
+  return status;
+}
+
 }  // namespace
 
 GstBusSyncReply Pipeline::onBusMessage(GstBus*, GstMessage* message, gpointer self) {
@@ -120,7 +129,7 @@ void Pipeline::handleError(GstMessage* message) {
   GError* error = nullptr;
   gst_message_parse_error(message, &error, nullptr);
   GstObject* const origin = GST_MESSAGE_SRC(message);
-  const FailureContext context{isSource(origin), isAdaptiveDemux(origin), m_answered, m_mediaArrived};
+  const FailureContext context{isSource(origin), isAdaptiveDemux(origin), m_answered, m_mediaArrived, httpStatusOf(message)};
   const Failure failure = classifyError(*error, context);
   g_error_free(error);
   m_listener.onFailure(failure);

@@ -10,10 +10,8 @@ namespace {
 /// Anchors come every 200 ms; without a new one the position stops here instead of running away from a pipeline that stalled.
 constexpr double kLongestExtrapolationMs = 1000;
 
-/// A new anchor this little behind the extrapolated position is clock noise; the position then waits instead of stepping back.
-constexpr double kNoiseMs = 80;
-
-/// What a page may have read at the end of a run that its pipeline has not got to; more is a stall.
+/// What a page may have read that the pipeline, which was late, has not got to: the position then waits instead of stepping back.
+/// More is another place.
 constexpr double kShownAheadMs = 300;
 
 }  // namespace
@@ -21,7 +19,7 @@ constexpr double kShownAheadMs = 300;
 double PlaybackFacts::positionLocked() const {
   if (m_rate == 0) return m_anchor;
   const double elapsed = std::chrono::duration<double, std::milli>(Clock::now() - m_anchorTime).count();
-  double position = m_anchor + m_rate * std::min(elapsed, kLongestExtrapolationMs);
+  double position = m_anchor + m_rate * std::clamp(elapsed, 0.0, kLongestExtrapolationMs);
   if (!m_openEnded && m_duration && *m_duration > 0) position = std::min(position, static_cast<double>(*m_duration));
   return std::max(position, 0.0);
 }
@@ -95,8 +93,11 @@ void PlaybackFacts::runFrom(double position, double rate) {
   if (m_seeksAsked > 0) return;
   const double shown = positionLocked();
   const double behind = (shown - position) * (rate < 0 ? -1 : 1);
-  m_anchor = m_rate == rate && behind > 0 && behind < kNoiseMs ? shown : std::max(position, 0.0);
+  const bool isLate = rate != 0 && m_rate == rate && behind > 0 && behind < kShownAheadMs;
+  m_anchor = isLate ? shown : std::max(position, 0.0);
   m_anchorTime = Clock::now();
+  if (isLate)
+    m_anchorTime += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double, std::milli>(behind / std::abs(rate)));
   m_rate = rate;
 }
 

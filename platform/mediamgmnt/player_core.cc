@@ -93,7 +93,7 @@ bool PlayerCore::play(std::string_view argument) {
 }
 
 bool PlayerCore::seek(std::string_view argument) {
-  const std::optional<double> asked = parseNumber(argument);
+  const std::optional<double> asked = parsePlace(argument);
   if (!asked || !ensureThreads()) return false;
   const double target = std::clamp(*asked, 0.0, kLatestPositionMs);
   m_facts.seekAsked(target);  // the position is the target from now on, not only when the control thread comes to it

@@ -332,6 +332,20 @@ TEST(SeekTest, BelowZeroIsZero) {
   EXPECT_EQ(player.get("POSITION"), "0");
 }
 
+TEST(SeekTest, ToWhatIsNoPlaceIsAnswered) {
+  TestPlayer player;
+  player.start(mp4());
+  player.command("PAUSE");
+  for (const char* target : {"nan", "-nan", "-inf"}) {
+    player.forget();
+    EXPECT_NE(player.command("SEEK", target), 0) << target;
+    player.wordsUntil("PLAY_POSITION_CHANGED");
+    EXPECT_EQ(player.get("POSITION"), "0") << target;
+  }
+  EXPECT_NE(player.command("SEEK", "inf"), 0);
+  player.wordsUntil("PLAY_POSITION_CHANGED");
+}
+
 void expectNewestOfFiftySeeksWins(const std::string& url) {
   TestPlayer player;
   player.start(url);

@@ -104,6 +104,11 @@ TEST(ErrorMapTest, GivesTheCodesOfTheStandard) {
   EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_AUTHORIZED, source), 5);
   EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_FOUND, segment), 6);
   EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, source), 1);
+  for (const unsigned int status : {400U, 410U, 429U, 451U}) {
+    EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, {true, false, true, false, status}), 5) << status;
+    EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, {false, true, true, true, status}), 6) << status;
+  }
+  EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, {true, false, true, false, 503}), 1);
   EXPECT_EQ(codeOf(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT, inside), 3);
   EXPECT_EQ(codeOf(GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED, source), 1);
   EXPECT_EQ(codeOf(GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED, inside), 4);
