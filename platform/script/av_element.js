@@ -150,7 +150,7 @@
     const own = takeOwn(element);
     const type = page.getAttribute(element, 'type');
     const record = { object, id, type, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
-      subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null }, set: [] };
+      subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null }, set: [], mirrors: false };
     records.set(element, record);
     if (typeOf(element) !== kSubtitleType) objects.set(element, object);
     elements.set(id, new WeakRef(element));
@@ -336,7 +336,24 @@
     startAfresh(element, record);
   }
 
+  // A stop in error leaves the object with another player and without a source.
+  function sourceAgain(element, record, source) {
+    setSource(element, record, source);
+    renewWindow(record);
+  }
+
+  // A queued item that has become the source is the attribute's, too.
+  function mirrorSource(element, record) {
+    const attribute = sourceAttribute(element);
+    const source = sourceOf(record);
+    if (source === '' || (attribute !== null && absoluteSource(element, attribute.trim()) === source)) return;
+    record.mirrors = true;
+    page.setAttribute(element, 'data', source);
+    record.mirrors = false;
+  }
+
   function sourceChanged(element, record) {
+    if (record.mirrors) return;
     const source = sourceAttribute(element);
     if (source === null || source.trim() === '') {
       releaseSource(element, record);
@@ -408,11 +425,22 @@
       if (!empty && typeof value !== 'string') record.object.data = value;  // refused, as the script table says
       else page.setAttribute(element, 'data', empty ? '' : value);
     } else if (attributes.has(attribute)) {
-      page.setAttribute(element, attribute, String(value));
+      setText(element, attribute, value);
     } else {
       if (kKept.has(name)) remember(record, name, value);
       record.object[name] = value;
     }
+  }
+
+  // A value that cannot become a text is refused like any other.
+  function setText(element, attribute, value) {
+    let text;
+    try {
+      text = String(value);
+    } catch {
+      return;
+    }
+    page.setAttribute(element, attribute, text);
   }
 
   const calls = {
@@ -432,7 +460,9 @@
       record.queued = false;
       record.renewing = false;
       record.waitUntil = 0;
+      const source = sourceOf(record);
       const result = record.object.stop(...parameters);
+      if (source !== '' && sourceOf(record) === '') sourceAgain(element, record, source);
       updateHold(element, record);
       return result;
     },
@@ -455,7 +485,8 @@
     },
     focus(element, record, parameters) {
       const result = record.object.focus(...parameters);
-      if (page.focus !== undefined) page.focus(element, parameters);
+      const options = parameters[0];
+      if (page.focus !== undefined) page.focus(element, typeof options === 'object' ? [options] : []);
       return result;
     },
     // For the object only an absent argument and undefined mean all of them; for a page null does, too.
@@ -718,7 +749,7 @@
     if (records.get(element) !== record) return;  // a handler gave the object up
     runSubtitlePlayer(record, name, parameters);
     if (state !== undefined) {
-      playOn(record, state);
+      playOn(element, record, state);
       layoutChanged();
     }
     updateHold(element, record);
@@ -741,7 +772,8 @@
     }
   }
 
-  function playOn(record, state) {
+  function playOn(element, record, state) {
+    if (record.renewing && state === kPaused) mirrorSource(element, record);
     if (record.renewing && state === kPaused) record.object.play(record.speed);  // before that, the renewal's own pause would follow
   }
 

@@ -87,6 +87,15 @@ page(() => {
     equal(late.getAttribute('loop'), '3', 'and later, ' + name);
   }
 
+  // What cannot become a text is refused.
+  for (const name of ['width', 'type', 'loop', 'userAgent']) {
+    const before = element[name];
+    for (const value of [{ toString() { throw new Error('no text'); } }, Object.create(null)]) element[name] = value;
+    equal(element[name], before, 'no text, ' + name);
+  }
+  element.focus(1);
+  element.focus('x');
+
   // A method belongs to its element.
   const method = element.stop;
   let thrown = null;

@@ -62,4 +62,12 @@ page(async () => {
   element.play(1);
   await reached;
   equal(element.error, 5, 'its code');
+  const source = element.data;
+  equal(element.stop(), true, 'stop in error');
+  equal(element.data, source, 'the source stays');
+  equal(element.playState, 0, 'stopped after an error');
+  reached = state(element, 6);
+  equal(element.play(1), true, 'play after an error');
+  await reached;
+  equal(element.error, 5, 'the same once more');
 });

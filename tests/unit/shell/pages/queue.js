@@ -13,6 +13,7 @@ page(async () => {
     reached = state(element, 1);
     await reached;
     equal(element.data, 'http://media.example/app/second?' + options, 'the queued item is the source');
+    equal(element.getAttribute('data'), element.data, 'in the attribute, too');
     equal(element.speed, 2, 'the speed of before');
     await state(element, 5);
     await pause(50);
