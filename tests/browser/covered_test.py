@@ -122,5 +122,49 @@ class CoveredTest(television.Case):
         self.assertColour(framed, (800, 40), television.BLACK, 0)
 
 
+class PaintedTest(television.Case):
+    """Each way to paint, with an element that it must not hide, or must not be hidden by."""
+
+    def see(self, *names):
+        run = self.browse("painted.html", *television.steps(*names))
+        return [run.picture(name + ".png") for name in names]
+
+    def test_whatever_paints_below_does_not_hide_it(self):
+        names = ("inert", "behindDialog", "notPointedAt", "beforeItsContents", "inShadowTree", "inClosedShadowTree", "inTableRow", "onBackdrop")
+        for name, picture in zip(names, self.see(*names)):
+            with self.subTest(name):
+                for bar in range(6):
+                    self.assertBar(picture, 320, 180, 640, 360, bar)
+                self.assertEqual(picture.at(200, 600)[0], 0)
+
+    def test_text_below_is_below(self):
+        [picture] = self.see("text")
+        letters = [(x, y) for x in range(396, 650) for y in range(262, 310) if min(picture.at(x, y)) > 230]
+        self.assertEqual(letters, [])
+        self.assertCard(picture, 320, 180, 640, 360)
+
+    def test_small_things_above_what_is_not_positioned_stay(self):
+        [picture] = self.see("clockOnPage")
+        self.assertColour(picture, (1145, 55), television.WHITE, 0)
+        for bar in range(5):
+            self.assertBar(picture, 0, 0, 1280, 720, bar)
+
+    def test_small_things_above_do_not_cost_the_picture(self):
+        [picture] = self.see("clockOnWrapper")
+        for bar in range(5):
+            self.assertBar(picture, 0, 0, 1280, 720, bar)
+
+    def test_full_screen_from_within_something_transformed_is_the_whole_screen(self):
+        for name, picture in zip(("scaled", "moved", "zoomed"), self.see("scaledFullScreen", "movedFullScreen", "zoomedFullScreen")):
+            with self.subTest(name):
+                for bar in range(6):
+                    self.assertBar(picture, 0, 0, 1280, 720, bar)
+                for x, y in ((3, 3), (1276, 3), (3, 716), (1276, 716)):
+                    self.assertNotEqual(picture.at(x, y), (17, 34, 51), "at %d,%d" % (x, y))
+
+    def test_object_without_a_size_has_that_of_a_replaced_element(self):
+        self.see("withoutASize")
+
+
 if __name__ == "__main__":
     television.main()

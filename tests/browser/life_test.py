@@ -167,6 +167,11 @@ class LifeTest(television.Case):
         run = self.browse("frames.html", "--wait", "ready === 2 && without()", "--wait", "ready === 2")
         self.assertAllClosed(run)
 
+    def test_object_in_the_document_of_another_frame_is_shown_there_and_ends_with_it(self):
+        run = self.browse("adopted.html", *television.steps("moved"), "--wait", "did('playing')", "--wait", "did('gone')")
+        self.assertCard(run.picture("moved.png"), 300 + 7, 200 + 9, 224, 126)
+        self.assertAllClosed(run)
+
     def test_page_that_is_written_anew(self):
         run = self.browse("playing.html", "--wait", "playing()", "--wait",
                           "document.open(), document.write('<p>new</p><script>var fresh = true</' + 'script>'), document.close(), true",

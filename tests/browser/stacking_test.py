@@ -44,6 +44,11 @@ class StackingTest(StackingCase):
         self.assertOneAbove(run, "byAncestor", "byOpacity")
         self.assertTwoAbove(run, "opaque")
 
+    def test_shadow_trees_are_where_their_hosts_are(self):
+        run = self.browse("stacked.html", *television.steps("startInShadowTrees", "byAncestor", "reset", "moved", "movedBack"))
+        self.assertTwoAbove(run, "startInShadowTrees", "reset", "movedBack")
+        self.assertOneAbove(run, "byAncestor", "moved")
+
     def test_change_that_only_the_engine_knows_of(self):
         run = self.browse("stacked.html", *television.steps("start", "byRule", "withoutRule"))
         self.assertOneAbove(run, "byRule")

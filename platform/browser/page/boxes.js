@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {above, zoomOf, contentBox, wholePixels, drift}: where an element is in this window's page, whatever zooms and transforms it.
+// () -> {above, zoomOf, contentBox, wholePixels, drift, spread}: where an element is in this window's page, whatever zooms and transforms it.
 // above(element) -> what it is in as it is painted: its slot, its parent, or the host of the shadow tree that it is the top of; or null
 // zoomOf(element) -> number    contentBox(element) -> {left, top, right, bottom}, in pixels of the page
 // wholePixels(element) -> {left, top, width, height, isAll}, in CSS pixels from the corner of its content. isAll: that is its content.
 // A box is {left, top, right, bottom}.
 // drift(child, element) -> {left, top}: by how much the child lies off the corner of the element's content, in CSS pixels.
+// spread(child, box) -> {left, top, width, height}: a box of the page from the corner of the child, in its CSS pixels.
 (function () {
   'use strict';
 
@@ -101,15 +102,24 @@
     return { left, top, right, bottom };
   }
 
+  function transformedAround(element) {
+    let around = element;
+    while (around !== null && !isTransformed(around)) around = above(around);
+    return around;
+  }
+
+  // Where what is transformed is, and how large its pixels are.
+  function scaleOf(around) {
+    const from = around === null ? { left: 0, top: 0 } : boundingBox(around);
+    if (!(around instanceof HTMLElement) || offsetWidth(around) === 0 || offsetHeight(around) === 0) return { from, across: 1, down: 1 };
+    return { from, across: (from.right - from.left) / offsetWidth(around), down: (from.bottom - from.top) / offsetHeight(around) };
+  }
+
   // What fills the element from pixel to pixel: by how much that is moved, and its size, in CSS pixels. What is transformed has pixels
   // of its own, and is transformed when it is put on the page. What is cut off between two pixels ends before.
   function wholePixels(element) {
-    let around = element;
-    while (around !== null && !isTransformed(around)) around = above(around);
-    const from = around === null ? { left: 0, top: 0, right: 0, bottom: 0 } : boundingBox(around);
-    const hasSize = around instanceof HTMLElement && offsetWidth(around) > 0 && offsetHeight(around) > 0;
-    const across = hasSize ? (from.right - from.left) / offsetWidth(around) : 1;
-    const down = hasSize ? (from.bottom - from.top) / offsetHeight(around) : 1;
+    const around = transformedAround(element);
+    const { from, across, down } = scaleOf(around);
     const zoom = zoomOf(element);
     const inPixels = ({ left, top, right, bottom }) => ({
       left: (left - zoom * from.left) / across, top: (top - zoom * from.top) / down,
@@ -146,6 +156,18 @@
     return Math.abs(length) < kLeastLength / 2 ? 0 : length + Math.sign(length) * kLeastLength / 2;
   }
 
+  // What is fixed in the window begins elsewhere, and has other pixels, in what is transformed; these are filled whole.
+  function spread(child, { left, top, right, bottom }) {
+    const { across, down } = scaleOf(transformedAround(child));
+    const zoom = zoomOf(child);
+    const at = innerBox(child, false);
+    const from = (length) => Math.floor(length + kLeastLength);
+    const to = (length) => Math.ceil(length - kLeastLength);
+    const x = { from: from((left - at.left) / across), to: to((right - at.left) / across) };
+    const y = { from: from((top - at.top) / down), to: to((bottom - at.top) / down) };
+    return { left: safe(x.from) / zoom, top: safe(y.from) / zoom, width: safe(x.to - x.from) / zoom, height: safe(y.to - y.from) / zoom };
+  }
+
   function drift(child, element) {
     const at = innerBox(child, false);
     const { left, top } = contentBox(element);
@@ -157,5 +179,5 @@
     return { left: Math.abs(x) < kLeastLength ? 0 : x, top: Math.abs(y) < kLeastLength ? 0 : y };
   }
 
-  return { above, zoomOf, contentBox, wholePixels, drift };
+  return { above, zoomOf, contentBox, wholePixels, drift, spread };
 })

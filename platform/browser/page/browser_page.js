@@ -18,6 +18,7 @@
   'use strict';
 
   const kNowhere = { x: 1280, y: 720, width: 1280, height: 720 };  // just outside the plane
+  const kTopOrigin = { x: 0, y: 0, across: 1, down: 1, covered: false };
   const kPlane = { left: 0, top: 0, right: 1280, bottom: 720 };
   const kLeast = { width: 150, height: 80 };  // the A/V Control object takes no smaller window
   const kXhtml = 'http://www.w3.org/1999/xhtml';
@@ -33,7 +34,8 @@
   const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
   const isTop = window.top === window;
   const parentWindow = window.parent;
-  const isConnected = getter(Node.prototype, 'isConnected');
+  const isInDocument = getter(Node.prototype, 'isConnected');
+  const defaultView = getter(Document.prototype, 'defaultView');
   const nodeType = getter(Node.prototype, 'nodeType');
   const baseUri = getter(Node.prototype, 'baseURI');
   const textContent = getter(Node.prototype, 'textContent');
@@ -73,6 +75,9 @@
     .map((type) => ({ type, contentWindow: getter(type.prototype, 'contentWindow') }));
 
   const frameElementOf = getter(window, 'frameElement');
+
+  // The document of a frame that has gone is in no window.
+  const isConnected = (element) => isInDocument(element) && defaultView(ownerDocument(element)) !== null;
 
   const isElement = (value) => value instanceof HTMLObjectElement || value instanceof HTMLEmbedElement;
 
@@ -168,6 +173,7 @@
   // The frame that shows a change of the layout also places the video. A running animation changes it with every frame. What a page
   // changes in an animation frame is painted with that one; a callback asked for then would come with the next.
   function layoutMayHaveChanged() {
+    cover.changed();
     if (!layer.hasObjects() && !host.othersHaveObjects()) return;
     if (now() - frameAt < kFrameWork) placeAll();
     if (!frameAsked && (now() - frameAt >= kFrameWork || isAnimated())) askFrame();
@@ -217,14 +223,22 @@
   }
 
   function origin() {
-    return isTop ? { x: 0, y: 0, across: 1, down: 1, covered: false } : host.frameOffset(parentWindow);
+    return isTop ? kTopOrigin : host.frameOffset(parentWindow) || null;  // a window that has gone knows nothing
   }
 
-  const { above, zoomOf, contentBox, wholePixels, drift } = parts.boxes();
+  // A page can put an element into the document of another window, which is then a frame of this one or around it.
+  function originOf(element) {
+    const place = ownerDocument(element);
+    if (place === document) return origin();
+    const frame = frameElementOf(defaultView(place));
+    return frame === null ? kTopOrigin : contentOffset(frame);
+  }
+
+  const { above, zoomOf, contentBox, wholePixels, drift, spread } = parts.boxes();
 
   function box(element) {
     if (!isConnected(element)) return kNowhere;
-    const from = origin();
+    const from = originOf(element);
     const style = computedStyle(element);
     const { left, top, right, bottom } = contentBox(element);
     if (from === null || from.across * (right - left) < kLeast.width || from.down * (bottom - top) < kLeast.height) return kNowhere;
@@ -261,7 +275,7 @@
   }
 
   function contentOffset(frame) {
-    const from = origin();
+    const from = originOf(frame);
     const { left, top, right, bottom } = boundingBox(frame);
     const style = computedStyle(frame);
     if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
@@ -275,13 +289,13 @@
       y: from.y + from.down * zoom * (top + down * (clientTop(frame) + padding('top'))),
       across: from.across * across,
       down: from.down * down,
-      covered: from.covered || isCovered(frame, boundingBox(frame)),
+      covered: from.covered || cover.look(frame, boundingBox(frame)).isCovered,
     };
   }
 
   // What lies in this window one above the other, the highest first: ids of its objects, and windows of its frames where others have
   // objects.
-  const stacking = parts.stacking();
+  const stacking = parts.stacking(above);
 
   function stack() {
     const pile = stacking.makePile();
@@ -296,16 +310,18 @@
 
   // ---- the plane is seen through what the page paints below an element
 
-  const uncover = parts.videoHole(above, drift);
-  const { isCovered, levelOfHole } = parts.cover(isElement, stacking, above);
+  const uncover = parts.videoHole(above, drift, spread);
+  const cover = parts.cover(isElement, stacking, above, now);
 
   function holeFor(element, fullScreen) {
     const area = fullScreen ? kPlane : boundingBox(element);
-    const from = origin();
-    if (from === null || !(from.covered || isCovered(element, area))) return null;
-    const level = levelOfHole(element, area);
+    const from = originOf(element);
+    if (from === null) return null;
+    const isHere = ownerDocument(element) === document;
+    const { isCovered, level } = isHere ? cover.look(element, area) : { isCovered: true, level: 0 };
+    if (!from.covered && !isCovered) return null;
     if (!fullScreen) return { area: 'box', level, ...wholePixels(element) };
-    return { area: 'plane', level, left: 0, top: 0, width: kPlane.right, height: kPlane.bottom, isAll: true };
+    return { area: 'plane', level, plane: kPlane };
   }
 
   // ---- console and errors

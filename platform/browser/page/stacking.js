@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {makePile, isPositioned, levelUnder}
+// (above) -> {makePile, around}. above: see boxes.js.
 // makePile() -> {add(element, value), top()}: elements of this window's document, put one above the other as the engine paints them.
 // top() -> {value, next}: the highest one, with the chain of those below it; null for none.
-// isPositioned(element): what is in it can have its place among what has a z-index.
-// levelUnder(element, other): the z-index, 0 or -1, with which what is in the element is painted below the other element.
+// around(element) -> {isPositioned, isBelow(other), isAboveHole(other, level)}. isPositioned: what is in the element can have its place among
+// what has a z-index. isBelow(other): the other one is painted before the element. isAboveHole(other, level): it is painted after what is in
+// the element with that z-index.
 //
 // An element's place is the path of the boxes through which it takes part in the painting of the page, the outermost first: each
 // stacking context around it, then what is painted in one piece with it in the innermost of these. Paths are chains, {level, node,
 // next}: what a page puts on the prototype of arrays does not reach them.
-(function () {
+(function (above) {
   'use strict';
 
   const { getOwnPropertyDescriptor } = Object;
@@ -17,7 +18,7 @@
 
   const { document, Map } = window;
   const documentElement = getter(Document.prototype, 'documentElement');
-  const parentElement = getter(Node.prototype, 'parentElement');
+  const rootOf = uncurry(Node.prototype.getRootNode);
   const comparePosition = uncurry(Node.prototype.compareDocumentPosition);
   const matches = uncurry(Element.prototype.matches);
   const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
@@ -78,11 +79,11 @@
   }
 
   function isItem(element) {
-    let parent = parentElement(element);
+    let parent = above(element);
     let display = 'contents';
     while (parent !== null && display === 'contents') {
       display = styleValue(computedStyle(parent), 'display');
-      parent = parentElement(parent);
+      parent = above(parent);
     }
     return kItemParents[display] === true;
   }
@@ -105,21 +106,46 @@
     return !isPlain || isReplaced || kPieces[display] === true ? { kind: kPiece, level: kInFlow } : kOrdinary;
   }
 
-  // Once something is positioned it takes part in its stacking context directly, whatever is between the two.
-  function pathOf(element, boxes) {
+  // Once something is positioned it takes part in its stacking context directly, whatever is between the two. What is no replaced element
+  // has a place of its own all the same.
+  function pathOf(element, boxes, isReplaced) {
     const root = documentElement(document);
     let path = null;
     let reached = kNothing;
-    for (let node = element; node !== null && node !== root && reached !== kTop; node = parentElement(node)) {
+    for (let node = element; node !== null && node !== root && reached !== kTop; node = above(node)) {
       let box = get(boxes, node);
       if (box === undefined) {
-        box = boxOf(node, node === element);
+        box = boxOf(node, isReplaced && node === element);
         set(boxes, node, box);
       }
       if (box.kind !== kNothing && (box.kind >= kContext || reached < kPositioned)) path = { level: box.level, node, next: path };
+      else if (node === element) path = { level: kInFlow, node, next: null };
       if (box.kind > reached) reached = box.kind;
     }
     return path;
+  }
+
+  function depthOf(element) {
+    let depth = 0;
+    for (let at = above(element); at !== null; at = above(at)) depth += 1;
+    return depth;
+  }
+
+  // In the order of the document, with shadow trees in their places.
+  function isBehind(element, other) {
+    let one = element;
+    let two = other;
+    if (rootOf(one) !== rootOf(two)) {
+      let ahead = depthOf(one) - depthOf(two);
+      for (; ahead > 0; ahead -= 1) one = above(one);
+      for (; ahead < 0; ahead += 1) two = above(two);
+      if (one === two) return one !== element;  // the deeper one is inside
+      while (above(one) !== above(two)) {
+        one = above(one);
+        two = above(two);
+      }
+    }
+    return (comparePosition(two, one) & kFollowing) !== 0;
   }
 
   function isAbove(path, other) {
@@ -131,20 +157,31 @@
     }
     if (one === null || two === null) return one !== null;
     if (one.level !== two.level) return one.level > two.level;
-    return (comparePosition(two.node, one.node) & kFollowing) !== 0;
+    return isBehind(one.node, two.node);
   }
 
   // What has a z-index takes part in the innermost stacking context around it, and comes there before all that is not positioned or
   // after it; the element itself may come in between.
-  function levelUnder(element, other) {
-    const boxes = new Map();
-    let path = { level: 0, node: element, next: null };
+  function holePath(element, level) {
+    let path = { level, node: element, next: null };
     const root = documentElement(document);
-    for (let node = element; node !== null && node !== root; node = parentElement(node)) {
+    for (let node = element; node !== null && node !== root; node = above(node)) {
       const box = boxOf(node, node === element);
       if (box.kind >= kContext) path = { level: box.level, node, next: path };
     }
-    return isAbove(pathOf(other, boxes), path) ? 0 : -1;
+    return path;
+  }
+
+  function around(element) {
+    const boxes = new Map();
+    const own = pathOf(element, new Map(), true);
+    const holes = { __proto__: null, 0: holePath(element, 0), '-1': holePath(element, -1) };
+    const placeOf = (other) => pathOf(other, boxes, false);
+    return {
+      isPositioned: boxOf(element, true).kind >= kPositioned,
+      isBelow: (other) => isAbove(own, placeOf(other)),
+      isAboveHole: (other, level) => isAbove(placeOf(other), holes[level]),
+    };
   }
 
   function makePile() {
@@ -153,7 +190,7 @@
 
     // Elements mostly come in the order of the document, so that each goes on the top.
     function add(element, value) {
-      const path = pathOf(element, boxes);
+      const path = pathOf(element, boxes, true);
       let above = null;
       let below = top;
       while (below !== null && isAbove(below.path, path)) {
@@ -168,7 +205,5 @@
     return { add, top: () => top };
   }
 
-  const isPositioned = (element) => boxOf(element, true).kind >= kPositioned;
-
-  return { makePile, isPositioned, levelUnder };
+  return { makePile, around };
 })

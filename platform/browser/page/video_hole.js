@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// (above, drift) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. above,
-// drift: see boxes.js. hole: null: it is not; or {area, left, top, width, height, isAll, level}: from the corner of the area, 'box', the
-// element's, or 'plane'; lengths in CSS pixels, isAll: it fills the area, level: its z-index in the element. What the page paints
-// above the element stays.
+// (above, drift, spread) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. above,
+// drift, spread: see boxes.js. hole: null: it is not; or {area, level} and, of area 'box', the element's, {left, top, width, height, isAll},
+// from its corner, in CSS pixels, isAll: it fills it; of area 'plane', {plane}: a box of the page. level: the z-index in the element. What the
+// page paints above the element stays.
 //
 // The hole is in a child of the element, which takes no room there: a box on a layer of its own that paints nothing and that the engine
 // takes for opaque. Such a layer is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one
 // with an opaque background that covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is
 // cut off at rounded corners is blended all the same, so these become square meanwhile. The looks are in television.css.
-(function (above, drift) {
+(function (above, drift, spread) {
   'use strict';
 
   const kXhtml = 'http://www.w3.org/1999/xhtml';
@@ -20,7 +20,7 @@
 
   const kCorners = ['border-top-left-radius', 'border-top-right-radius', 'border-bottom-left-radius', 'border-bottom-right-radius'];
   const kNoDrift = { __proto__: null };
-  const kPlaced = ['left', 'top', 'width', 'height', 'level'];
+  const kPlaced = ['left', 'top', 'width', 'height'];
 
   const { getOwnPropertyDescriptor } = Object;
   const uncurry = (method) => Function.prototype.call.bind(method);
@@ -76,11 +76,13 @@
 
   // What the element does with its contents, such as columns and rows of its own, moves the hole's parent.
   function place(hole, element, wanted) {
-    const { area, isAll } = wanted;
-    const off = area === 'box' ? drift(hole, element) : kNoDrift;
+    const { area, isAll, level } = wanted;
     const mark = area === 'box' && !isAll ? 'moved' : area;
     if (getAttribute(hole, kMark) !== mark) setAttribute(hole, kMark, mark);
-    for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], wanted[kPlaced[i]] - (off[kPlaced[i]] || 0));
+    const off = area === 'box' ? drift(hole, element) : kNoDrift;
+    const box = area === 'box' ? wanted : spread(hole, wanted.plane);
+    for (let i = 0; i < kPlaced.length; i += 1) set(hole, kPlaced[i], box[kPlaced[i]] - (off[kPlaced[i]] || 0));
+    set(hole, 'level', level);
   }
 
   function cutsOffRound(element) {

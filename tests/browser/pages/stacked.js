@@ -26,6 +26,16 @@ var actions = {
     one.data = '../media/two.mp4';
     await playAndPause(one);
   },
+  // Both in shadow trees, the second one deeper.
+  startInShadowTrees: async function () {
+    var deep = b.attachShadow({ mode: 'open' }).appendChild(document.createElement('p')).attachShadow({ mode: 'closed' });
+    two = deep.appendChild(makeVideo(320));
+    two.data = '../media/two.mp4';
+    await playAndPause(two);
+    one = a.attachShadow({ mode: 'open' }).appendChild(makeVideo(0));
+    one.data = '../media/two.mp4';
+    await playAndPause(one);
+  },
   reset: reset,
   index: function () { one.style.zIndex = 1; },
   higherIndex: function () { two.style.zIndex = 2; },
