@@ -154,6 +154,11 @@ class PaintedTest(television.Case):
         for bar in range(5):
             self.assertBar(picture, 0, 0, 1280, 720, bar)
 
+    def test_what_has_faded_out_costs_nothing(self):
+        [picture] = self.see("menuFadedOut")
+        for bar in range(6):
+            self.assertBar(picture, 0, 0, 1280, 720, bar)
+
     def test_full_screen_from_within_something_transformed_is_the_whole_screen(self):
         for name, picture in zip(("scaled", "moved", "zoomed"), self.see("scaledFullScreen", "movedFullScreen", "zoomedFullScreen")):
             with self.subTest(name):

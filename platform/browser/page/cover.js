@@ -127,6 +127,11 @@
       shadowReaches(style, rect, box) || isSecret(element) || pseudoPaints(element);
   }
 
+  function isFadedOut(element) {
+    for (let at = element; at !== null; at = above(at)) if (styleValue(computedStyle(at), 'opacity') === '0') return true;
+    return false;
+  }
+
   // visit(element) -> boolean: it was the last one.
   function visitAll(list, visit) {
     for (let i = 0; i < list.length; i += 1) {
@@ -163,7 +168,7 @@
       if (isSelf || order.isBelow(other)) {
         isCovered = true;
         isHiddenBelow = isHiddenBelow || order.isAboveHole(other, -1);
-      } else if (!order.isAboveHole(other, 0)) {
+      } else if (!order.isAboveHole(other, 0) && !isFadedOut(other)) {
         erased += area;
       }
       return isDone();
