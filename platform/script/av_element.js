@@ -502,7 +502,7 @@
 
   function setOriginal(descriptor, element, name, value) {
     if (descriptor !== undefined && descriptor.set !== undefined) apply(descriptor.set, element, [value]);
-    else Object.defineProperty(element, name, { value, writable: true, enumerable: true, configurable: true });
+    else defineOwn(element, name, { value, writable: true, enumerable: true, configurable: true });  // not when the page has frozen it
   }
 
   function inherited(prototype, name) {
@@ -607,7 +607,7 @@
         return (records.get(this) || lookup(this)) === undefined ? original(descriptor, this) : method;
       },
       set(value) {
-        Object.defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
+        defineOwn(this, name, { value, writable: true, enumerable: true, configurable: true });
       },
     });
   }

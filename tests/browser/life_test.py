@@ -172,6 +172,9 @@ class LifeTest(television.Case):
         self.assertCard(run.picture("moved.png"), 300 + 7, 200 + 9, 224, 126)
         self.assertAllClosed(run)
 
+    def test_object_of_a_page_that_has_gone_throws_nothing(self):
+        self.browse("adopted.html", "--wait", "did('elsewhere')")
+
     def test_page_that_is_written_anew(self):
         run = self.browse("playing.html", "--wait", "playing()", "--wait",
                           "document.open(), document.write('<p>new</p><script>var fresh = true</' + 'script>'), document.close(), true",

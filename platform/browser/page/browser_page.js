@@ -76,8 +76,10 @@
 
   const frameElementOf = getter(window, 'frameElement');
 
+  let hasGone = false;  // this window; `window` may be one of another origin then
+
   // The document of a frame that has gone is in no window.
-  const isConnected = (element) => isInDocument(element) && defaultView(ownerDocument(element)) !== null;
+  const isConnected = (element) => !hasGone && isInDocument(element) && defaultView(ownerDocument(element)) !== null;
 
   const isElement = (value) => value instanceof HTMLObjectElement || value instanceof HTMLEmbedElement;
 
@@ -174,7 +176,7 @@
   // changes in an animation frame is painted with that one; a callback asked for then would come with the next.
   function layoutMayHaveChanged() {
     cover.changed();
-    if (!layer.hasObjects() && !host.othersHaveObjects()) return;
+    if (hasGone || (!layer.hasObjects() && !host.othersHaveObjects())) return;
     if (now() - frameAt < kFrameWork) placeAll();
     if (!frameAsked && (now() - frameAt >= kFrameWork || isAnimated())) askFrame();
   }
@@ -455,7 +457,11 @@
   });
 
   // A page may send events of that name itself.
-  listen(window, 'pagehide', ({ isTrusted }) => { if (isTrusted) host.ended(); }, true);
+  listen(window, 'pagehide', ({ isTrusted }) => {
+    if (!isTrusted) return;
+    hasGone = true;
+    host.ended();
+  }, true);
 
   return {
     fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,

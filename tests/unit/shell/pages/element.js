@@ -93,6 +93,11 @@ page(() => {
     for (const value of [{ toString() { throw new Error('no text'); } }, Object.create(null)]) element[name] = value;
     equal(element[name], before, 'no text, ' + name);
   }
+  const frozen = Object.freeze(makeObject({ id: 'frozen' }));
+  frozen.cache = '1';
+  frozen.play = 1;
+  equal(frozen.cache, undefined, 'a frozen element of no type');
+
   element.focus(1);
   element.focus('x');
 
