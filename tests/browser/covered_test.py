@@ -159,6 +159,11 @@ class PaintedTest(television.Case):
         for bar in range(6):
             self.assertBar(picture, 0, 0, 1280, 720, bar)
 
+    def test_contents_that_may_be_left_out_do_not_stop_the_page(self):
+        [picture] = self.see("contentLeftOut")
+        for bar in range(6):
+            self.assertBar(picture, 320, 180, 640, 360, bar)
+
     def test_full_screen_from_within_something_transformed_is_the_whole_screen(self):
         for name, picture in zip(("scaled", "moved", "zoomed"), self.see("scaledFullScreen", "movedFullScreen", "zoomedFullScreen")):
             with self.subTest(name):

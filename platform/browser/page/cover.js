@@ -38,7 +38,7 @@
   const kClear = 'rgba(0, 0, 0, 0)';
   const kText = 3;         // of nodeType
   const kRest = 20;        // after a look there is none for so many times as long as it took
-  const kPatience = 500;   // milliseconds; not all that changes a page tells of it
+  const kPatience = 1000;  // milliseconds; not all that changes a page tells of it
   const kMostErased = 0.5; // of the box
   const kSides = ['top', 'right', 'bottom', 'left'];
   const kPseudo = ['::before', '::after'];
@@ -153,11 +153,12 @@
   // What is not positioned lies below all that is: only there may what is above the element be below what is in it. When it cannot be
   // right for both, what is smaller is left out.
   function survey(element, box) {
-    const order = stacking.around(element);
+    let known = null;  // most pages paint nothing there
+    const order = () => known || (known = stacking.around(element));
     let isCovered = paintsEverywhere() || isOnBackdrop(element);
     let erased = 0;
     let isHiddenBelow = false;
-    const isDone = () => isCovered && order.isPositioned;
+    const isDone = () => isCovered && order().isPositioned;
     if (isDone()) return { isCovered, level: 0 };
     visitPage(element, (other) => {
       const isSelf = other === element;
@@ -165,10 +166,10 @@
       const rect = boundingBox(other);
       const area = sharedArea(rect, box);
       if (area === 0 || !(isSelf ? hasBackground(computedStyle(element)) : paints(other, rect, box))) return false;
-      if (isSelf || order.isBelow(other)) {
+      if (isSelf || order().isBelow(other)) {
         isCovered = true;
-        isHiddenBelow = isHiddenBelow || order.isAboveHole(other, -1);
-      } else if (!order.isAboveHole(other, 0) && !isFadedOut(other)) {
+        isHiddenBelow = isHiddenBelow || order().isAboveHole(other, -1);
+      } else if (!order().isAboveHole(other, 0) && !isFadedOut(other)) {
         erased += area;
       }
       return isDone();
