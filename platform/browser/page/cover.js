@@ -42,7 +42,6 @@
   const kMostErased = 0.5; // of the box
   const kSides = ['top', 'right', 'bottom', 'left'];
   const kPseudo = ['::before', '::after'];
-  const kNoContent = /^(?:none|normal|""|)$/;
   const kPaints = {
     __proto__: null, img: true, svg: true, canvas: true, video: true, input: true, textarea: true, select: true, button: true, progress: true,
     meter: true, iframe: true, frame: true, hr: true, math: true,
@@ -61,6 +60,12 @@
     const root = documentElement(document);
     const body = documentBody(document);
     return (root !== null && hasBackground(computedStyle(root))) || (body !== null && hasBackground(computedStyle(body)));
+  }
+
+  // That of the body is the window's own, below everything, where the root has none.
+  function paintsOwnBackground(element, style) {
+    if (!hasBackground(style)) return false;
+    return element !== documentBody(document) || hasBackground(computedStyle(documentElement(document)));
   }
 
   // Of the box, in pixels.
@@ -102,7 +107,7 @@
       const style = computedStyle(element, kPseudo[i]);
       const content = styleValue(style, 'content');
       if (content === 'none' || content === 'normal' || content === '') continue;
-      if (find(kNoContent, content) === null || hasBackground(style)) return true;
+      if (content !== '""' || hasBackground(style)) return true;
     }
     return false;
   }
@@ -123,7 +128,7 @@
   function paints(element, rect, box) {
     const style = computedStyle(element);
     if (styleValue(style, 'visibility') !== 'visible') return false;
-    return hasBackground(style) || kPaints[localName(element)] === true || hasText(element) || bordersReach(style, rect, box) ||
+    return paintsOwnBackground(element, style) || kPaints[localName(element)] === true || hasText(element) || bordersReach(style, rect, box) ||
       shadowReaches(style, rect, box) || isSecret(element) || pseudoPaints(element);
   }
 
