@@ -74,11 +74,6 @@ const DescriptorRights* rightsFor(const DescriptorItem& item, const DescriptorUr
 
 bool isDescriptorType(std::string_view mimeType) { return bareType(mimeType) == kDescriptorType; }
 
-bool isWebAddress(std::string_view url) {
-  const std::string scheme = lowerCase(url.substr(0, url.find("//")));
-  return url.find("//") != std::string_view::npos && (scheme == "http:" || scheme == "https:");
-}
-
 bool isClearKeySystem(std::string_view systemId) {
   constexpr std::string_view kPrefix = "urn:uuid:";
   const std::string lower = lowerCase(systemId);

@@ -9,11 +9,8 @@
 
 namespace mediamgmnt {
 
-/// The MIME type of descriptors, whatever parameters follow it and whatever its case.
+/// The MIME type of descriptors, whatever parameters follow it and whatever its case. Thread: any, like all here.
 bool isDescriptorType(std::string_view mimeType);
-
-/// @p url is http or https. Thread: any, like all here.
-bool isWebAddress(std::string_view url);
 
 /// "urn:uuid:…" of ClearKey, the only rights system that is served, in both of its registered forms.
 bool isClearKeySystem(std::string_view systemId);

@@ -8,6 +8,7 @@
 
 #include "platform/mediamgmnt/content_choice.h"
 #include "platform/mediamgmnt/library_log.h"
+#include "platform/mediamgmnt/web_address.h"
 
 namespace mediamgmnt {
 namespace {

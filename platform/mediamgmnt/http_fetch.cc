@@ -10,6 +10,7 @@
 
 #include "platform/mediamgmnt/library_start.h"
 #include "platform/mediamgmnt/thread_ledger.h"
+#include "platform/mediamgmnt/web_address.h"
 
 namespace mediamgmnt {
 namespace {
@@ -106,6 +107,7 @@ class HttpFetch::Transfer {
   }
 
   FetchReply fetch() {
+    if (!namesHost(m_request.url)) return failed(Failure::CannotConnect, "its address names no host");
     const ThreadContext context;
     const auto session = own(soup_session_new_with_options("timeout", kSilenceSeconds, nullptr));
     if (!m_request.userAgent.empty()) g_object_set(session.get(), "user-agent", m_request.userAgent.c_str(), nullptr);

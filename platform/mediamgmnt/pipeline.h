@@ -199,6 +199,9 @@ class Pipeline {
   static GstPadProbeReturn onInputData(GstPad* pad, GstPadProbeInfo* info, gpointer input);
   void makeRoomForTracks(GstPadProbeInfo* info);
   void holdEarlyEnd() const;
+  GstPadProbeReturn orderEnds(Input& input, GstPadProbeInfo* info);
+  bool keepEnd(const std::shared_ptr<GstPad>& out, std::size_t inputs);
+  void letKeptEndsPass();
   void goOnWithout(Input& input, GstStreamType type);
 
   // pipeline_report.cc
@@ -288,7 +291,10 @@ class Pipeline {
   std::atomic<bool> m_typeHandled{false};
   std::atomic<bool> m_sourceEnded{false};
   std::atomic<bool> m_endsPass{false};
-  std::atomic<bool> m_mediaArrived{false};  ///< something was fetched that could be taken apart
+  std::atomic<bool> m_inputsBegun{false};  ///< of an adaptive source: a buffer has passed since there are these inputs
+  std::mutex m_keptEndsMutex;
+  std::vector<std::shared_ptr<GstPad>> m_keptEnds;  ///< guarded by m_keptEndsMutex: pads whose end follows the first buffer
+  std::atomic<bool> m_mediaArrived{false};          ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};

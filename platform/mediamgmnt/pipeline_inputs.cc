@@ -26,6 +26,17 @@ GstClockTime endOf(GstBuffer* buffer) {
   return GST_BUFFER_PTS(buffer) + (GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0);
 }
 
+/// Of the decoder that the element is in.
+std::size_t inputsOf(GstElement* element) {
+  GstObject* const decoder = gst_object_get_parent(GST_OBJECT(element));
+  if (decoder == nullptr) return 0;
+  GST_OBJECT_LOCK(decoder);
+  const std::size_t inputs = GST_ELEMENT(decoder)->numsinkpads;
+  GST_OBJECT_UNLOCK(decoder);
+  gst_object_unref(decoder);
+  return inputs;
+}
+
 GstSegment segmentFrom(double seconds) {
   GstSegment segment;
   gst_segment_init(&segment, GST_FORMAT_TIME);
@@ -45,6 +56,7 @@ struct Pipeline::Input {
 };
 
 void Pipeline::watchInput(GstElement* element) {
+  m_inputsBegun = false;
   GstPad* const pad = gst_element_get_static_pad(element, "sink");
   constexpr auto kData = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH |
                                                       GST_PAD_PROBE_TYPE_BUFFER);
@@ -57,7 +69,7 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
   auto& input = *static_cast<Input*>(data);
   if (input.pipeline->m_adaptive) {
     input.pipeline->makeRoomForTracks(info);
-    return GST_PAD_PROBE_OK;  // what it has it hands on in order, from one thread
+    return input.pipeline->orderEnds(input, info);
   }
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
     input.end = std::max(input.end, endOf(GST_PAD_PROBE_INFO_BUFFER(info)));
@@ -98,6 +110,44 @@ void Pipeline::makeRoomForTracks(GstPadProbeInfo* info) {
 /// the end of a short one waits for the start of all.
 void Pipeline::holdEarlyEnd() const {
   for (int nap = 0; !m_endsPass && nap < kMostEndNaps; ++nap) g_usleep(kEndNapUs);
+}
+
+/// The same where what the source has is handed on in order, from one thread, which cannot wait: the first buffer of any input
+/// begins all, and the end of one that has brought nothing before it, as happens when it cannot be decrypted, follows that buffer.
+/// When none brings anything, the last end lets the others pass.
+GstPadProbeReturn Pipeline::orderEnds(Input& input, GstPadProbeInfo* info) {
+  GstPad* const out = gst_element_get_static_pad(input.element, "src");
+  const auto keeper = std::shared_ptr<GstPad>(out, &gst_object_unref);
+  const auto type = GST_PAD_PROBE_INFO_TYPE(info);
+  if ((type & GST_PAD_PROBE_TYPE_EVENT_FLUSH) != 0) {  // from the thread that seeks
+    const std::lock_guard lock(m_keptEndsMutex);
+    m_keptEnds.erase(std::remove(m_keptEnds.begin(), m_keptEnds.end(), keeper), m_keptEnds.end());
+    return GST_PAD_PROBE_OK;
+  }
+  if (m_inputsBegun) letKeptEndsPass();
+  if ((type & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
+    input.hasData = m_inputsBegun = true;
+  } else if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS && !input.hasData && !m_inputsBegun) {
+    if (keepEnd(keeper, inputsOf(input.element))) return GST_PAD_PROBE_DROP;
+    letKeptEndsPass();
+  }
+  return GST_PAD_PROBE_OK;
+}
+
+bool Pipeline::keepEnd(const std::shared_ptr<GstPad>& out, std::size_t inputs) {
+  const std::lock_guard lock(m_keptEndsMutex);
+  if (m_keptEnds.size() + 1 >= inputs) return false;
+  m_keptEnds.push_back(out);
+  return true;
+}
+
+void Pipeline::letKeptEndsPass() {
+  std::vector<std::shared_ptr<GstPad>> ends;
+  {
+    const std::lock_guard lock(m_keptEndsMutex);
+    ends.swap(m_keptEnds);
+  }
+  for (const auto& out : ends) gst_pad_push_event(out.get(), gst_event_new_eos());
 }
 
 /// The decoder of GStreamer 1.22 keeps the end of a stream back until all have ended: without a gap its sink would wait for it when

@@ -12,6 +12,7 @@
 #include "platform/mediamgmnt/licence.h"
 #include "platform/mediamgmnt/pipeline.h"
 #include "platform/mediamgmnt/rights_systems.h"
+#include "platform/mediamgmnt/web_address.h"
 
 namespace mediamgmnt {
 namespace {

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "platform/mediamgmnt/web_address.h"
+
 namespace mediamgmnt {
 namespace {
 
@@ -143,6 +145,7 @@ void Playback::openPipeline() {
   m_pipeline = std::make_unique<Pipeline>(m_loop, listener, m_surface, m_components, m_subtitles, settings);
   for (const ComponentKind kind : kComponentKinds) m_pipeline->setShown(kind, m_components.isShown(kind));
   if (m_settings.url.empty()) return fail(Failure::ContentNotAvailable);
+  if (isWebAddress(settings.url) && !namesHost(settings.url)) return fail(Failure::CannotConnect);
   if (!m_pipeline->open()) return fail(Failure::InsufficientResources);
   armConnectWatchdog();
   m_tickTimer = m_loop.postAfter(std::chrono::milliseconds(200), [this] { tick(); });

@@ -17,8 +17,9 @@
 //         parameters(element) -> [[name, value]] of its <param> children    box(element) -> {x, y, width, height} or null
 //         documentUrl(element)    resolveUrl(text, base) -> text    dispatch(element, type, fields): to DOM listeners
 //         reportError(error)    warn(text)    queueTask(function)    now() -> milliseconds
-//         and, where a shell has need of it: upgraded(element): it became a live object    sync(): tell of changed attributes now
-//         shows(element, box, fullScreen): where its picture is now, null where it has none
+//         and, where a shell has need of it: upgraded(element): it became a live object    entered(element): a live one is in a document now
+//         sync(): tell of changed attributes now
+//         shows(element, box, fullScreen): where its picture is now, null where it has none    isRendered(element): is any of it shown?
 //         focus(element, parameters): the keys are for it from now on
 //         baseUrl(element): what addresses are relative to, if that need not be the document's own
 //         addressAdvice: what else helps when a source is no web address    wake(): flush has something to do    userAgent: of the media requests, unless the page names one
@@ -85,6 +86,8 @@
   const sync = page.sync || doNothing;
   const wake = page.wake || doNothing;
   const upgraded = page.upgraded || doNothing;
+  const entered = page.entered || doNothing;
+  const isRendered = page.isRendered || (() => true);
   const baseUrl = page.baseUrl || page.documentUrl;
 
   const records = sealed(new WeakMap());  // element -> its record
@@ -149,14 +152,13 @@
     if (!rowsDefined) defineRows(native.rows(id));
     const own = takeOwn(element);
     const type = page.getAttribute(element, 'type');
-    const record = { object, id, type, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, box: null, isIn: false,
+    const record = { object, id, type, speed: 1, queued: false, renewing: false, waitUntil: 0, waitsForReady: false, window: null, isIn: false,
       subtitles: 0, clock: null, told: kStopped, owesStopped: false, texts: { __proto__: null }, set: [], mirrors: false };
     records.set(element, record);
     if (typeOf(element) !== kSubtitleType) objects.set(element, object);
     elements.set(id, new WeakRef(element));
     native.setDocumentUrl(id, page.documentUrl(element));
     native.setFlag(id, 'fullScreen', fullScreen);
-    if (fullScreen) sendWindow(record, kPlane);
     if (page.userAgent !== undefined) object.userAgent = page.userAgent;
     upgraded(element);
     applyMarkup(element, record);
@@ -404,7 +406,8 @@
     if (name === 'type') refused.delete(element);
     const record = records.get(element);
     if (record === undefined) {
-      lookup(element);  // a new object reads all attributes
+      // A new object reads all attributes. One that has left its document is done with until the page uses it again.
+      if (name === 'type' || page.isConnected(element)) lookup(element);
     } else if (name === 'type') {
       typeChanged(element, record);
     } else if (name === 'data' || name === 'src') {
@@ -646,31 +649,36 @@
 
   // Another source gets another player, which fills the plane until it is told.
   function renewWindow(record) {
-    if (record.box !== null) sendWindow(record, native.flag(record.id, 'fullScreen') ? kPlane : record.box);
+    if (record.window !== null) sendWindow(record, record.window);
   }
 
-  function tellWhatShows(element, record, box) {
+  function tellWhatShows(element, record, box, fillsPlane) {
     if (page.shows === undefined) return;
     const shows = stateOf(record) !== kStopped;
-    page.shows(element, shows ? box : null, shows && native.flag(record.id, 'fullScreen'));
+    page.shows(element, shows ? box : null, shows && fillsPlane);
+  }
+
+  // What is hidden or in no document shows nothing in full screen either.
+  function fillsPlane(element, record) {
+    return native.flag(record.id, 'fullScreen') && isRendered(element);
   }
 
   function placeWindow(element, record) {
     noteWhereItIs(element, record);
     const box = page.box(element);
-    tellWhatShows(element, record, box);
-    if (box === null || sameBox(record.box, box)) return;
-    record.box = box;
-    if (!native.flag(record.id, 'fullScreen')) sendWindow(record, box);
+    const fills = fillsPlane(element, record);
+    tellWhatShows(element, record, box, fills);
+    const place = fills ? kPlane : box;
+    if (place === null || sameBox(record.window, place)) return;
+    record.window = place;
+    sendWindow(record, place);
   }
 
   function setFullScreen(element, record, parameters) {
     const on = Boolean(parameters[0]);
     if (native.flag(record.id, 'fullScreen') === on) return;
-    placeWindow(element, record);
-    sendWindow(record, on || record.box === null ? kPlane : record.box);
     native.setFlag(record.id, 'fullScreen', on);
-    layoutChanged();
+    placeWindow(element, record);
     native.raise(record.id, 'onFullScreenChange');
   }
 
@@ -811,10 +819,11 @@
     while (retired.length > 0) native.destroy(retired.shift());
   }
 
-  // What goes together with a shadow tree, or out of one, nobody tells of.
+  // An element may get into a shadow tree, or out of one, unseen.
   function noteWhereItIs(element, record) {
     const isIn = page.isConnected(element);
     if (record.isIn && !isIn) noteRemoval(element);
+    if (!record.isIn && isIn) entered(element);
     record.isIn = isIn;
   }
 
@@ -870,6 +879,7 @@
     removed(element) {
       if (records.has(element)) noteRemoval(element);
     },
+    lookForRemoved: () => forEachObject(noteWhereItIs),  // some may have left their documents unseen
     parameterAdded(element, name, value) {
       const record = records.get(element);
       if (record === undefined) return;

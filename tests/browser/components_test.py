@@ -24,6 +24,10 @@ class ComponentsTest(television.Case):
         run = self.browse("components.html", "--wait", "did('inside')", "--wait", "did('hostGoes')", "--wait", "did('elementGoes')")
         self.assertAllClosed(run)
 
+    def test_object_that_is_used_again_at_once_plays(self):
+        run = self.browse("components.html", "--wait", "did('usedAgainAtOnce')")
+        self.assertAllClosed(run)
+
     def test_object_plays_on_when_its_host_moves(self):
         self.browse("components.html", "--wait", "did('hostMoves')")
 

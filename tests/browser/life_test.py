@@ -59,6 +59,13 @@ class LifeTest(television.Case):
         run = self.browse("playing.html", "--wait", "playing()")
         self.assertAllClosed(run)
 
+    def test_removed_object_that_changes_its_looks_is_not_made_anew(self):
+        change = "video.className = 'gone', video.style.display = 'none', video.hidden = true, video.setAttribute('title', 'x')"
+        run = self.browse("playing.html", "--wait", "playing() && (setTimeout(function () { %s; window.done = Date.now(); }, 200), video.remove(), true)" % change,
+                          "--wait", "window.done && Date.now() > done + 200")
+        self.assertAllClosed(run)
+        self.assertEqual(sum('"name":"openPlayer"' in line for line in run.trace()), 2)  # and one that tells of the rows
+
     def test_time_is_up_while_playing(self):
         run = self.browse("playing.html", "--quit-after", "3")
         self.assertAllClosed(run)
@@ -105,7 +112,7 @@ class LifeTest(television.Case):
         self.assertBar(run.picture("a.png"), 0, 0, 640, 360, 3)
 
     def test_page_that_ends_itself(self):
-        for end in ("window.close()", APPLICATION + ".destroyApplication()"):
+        for end in ("window.close()", "history.pushState(1, '', '#second'), window.close()", APPLICATION + ".destroyApplication()"):
             run = self.browse("playing.html", "--wait", "playing() && (%s, true)" % end, "--wait", "location.href === 'about:blank'",
                               "--screenshot", "a.png")
             self.assertAllClosed(run)

@@ -44,6 +44,16 @@ class GeometryTest(television.Case):
         self.assertNothing(run.picture("removed.png"))
         self.assertAllClosed(run)
 
+    def test_full_screen_shows_what_is_shown_at_all(self):
+        run = self.browse("geometry.html", *television.steps("start", "hidden", "fullScreen", "shown", "notDisplayed", "displayed", "tiny", "detached",
+                                                  "attached"))
+        for name in ("fullScreen", "notDisplayed", "detached"):
+            with self.subTest(name):
+                self.assertNothing(run.picture(name + ".png"))
+        for name in ("shown", "displayed", "tiny", "attached"):
+            with self.subTest(name):
+                self.assertCard(run.picture(name + ".png"), 0, 0, 1280, 720)
+
     def test_video_is_inside_border_and_padding(self):
         run = self.browse("geometry.html", *television.steps("start", "edged", "scaled"))
         edged = run.picture("edged.png")

@@ -181,6 +181,12 @@ class RunnerTest(unittest.TestCase):
         colours = {bytes(row[x:x + 3]) for row in rows[::36] for x in range(0, width * size, size * 40)}
         self.assertGreater(len(colours), 20, "the picture is almost of one colour")
 
+    def test_address_without_a_host_is_one_error(self):
+        for kind in ("video/mp4", "application/dash+xml", "application/vnd.oipf.ContentAccessStreaming+xml"):
+            result = self.runScript(PLAY % (kind, 0, "http:///two.mp4"))
+            self.assertEqual(result.returncode, 9, kind)
+            self.assertNotIn("CRITICAL", result.stderr, kind)
+
     # -- the examples
 
     def test_hello_plays_to_the_end(self):

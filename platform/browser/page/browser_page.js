@@ -31,7 +31,7 @@
   const settings = JSON.parse(host.settings);
   const listen = parts.listeners();
 
-  const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
+  const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, ShadowRoot, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
   const isTop = window.top === window;
   const parentWindow = window.parent;
   const isInDocument = getter(Node.prototype, 'isConnected');
@@ -42,6 +42,8 @@
   const documentAddress = getter(Document.prototype, 'URL');
   const ownerDocument = getter(Node.prototype, 'ownerDocument');
   const parentElement = getter(Node.prototype, 'parentElement');
+  const rootNode = uncurry(Node.prototype.getRootNode);
+  const hostOf = getter(ShadowRoot.prototype, 'host');
   const localName = getter(Element.prototype, 'localName');
   const offsetWidth = getter(HTMLElement.prototype, 'offsetWidth');
   const offsetHeight = getter(HTMLElement.prototype, 'offsetHeight');
@@ -52,6 +54,7 @@
   const elementQuery = uncurry(Element.prototype.querySelectorAll);
   const documentQuery = uncurry(Document.prototype.querySelectorAll);
   const boundingBox = uncurry(Element.prototype.getBoundingClientRect);
+  const clientRects = uncurry(Element.prototype.getClientRects);
   const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
   const computedStyle = window.getComputedStyle.bind(window);
   const originalFocus = HTMLElement.prototype.focus;
@@ -100,12 +103,18 @@
 
   function changed(records) {
     let layout = false;
+    let removals = false;
     for (let i = 0; i < records.length; i += 1) {
       const record = records[i];
       layout = true;
-      if (record.type === 'childList') treeChanged(record);
-      else if (isElement(record.target)) layer.attributeChanged(record.target, record.attributeName);
+      if (record.type === 'childList') {
+        treeChanged(record);
+        removals = removals || record.removedNodes.length > 0;
+      } else if (isElement(record.target)) {
+        layer.attributeChanged(record.target, record.attributeName);
+      }
     }
+    if (removals && hasShadowTrees) layer.lookForRemoved();
     if (layout) layoutMayHaveChanged();
     tvMedium.apply();
   }
@@ -133,12 +142,23 @@
     for (let i = 0; i < found.length; i += 1) visit(found[i]);
   }
 
+  let hasShadowTrees = false;  // objects of this window have been in one
+
   const tvMedium = parts.tvMedium(listen);
   const observer = new MutationObserver((records) => changed(records));
-  observe(observer, document, {
-    childList: true, subtree: true, attributes: true,
+  const kWatched = {
+    __proto__: null, childList: true, subtree: true, attributes: true,
     attributeFilter: ['type', 'style', 'class', 'hidden', 'width', 'height', 'data-application-hidden'],
-  });
+  };
+  observe(observer, document, kWatched);
+
+  // What happens in a shadow tree only an observer of that tree is told, and no query finds what is in it.
+  function entered(element) {
+    for (let root = rootNode(element); root instanceof ShadowRoot; root = rootNode(hostOf(root))) {
+      observe(observer, root, kWatched);
+      hasShadowTrees = true;
+    }
+  }
 
   // An element that has just read all of its attributes does not read them again for what was noted before.
   function upgraded(element) {
@@ -156,8 +176,9 @@
       const original = Element.prototype[name];
       const method = {
         [name](...parameters) {
+          const before = getAttribute(this, 'type');
           const result = apply(original, this, parameters);
-          layer.inserted(this);
+          if (isConnected(this) || getAttribute(this, 'type') !== before) layer.inserted(this);
           pump();
           return result;
         },
@@ -248,6 +269,11 @@
     const x = Math.round(from.x + from.across * left);
     const y = Math.round(from.y + from.down * top);
     return { x, y, width: Math.round(from.x + from.across * right) - x, height: Math.round(from.y + from.down * bottom) - y };
+  }
+
+  function isRendered(element) {
+    return isConnected(element) && originOf(element) !== null && clientRects(element).length > 0 &&
+      styleValue(computedStyle(element), 'visibility') === 'visible';
   }
 
   function contentWindowOf(element) {
@@ -437,6 +463,7 @@
       return out;
     },
     box,
+    isRendered,
     shows(element, place, fullScreen) {
       const isSeen = fullScreen || (place !== null && place !== kNowhere);
       uncover(element, isSeen ? holeFor(element, fullScreen) : null);
@@ -452,6 +479,7 @@
     now,
     sync: pump,
     upgraded,
+    entered,
     wake: host.wake,
     userAgent: settings.userAgent,
   });

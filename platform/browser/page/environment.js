@@ -129,6 +129,16 @@
     application.dispatchEvent(new Event(name));
   }
 
+  // The engine closes no window that has been to another page.
+  if (window.top === window) {
+    Object.defineProperty(window, 'close', {
+      configurable: true,
+      enumerable: true,
+      writable: true,
+      value: function close() { application.destroyApplication(); },
+    });
+  }
+
   // The documents of an application have one and the same.
   function ownerApplication() {
     if (window.top === window) return application;

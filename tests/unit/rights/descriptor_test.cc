@@ -242,12 +242,4 @@ TEST(DescriptorTypeTest, IsKnownWithParametersAndInAnyCase) {
   EXPECT_FALSE(mediamgmnt::isDescriptorType(""));
 }
 
-TEST(WebAddressTest, IsHttpOrHttps) {
-  EXPECT_TRUE(mediamgmnt::isWebAddress("http://h/"));
-  EXPECT_TRUE(mediamgmnt::isWebAddress("HTTPS://h/"));
-  for (const char* const other : {"", "file:///etc/passwd", "//h/x", "x.mp4", "rtsp://h/", "http:/h", "xhttp://h/"}) {
-    EXPECT_FALSE(mediamgmnt::isWebAddress(other)) << other;
-  }
-}
-
 }  // namespace

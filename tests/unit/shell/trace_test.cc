@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <sstream>
 
@@ -52,6 +53,13 @@ TEST(AvcRunTrace, HoldsOneObjectALine) {
 TEST(AvcRunTrace, AnObjectRemovedInItsHandlerGoesAfterTheHandlerReturned) {
   const auto lines = trace("{ e.remove(); e.setVolume(50); }");
   EXPECT_LT(indexOf(lines, "\"name\":\"setVolume\""), indexOf(lines, "\"kind\":\"close\""));
+}
+
+TEST(AvcRunTrace, ARemovedObjectThatChangesItsLooksIsNotMadeAnew) {
+  const auto lines = trace("{ e.remove(); setTimeout(() => { e.className = 'gone'; e.style.display = 'none'; }, 20); }");
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                          [](const std::string& line) { return line.find("\"name\":\"openPlayer\"") != std::string::npos; }),
+            1);
 }
 
 }  // namespace
