@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -200,7 +201,8 @@ class Pipeline {
   void makeRoomForTracks(GstPadProbeInfo* info);
   void holdEarlyEnd() const;
   GstPadProbeReturn orderEnds(Input& input, GstPadProbeInfo* info);
-  bool keepEnd(const std::shared_ptr<GstPad>& out, std::size_t inputs);
+  bool keepEnd(GstElement* input);
+  void forgetEnd(GstElement* input);
   void letKeptEndsPass();
   void goOnWithout(Input& input, GstStreamType type);
 
@@ -293,8 +295,8 @@ class Pipeline {
   std::atomic<bool> m_endsPass{false};
   std::atomic<bool> m_inputsBegun{false};  ///< of an adaptive source: a buffer has passed since there are these inputs
   std::mutex m_keptEndsMutex;
-  std::vector<std::shared_ptr<GstPad>> m_keptEnds;  ///< guarded by m_keptEndsMutex: pads whose end follows the first buffer
-  std::atomic<bool> m_mediaArrived{false};          ///< something was fetched that could be taken apart
+  std::list<std::shared_ptr<GstElement>> m_keptEnds;  ///< guarded by m_keptEndsMutex: inputs whose end follows the first buffer
+  std::atomic<bool> m_mediaArrived{false};            ///< something was fetched that could be taken apart
   std::atomic<bool> m_transportStream{false};
   std::atomic<bool> m_fragmented{false};
   std::atomic<bool> m_seeking{false};

@@ -116,38 +116,46 @@ void Pipeline::holdEarlyEnd() const {
 /// begins all, and the end of one that has brought nothing before it, as happens when it cannot be decrypted, follows that buffer.
 /// When none brings anything, the last end lets the others pass.
 GstPadProbeReturn Pipeline::orderEnds(Input& input, GstPadProbeInfo* info) {
-  GstPad* const out = gst_element_get_static_pad(input.element, "src");
-  const auto keeper = std::shared_ptr<GstPad>(out, &gst_object_unref);
   const auto type = GST_PAD_PROBE_INFO_TYPE(info);
   if ((type & GST_PAD_PROBE_TYPE_EVENT_FLUSH) != 0) {  // from the thread that seeks
-    const std::lock_guard lock(m_keptEndsMutex);
-    m_keptEnds.erase(std::remove(m_keptEnds.begin(), m_keptEnds.end(), keeper), m_keptEnds.end());
+    forgetEnd(input.element);
     return GST_PAD_PROBE_OK;
   }
   if (m_inputsBegun) letKeptEndsPass();
   if ((type & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
     input.hasData = m_inputsBegun = true;
-  } else if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS && !input.hasData && !m_inputsBegun) {
-    if (keepEnd(keeper, inputsOf(input.element))) return GST_PAD_PROBE_DROP;
-    letKeptEndsPass();
+    return GST_PAD_PROBE_OK;
   }
+  const bool isEarlyEnd = GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS && !input.hasData && !m_inputsBegun;
+  if (!isEarlyEnd) return GST_PAD_PROBE_OK;
+  if (keepEnd(input.element)) return GST_PAD_PROBE_DROP;
+  letKeptEndsPass();
   return GST_PAD_PROBE_OK;
 }
 
-bool Pipeline::keepEnd(const std::shared_ptr<GstPad>& out, std::size_t inputs) {
+bool Pipeline::keepEnd(GstElement* input) {
   const std::lock_guard lock(m_keptEndsMutex);
-  if (m_keptEnds.size() + 1 >= inputs) return false;
-  m_keptEnds.push_back(out);
+  if (m_keptEnds.size() + 1 >= inputsOf(input)) return false;
+  m_keptEnds.emplace_back(GST_ELEMENT(gst_object_ref(input)), &gst_object_unref);
   return true;
 }
 
+void Pipeline::forgetEnd(GstElement* input) {
+  const std::lock_guard lock(m_keptEndsMutex);
+  m_keptEnds.remove_if([input](const auto& kept) { return kept.get() == input; });
+}
+
 void Pipeline::letKeptEndsPass() {
-  std::vector<std::shared_ptr<GstPad>> ends;
+  decltype(m_keptEnds) ends;
   {
     const std::lock_guard lock(m_keptEndsMutex);
     ends.swap(m_keptEnds);
   }
-  for (const auto& out : ends) gst_pad_push_event(out.get(), gst_event_new_eos());
+  for (const auto& input : ends) {
+    GstPad* const out = gst_element_get_static_pad(input.get(), "src");
+    gst_pad_push_event(out, gst_event_new_eos());
+    gst_object_unref(out);
+  }
 }
 
 /// The decoder of GStreamer 1.22 keeps the end of a stream back until all have ended: without a gap its sink would wait for it when

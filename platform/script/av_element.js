@@ -679,6 +679,7 @@
     if (native.flag(record.id, 'fullScreen') === on) return;
     native.setFlag(record.id, 'fullScreen', on);
     placeWindow(element, record);
+    layoutChanged();
     native.raise(record.id, 'onFullScreenChange');
   }
 
