@@ -225,7 +225,7 @@ class Pipeline {
   void restDownloads(bool rest);
   void watchFetching(GstElement* track);
   void watchManifest(GstElement* adaptiveDemux);
-  void noteTrackOfPeriod(const char* name);
+  void noteTrackOfPeriod(GstElement* track);
   void handManifestOver(GstPad* demuxerPad);
   bool readManifest(const std::string& text);
   void noteAdaptiveDemux(GstElement* demuxer);
@@ -240,7 +240,8 @@ class Pipeline {
   void reportLocked();
   using TracksOfPeriods = std::map<long, std::map<std::string, std::shared_ptr<GstElement>>>;  ///< by number and name
   TracksOfPeriods tracksOfPeriods() const;
-  void notePeriodLeft();
+  void noteAnnouncedPeriodLocked();
+  std::optional<long> periodToLeave() const;
   void letDemuxerFinish() const;
   void onDemuxerThread(const std::function<void()>& action, std::chrono::milliseconds patience) const;
   bool hasPeriods() const;
@@ -311,9 +312,6 @@ class Pipeline {
   /// Held while something is sought or selected: the demuxer waits for both in each other's places.
   std::mutex m_steeringMutex;
   bool m_closing = false;  // guarded by m_steeringMutex
-  /// Held while tracks of the period that is presented are ended, and when it is left; before m_trackMutex.
-  std::mutex m_periodMutex;
-  long m_periodLeft = -1;  // guarded by m_periodMutex; -1: none
   std::mutex m_showMutex;  ///< a picture is drawn, or hidden, one after the other
   std::array<std::atomic<bool>, kComponentKinds.size()> m_shown = {true, true, true};
   std::array<Arrival, kComponentKinds.size()> m_arrivals;
@@ -331,9 +329,9 @@ class Pipeline {
   std::vector<std::pair<GstStreamCollection*, gulong>> m_collections;  ///< references, with the handlers connected to them
   bool m_refreshDue = false;
   std::unique_ptr<DownloadRest> m_downloadRest;  ///< of the seek that is flushing
-  int m_periodsBegun = 0;                        ///< fetched, or about to be
-  int m_periodsAnnounced = 0;                    ///< presented, or about to be
-  bool m_periodsSkipped = false;                 ///< a seek has begun one anew
+  std::vector<long> m_periodsBegun;              ///< numbers of those fetched, or about to be
+  std::size_t m_periodsAnnounced = 0;            ///< how many of them are presented, were, or are about to be
+  std::optional<std::size_t> m_periodSought;     ///< how many were begun with the one that a seek has begun anew
   std::vector<std::string> m_tracksOfPeriod;     ///< of the one begun last
   std::shared_ptr<GMainContext> m_demuxer;       ///< what the adaptive demuxer's own thread runs
 

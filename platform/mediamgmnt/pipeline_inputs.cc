@@ -37,6 +37,28 @@ std::size_t inputsOf(GstElement* element) {
   return inputs;
 }
 
+/// Going downstream, or nullptr.
+GstEvent* eventOf(GstPadProbeInfo* info) {
+  return (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM) != 0 ? GST_PAD_PROBE_INFO_EVENT(info) : nullptr;
+}
+
+/// What a manifest says of a track may be several things. With another period's track, the decoder of GStreamer 1.22 is asked about
+/// them before the first of that track has come, and complains: what came before will do till then, if it is one of them.
+void settleCaps(GstPad* pad, GstEvent* event) {
+  if (event == nullptr || GST_EVENT_TYPE(event) != GST_EVENT_STREAM_START) return;
+  GstStream* stream = nullptr;
+  gst_event_parse_stream(event, &stream);
+  if (stream == nullptr) return;
+  GstCaps* announced = gst_stream_get_caps(stream);
+  GstCaps* current = gst_pad_get_current_caps(pad);
+  if (announced != nullptr && current != nullptr && !gst_caps_is_fixed(announced) && gst_caps_can_intersect(announced, current)) {
+    gst_stream_set_caps(stream, current);
+  }
+  gst_clear_caps(&announced);
+  gst_clear_caps(&current);
+  gst_object_unref(stream);
+}
+
 GstSegment segmentFrom(double seconds) {
   GstSegment segment;
   gst_segment_init(&segment, GST_FORMAT_TIME);
@@ -68,6 +90,7 @@ void Pipeline::watchInput(GstElement* element) {
 GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
   auto& input = *static_cast<Input*>(data);
   if (input.pipeline->m_adaptive) {
+    settleCaps(pad, eventOf(info));
     input.pipeline->makeRoomForTracks(info);
     return input.pipeline->orderEnds(input, info);
   }
@@ -97,8 +120,8 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
 /// for what is told.
 void Pipeline::makeRoomForTracks(GstPadProbeInfo* info) {
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_FLUSH) != 0) return;  // from the thread that seeks
-  const bool isEvent = (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM) != 0;
-  const GstEventType type = isEvent ? GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) : GST_EVENT_UNKNOWN;
+  GstEvent* const event = eventOf(info);
+  const GstEventType type = event != nullptr ? GST_EVENT_TYPE(event) : GST_EVENT_UNKNOWN;
   if (type == GST_EVENT_STREAM_START || type == GST_EVENT_EOS) {
     m_room.open(m_decoder);
   } else if (type != GST_EVENT_STREAM_COLLECTION) {

@@ -109,7 +109,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
   } else if (factory == "identity" && startsWith(GST_OBJECT_NAME(parent), "decodebin3")) {
     pipeline->watchInput(element);
   } else if (startsWith(GST_OBJECT_NAME(element), "track-period")) {
-    pipeline->noteTrackOfPeriod(GST_OBJECT_NAME(element));
+    pipeline->noteTrackOfPeriod(element);
     pipeline->watchFetching(element);
   } else if (factory != "typefind" && startsWith(GST_OBJECT_NAME(parent), "parsebin")) {
     pipeline->m_mediaArrived = true;

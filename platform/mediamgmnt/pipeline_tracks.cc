@@ -399,9 +399,7 @@ void Pipeline::takeCollection(GstMessage* message) {
     keepCollectionLocked(collection);
     isNew = streams != m_streams;
     isFirst = m_streams.empty();
-    if (isNew)
-      m_periodsAnnounced =
-          std::exchange(m_periodsSkipped, false) ? m_periodsBegun : std::min(m_periodsAnnounced + 1, m_periodsBegun);
+    if (isNew) noteAnnouncedPeriodLocked();
     if (isNew && m_facts.dash) {
       const std::size_t from = m_streams.empty() ? 0 : m_soughtSeconds ? periodAt(*m_facts.dash, *m_soughtSeconds) : m_period + 1;
       m_period = periodOf(streams, *m_facts.dash, from);
@@ -417,9 +415,12 @@ void Pipeline::takeCollection(GstMessage* message) {
   // In a later period GStreamer looks for what was selected before, by rules of its own.
   const bool agrees = isFirst && isSelectedByItself(streams, choice);
   if (isNew && !agrees) beginWith(GST_MESSAGE_SRC(message), choice);
-  if (!isNew || isFirst) return;
-  notePeriodLeft();
-  letDemuxerFinish();
+  if (isNew && !isFirst) letDemuxerFinish();
+}
+
+void Pipeline::noteAnnouncedPeriodLocked() {
+  const std::size_t next = std::min(m_periodsAnnounced + 1, m_periodsBegun.size());
+  m_periodsAnnounced = std::exchange(m_periodSought, std::nullopt).value_or(next);
 }
 
 /// The thread that announces a period's streams then frees the period before, under a lock. Where the demuxer's own thread is at
@@ -454,17 +455,17 @@ void Pipeline::beginWith(GstObject* demuxer, const ComponentChoice& choice) {
 
 /// The demuxer makes an element for each track of a period when it begins to fetch that, and announces the period's streams when it
 /// begins to present it.
-void Pipeline::noteTrackOfPeriod(const char* name) {
-  const std::string track = name;
+void Pipeline::noteTrackOfPeriod(GstElement* track) {
+  const long period = periodOfTrack(track);
+  const std::string name = GST_OBJECT_NAME(track);
   std::lock_guard lock(m_trackMutex);
-  const auto number = [](const std::string& text) { return text.substr(0, text.find('-', std::strlen(kTrackName))); };
-  const bool again = std::find(m_tracksOfPeriod.begin(), m_tracksOfPeriod.end(), track) != m_tracksOfPeriod.end();
-  if (m_tracksOfPeriod.empty() || again || number(m_tracksOfPeriod.back()) != number(track)) {
+  const bool again = std::find(m_tracksOfPeriod.begin(), m_tracksOfPeriod.end(), name) != m_tracksOfPeriod.end();
+  if (m_tracksOfPeriod.empty() || again || m_periodsBegun.back() != period) {
     m_tracksOfPeriod.clear();
-    ++m_periodsBegun;
-    if (m_seeking) m_periodsSkipped = true;
+    m_periodsBegun.push_back(period);
+    if (m_seeking) m_periodSought = m_periodsBegun.size();
   }
-  m_tracksOfPeriod.push_back(track);
+  m_tracksOfPeriod.push_back(name);
   GMainContext* const context = g_main_context_get_thread_default();
   if (m_demuxer == nullptr && context != nullptr && !m_ending) m_demuxer = {g_main_context_ref(context), &g_main_context_unref};
 }
@@ -510,32 +511,31 @@ Pipeline::TracksOfPeriods Pipeline::tracksOfPeriods() const {
 /// of which nothing more comes. It lacks what it does itself when it begins another period for a seek: what it presents has ended.
 /// When the last of these tracks has, it goes on, and frees them all once that is announced.
 void Pipeline::endPresentedPeriod() {
-  std::lock_guard lock(m_periodMutex);
   GstElement* const demuxer = referenceTo(m_adaptiveDemux);
   if (demuxer == nullptr) return;
   std::vector<std::string> presented;
   gst_element_foreach_src_pad(demuxer, noteStreamId, &presented);
   gst_object_unref(demuxer);
+  const std::optional<long> left = periodToLeave();
   const TracksOfPeriods tracks = tracksOfPeriods();
-  const auto period = tracks.upper_bound(m_periodLeft);
-  if (!isBetweenPeriods() || period == tracks.end() || std::next(period) == tracks.end()) return;
+  const auto period = left ? tracks.find(*left) : tracks.end();
+  if (period == tracks.end()) return;
   for (const std::string& id : presented) {
     const auto found = period->second.find(trackName(period->first, id));
     if (found != period->second.end()) gst_element_foreach_sink_pad(found->second.get(), endInput, nullptr);
   }
 }
 
-/// On the thread that frees its tracks next.
-void Pipeline::notePeriodLeft() {
-  std::lock_guard lock(m_periodMutex);
-  const TracksOfPeriods tracks = tracksOfPeriods();
-  const auto period = tracks.upper_bound(m_periodLeft);
-  if (period != tracks.end()) m_periodLeft = period->first;
-}
-
 bool Pipeline::isBetweenPeriods() const {
   std::lock_guard lock(m_trackMutex);
-  return m_periodsBegun > m_periodsAnnounced;
+  return m_periodsBegun.size() > m_periodsAnnounced;
+}
+
+/// The one that is presented while a later one is fetched.
+std::optional<long> Pipeline::periodToLeave() const {
+  std::lock_guard lock(m_trackMutex);
+  if (m_periodsAnnounced == 0 || m_periodsBegun.size() == m_periodsAnnounced) return std::nullopt;
+  return m_periodsBegun[m_periodsAnnounced - 1];
 }
 
 /// Streams are told apart by their address, so none may be used for another one as long as this source is open.
