@@ -130,6 +130,8 @@ class Pipeline {
   bool hasAudioOrVideo() const { return m_linked > 0; }
   /// The container says how long the medium is; transport streams and plain audio only have guesses.
   bool declaresDuration() const { return m_declaresDuration; }
+  /// What is known of the duration may be less than there is: so of MP4 fragments, of which GStreamer 1.22 knows those it has met.
+  bool mayLastLonger() const { return !m_declaresDuration || m_fragmented; }
   /// The source has given all that it has, and nothing that could be played was found in it.
   bool endedWithoutStreams() const { return m_sourceEnded && !m_adaptive && m_selected == 0; }
   /// DASH or HLS: fetched in segments, and live when it has no duration.

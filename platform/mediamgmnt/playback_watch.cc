@@ -89,7 +89,7 @@ void Playback::followPosition() {
 /// What has been passed was an estimate.
 void Playback::stretchDuration(double position) {
   const std::optional<long long> duration = m_facts.duration();
-  if (m_live || !duration || *duration <= 0 || m_pipeline->declaresDuration()) return;
+  if (m_live || !duration || *duration <= 0 || !m_pipeline->mayLastLonger()) return;
   if (position > static_cast<double>(*duration)) m_facts.setDuration(std::llround(position));
 }
 

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "platform/mediamgmnt/codec_name.h"
 #include "platform/mediamgmnt/language_code.h"
@@ -194,15 +196,6 @@ bool isAudioCodec(std::string_view codec) {
                      [=](std::string_view each) { return codec.substr(0, each.size()) == each; });
 }
 
-std::string codecFrom(const HlsPlaylist& playlist, ComponentKind kind) {
-  for (const HlsVariant& variant : playlist.variants) {
-    for (const std::string& codec : variant.codecs) {
-      if (isAudioCodec(codec) == (kind == ComponentKind::Audio)) return codec;
-    }
-  }
-  return {};
-}
-
 const char* hlsTypeOf(ComponentKind kind) {
   return kind == ComponentKind::Video ? "VIDEO" : kind == ComponentKind::Audio ? "AUDIO" : "SUBTITLES";
 }
@@ -217,17 +210,29 @@ const HlsMedia* mediaOf(const Component& component, const HlsPlaylist& playlist)
   return found != playlist.media.end() ? &*found : nullptr;
 }
 
+/// Empty where there are several, and which of them is the track's remains open.
+std::string codecFrom(const HlsPlaylist& playlist, ComponentKind kind, const HlsMedia* media) {
+  for (const HlsVariant& variant : playlist.variants) {
+    if (media != nullptr && variant.groupOf(media->type) != media->groupId) continue;
+    std::vector<std::string> codecs;
+    std::copy_if(variant.codecs.begin(), variant.codecs.end(), std::back_inserter(codecs),
+                 [=](const std::string& each) { return isAudioCodec(each) == (kind == ComponentKind::Audio); });
+    if (codecs.size() == 1) return codecs.front();
+  }
+  return {};
+}
+
 /// @p place stands in for the number that HLS does not give its tracks.
 void applyHls(const HlsPlaylist& playlist, int place, Component& out) {
   out.tag = place;
   out.encrypted = playlist.isEncrypted;
-  const std::string written = out.kind == ComponentKind::Subtitle ? "wvtt" : codecFrom(playlist, out.kind);
+  const HlsMedia* const media = mediaOf(out, playlist);
+  const std::string written = out.kind == ComponentKind::Subtitle ? "wvtt" : codecFrom(playlist, out.kind, media);
   if (!written.empty()) out.encoding = written;
   if (out.kind == ComponentKind::Video && out.aspectRatio == 0 && !playlist.variants.empty() &&
       playlist.variants.front().height > 0) {
     out.aspectRatio = static_cast<double>(playlist.variants.front().width) / playlist.variants.front().height;
   }
-  const HlsMedia* const media = mediaOf(out, playlist);
   if (media == nullptr) return;
   out.label = media->name;
   if (!media->language.empty()) out.language = languageCode(media->language);

@@ -17,6 +17,9 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/dash/periods.mpd                                                two periods: English and German, then German and French (220 Hz)
     OUTDIR/silent.mp4                                                      a picture without sound
     OUTDIR/stills.mp4                                                      two pictures, each shown for half of the time
+    OUTDIR/hevc.mp4 hevc.ts dash/hevc.mpd hls/hevc.m3u8                    HEVC, English as E-AC-3 (5.1), German as AC-3; HLS in MP4 segments
+    OUTDIR/hls/hevc-mixed.m3u8                                             both in one group, and nothing that tells which is which
+    OUTDIR/bare.mp4                                                        fragments, and nothing that says how long they are in all
     OUTDIR/uneven.mp4 uneven.ts                                            a picture that ends after a quarter of the sound
     OUTDIR/text.mp4 text-frag.mp4 dash/text.mpd                            English and German as timed text, a document a second; DASH
                                                                            also 200 documents ("fra") and odd ones ("ita")
@@ -26,7 +29,8 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/broken/...                                                      what must fail; see makeBroken()
     OUTDIR/rights/...                                                      descriptors, ratings, protection; see make_rights.py
 
-It does nothing when OUTDIR holds what this version of the script makes. Needs ffmpeg with libx264 and libmp3lame.
+It does nothing when OUTDIR holds what this version of the script makes. Needs ffmpeg with libx264, libx265 and
+libmp3lame.
 """
 import concurrent.futures
 import fcntl
@@ -80,6 +84,16 @@ class Set:
         ffmpeg("-f", "lavfi", "-i", source, *videoArguments(FRAME_RATE * self.segment_s, rate_k), *BIT_EXACT,
                os.path.join(self.master, name + ".mp4"))
 
+    def encodeHevc(self):
+        picture = ["-f", "lavfi", "-i", "testsrc2=s=640x360:r=%d:d=%d" % (FRAME_RATE, self.seconds)]
+        gop = FRAME_RATE * self.segment_s
+        encoder = ["-c:v", "libx265", "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-tag:v", "hvc1", "-x265-params",
+                   "log-level=error:pools=1:frame-threads=1:info=0:scenecut=0:keyint=%d:min-keyint=%d:bitrate=500" % (gop, gop)]
+        ffmpeg(*picture, *encoder, *BIT_EXACT, os.path.join(self.master, "hevc.mp4"))
+        for name, hertz, sound in [("eac3", 440, ["-c:a", "eac3", "-b:a", "256k", "-ac", "6"]), ("ac3", 880, ["-c:a", "ac3", "-b:a", "192k", "-ac", "2"])]:
+            ffmpeg("-f", "lavfi", "-i", "sine=f=%d:r=%d:d=%d" % (hertz, SAMPLE_RATE, self.seconds), *sound, *BIT_EXACT,
+                   os.path.join(self.master, name + ".mp4"))
+
     def encodeBlue(self):
         source = "color=c=blue:s=320x180:r=%d:d=%d" % (FRAME_RATE, self.seconds)
         ffmpeg("-f", "lavfi", "-i", source, *videoArguments(FRAME_RATE * self.segment_s, 100), *BIT_EXACT, os.path.join(self.master, "blue.mp4"))
@@ -109,6 +123,7 @@ class Set:
         ffmpeg(*two, "-movflags", "+faststart", out("two.mp4"))
         ffmpeg(*two, out("tail.mp4"))
         ffmpeg(*two, "-movflags", "+frag_keyframe+delay_moov+default_base_moof+global_sidx", out("frag.mp4"))
+        ffmpeg(*two, "-movflags", "+frag_keyframe+empty_moov+default_base_moof+skip_trailer", out("bare.mp4"))
         ffmpeg(*two, "-disposition:a:1", "visual_impaired", "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("two.ts"))
         ffmpeg(*self.inputs("video.mp4"), "-c", "copy", *BIT_EXACT, "-movflags", "+faststart", out("silent.mp4"))
         sound = [*self.inputs("eng.m4a"), "-c", "copy", *BIT_EXACT]
@@ -131,6 +146,21 @@ class Set:
                "hearing_impaired", "-movflags", "+faststart", os.path.join(self.folder, "tracks.mp4"))
         ffmpeg(*common, *maps, "-c", "copy", *BIT_EXACT, *LANGUAGES, *described, "-mpegts_flags", "+resend_headers", "-f", "mpegts",
                os.path.join(self.folder, "tracks.ts"))
+
+    def makeHevc(self):
+        common = [*self.inputs("hevc.mp4", "eac3.mp4", "ac3.mp4"), "-map", "0:v", "-map", "1:a", "-map", "2:a", "-c", "copy", *BIT_EXACT, *LANGUAGES]
+        out = lambda *names: os.path.join(self.folder, *names)
+        ffmpeg(*common, "-tag:v", "hvc1", "-movflags", "+faststart", out("hevc.mp4"))
+        ffmpeg(*common, "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("hevc.ts"))
+        ffmpeg(*common, "-tag:v", "hvc1", "-f", "dash", "-seg_duration", self.segment_s, "-use_template", "1", "-use_timeline", "0", "-init_seg_name",
+               "hevc-init-$RepresentationID$.m4s", "-media_seg_name", "hevc-$RepresentationID$-$Number$.m4s", "-adaptation_sets",
+               "id=0,streams=0 id=1,streams=1 id=2,streams=2", out("dash", "hevc.mpd"))
+        for name in ("hevc", "eac3", "ac3"):
+            ffmpeg("-i", os.path.join("..", "master", name + ".mp4"), "-c", "copy", *(["-tag:v", "hvc1"] if name == "hevc" else []), *BIT_EXACT,
+                   "-f", "hls", "-hls_time", self.segment_s, "-hls_playlist_type", "vod", "-hls_segment_type", "fmp4", "-hls_fmp4_init_filename",
+                   name + "_init.mp4", "-hls_segment_filename", name + "_%d.m4s", name + "_part.m3u8", cwd=out("hls"))
+        write(out("hls", "hevc.m3u8"), HLS_HEVC)
+        write(out("hls", "hevc-mixed.m3u8"), HLS_HEVC_MIXED)
 
     def makeDash(self):
         folder = os.path.join(self.folder, "dash")
@@ -261,6 +291,18 @@ blue.m3u8
 #EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,CODECS="avc1.4d401e,mp4a.40.2",AUDIO="all",SUBTITLES="text"
 video.m3u8
 """
+
+HLS_HEVC = """#EXTM3U
+#EXT-X-VERSION:7
+#EXT-X-INDEPENDENT-SEGMENTS
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="surround",NAME="English",DEFAULT=YES,AUTOSELECT=YES,LANGUAGE="eng",CHANNELS="6",URI="eac3_part.m3u8"
+#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="stereo",NAME="Deutsch",DEFAULT=NO,AUTOSELECT=YES,LANGUAGE="deu",CHANNELS="2",URI="ac3_part.m3u8"
+#EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,CODECS="hvc1.1.6.L63.90,ec-3",AUDIO="surround"
+hevc_part.m3u8
+#EXT-X-STREAM-INF:BANDWIDTH=800000,RESOLUTION=640x360,CODECS="hvc1.1.6.L63.90,ac-3",AUDIO="stereo"
+hevc_part.m3u8
+"""
+HLS_HEVC_MIXED = HLS_HEVC.replace('"stereo"', '"surround"').replace(",ec-3", ",ec-3,ac-3").replace("90,ac-3", "90,ec-3,ac-3")
 
 HLS_TEXT = """#EXTM3U
 #EXT-X-VERSION:6
@@ -401,10 +443,10 @@ def makeSets(root):
     sets = [Set(root, LONG_S, 2), Set(os.path.join(root, "short"), SHORT_S, 1)]
     with concurrent.futures.ThreadPoolExecutor(max_workers=max(2, os.cpu_count() or 2)) as pool:
         steps = [pool.submit(each.encodeVideo, *video) for each in sets for video in (("video", "640x360", 600), ("small", "320x180", 200))]
-        steps += [pool.submit(encode) for each in sets for encode in (each.encodeBlue, each.encodeSound, each.writeSubtitles, each.makeText)]
+        steps += [pool.submit(encode) for each in sets for encode in (each.encodeHevc, each.encodeBlue, each.encodeSound, each.writeSubtitles, each.makeText)]
         waitAll(steps)
         waitAll([pool.submit(make) for each in sets for make in (each.makeFiles, each.makeTracks, each.makeDash, each.makeHls)])
-        waitAll([pool.submit(make) for each in sets for make in (each.makeTextFiles, each.makeDashText, each.makeHlsText)])
+        waitAll([pool.submit(make) for each in sets for make in (each.makeHevc, each.makeTextFiles, each.makeDashText, each.makeHlsText)])
     for each in sets:
         each.finish()
 

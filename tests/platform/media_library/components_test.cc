@@ -17,8 +17,11 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr char kAudioChanged[] = "SELECTED_AUDIO_COMPONENT_CHANGED";
 constexpr char kVideoChanged[] = "SELECTED_VIDEO_COMPONENT_CHANGED";
@@ -485,6 +488,37 @@ TEST(HlsGroupsTest, WhatThePlayingVariantsGroupLacksCanBeSelected) {
   EXPECT_NE(player.command("SELECT_SUBTITLE_COMPONENT", "1"), 0);
   player.wordsUntil(kSubtitleChanged);
   EXPECT_THAT(listener.heard(), ElementsAre(kEnglish, kGerman, kDescribed));
+}
+
+/// HEVC with English as E-AC-3 and German as AC-3.
+class SurroundTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(SurroundTest, NamesItsEncodingsAndIsHeardInBoth) {
+  Listener listener;
+  TestPlayer player;
+  player.start(url(GetParam()));
+
+  EXPECT_THAT(records(player, "VIDEO"), ElementsAre(StartsWith("0|hvc1")));
+  EXPECT_THAT(records(player, "AUDIO"), ElementsAre(AllOf(StartsWith("1|ec-3|0|"), EndsWith("|eng|0|6|")),
+                                                    AllOf(StartsWith("1|ac-3|0|"), EndsWith("|deu|0|2|"))));
+  EXPECT_TRUE(listener.hears(kEnglish));
+  EXPECT_NE(player.command("SELECT_AUDIO_COMPONENT", "1"), 0);
+  EXPECT_TRUE(listener.hears(kGerman));
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, SurroundTest, testing::Values("hevc.mp4", "hevc.ts", "dash/hevc.mpd", "hls/hevc.m3u8"));
+
+TEST(HlsGroupsTest, AnEncodingThatIsNotSaidIsKnownOnceItIsHeard) {
+  Listener listener;
+  TestPlayer player;
+  player.start(url("hls/hevc-mixed.m3u8"));
+  ASSERT_TRUE(listener.hears(kEnglish));
+  EXPECT_THAT(records(player, "AUDIO"), ElementsAre(StartsWith("1|ec-3|"), StartsWith("1||")));
+
+  EXPECT_NE(player.command("SELECT_AUDIO_COMPONENT", "1"), 0);
+
+  EXPECT_TRUE(listener.hears(kGerman));
+  EXPECT_TRUE(TestPlayer::eventually([&] { return records(player, "AUDIO").at(1).substr(0, 7) == "1|ac-3|"; }));
 }
 
 TEST(ComponentsTest, APresentationWithoutSoundHasNone) {

@@ -233,6 +233,25 @@ TEST(StillTest, IsShownToItsEnd) {
   EXPECT_NEAR(player.number("DURATION"), 4000, 100);
 }
 
+TEST(BareFragmentsTest, AreAsLongAsTheyTurnOutToBe) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("short/bare.mp4"));
+  player.forget();
+  double length = player.number("DURATION");
+  int longer = 0;
+
+  while (count(player.words(), "FINISHED") == 0) {
+    ASSERT_TRUE(
+        TestPlayer::eventually([&] { return player.number("DURATION") > length || count(player.words(), "FINISHED") > 0; }));
+    longer += player.number("DURATION") > length ? 1 : 0;
+    length = player.number("DURATION");
+  }
+
+  EXPECT_GT(longer, 2);
+  EXPECT_NEAR(length, 4000, 200);
+  EXPECT_EQ(player.get("POSITION"), player.get("DURATION"));
+}
+
 TEST_P(UnevenTest, PlaysTheSoundToItsEnd) {
   m_player.start(url());
   m_player.forget();
@@ -267,7 +286,10 @@ INSTANTIATE_TEST_SUITE_P(Samples, FormatTest,
                          testing::Values(Format{"Mp4", "short/two.mp4", true}, Format{"Mp4Tail", "short/tail.mp4", true},
                                          Format{"TransportStream", "short/two.ts", true}, Format{"Mp3", "short/tone.mp3", false},
                                          Format{"Aac", "short/tone.aac", false}, Format{"Dash", "short/dash/av.mpd", true},
-                                         Format{"Hls", "short/hls/master.m3u8", true}),
+                                         Format{"Hls", "short/hls/master.m3u8", true}, Format{"Hevc", "short/hevc.mp4", true},
+                                         Format{"HevcTransportStream", "short/hevc.ts", true},
+                                         Format{"HevcDash", "short/dash/hevc.mpd", true},
+                                         Format{"HevcHls", "short/hls/hevc.m3u8", true}),
                          [](const auto& info) { return info.param.name; });
 
 }  // namespace
