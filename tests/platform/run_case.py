@@ -28,7 +28,7 @@ import tones  # noqa: E402
 
 DEFECT = re.compile(r"CRITICAL \*\*|WARNING \*\*|Sanitizer|runtime error:|assertion .* failed", re.IGNORECASE)
 # GStreamer 1.22 says so when a pipeline is closed while its streams begin. What comes of it goes nowhere.
-CLOSED_EARLY = re.compile(r".*Got data flow before (stream-start|segment) event.*")
+CLOSED_EARLY = re.compile(r".*(Got data flow before (stream-start|segment) event|Sticky event misordering, got '[a-z-]+' before 'stream-start').*")
 TRACE_LINES_SHOWN = 60
 GRACE_S = 15
 
