@@ -17,6 +17,7 @@ constexpr std::chrono::milliseconds kBuildPatience{1000};
 
 /// A demuxer whose tasks have not ended by then has missed that they shall.
 constexpr std::chrono::milliseconds kSeekPatience{500};
+constexpr std::chrono::milliseconds kAskPatience{100};
 constexpr std::chrono::milliseconds kClosePatience{3000};
 
 /// Between picture and sound that are presented together; a sound device is told that much before it is heard.
@@ -191,18 +192,31 @@ std::int64_t Pipeline::duration() const {
   return known(answered, value);
 }
 
+/// A live manifest is replaced on the demuxer's own thread, unguarded in GStreamer 1.22 against who asks about it meanwhile. While
+/// that thread has no time the window is the one it was.
 bool Pipeline::seekableWindow(std::int64_t& start, std::int64_t& end) const {
   if (m_transportStream && !isSourceSeekable()) return false;
+  const auto ask = [this] { m_window = queryWindow(); };
+  if (m_adaptive) {
+    onDemuxerThread(ask, kAskPatience);
+  } else {
+    ask();
+  }
+  if (!m_window) return false;
+  start = m_window->first;
+  end = m_window->second;
+  return true;
+}
+
+std::optional<std::pair<std::int64_t, std::int64_t>> Pipeline::queryWindow() const {
   GstQuery* const query = gst_query_new_seeking(GST_FORMAT_TIME);
   gboolean seekable = FALSE;
   gint64 first = kUnknown;
   gint64 last = kUnknown;
   if (gst_element_query(m_pipeline, query)) gst_query_parse_seeking(query, nullptr, &seekable, &first, &last);
   gst_query_unref(query);
-  if (!seekable || first < 0 || last <= first) return false;
-  start = first;
-  end = last;
-  return true;
+  if (!seekable || first < 0 || last <= first) return std::nullopt;
+  return std::make_pair(std::int64_t{first}, std::int64_t{last});
 }
 
 /// Asks for no waiting: the state is only looked at.

@@ -247,6 +247,7 @@ class Pipeline {
   void letDemuxerFinish() const;
   void onDemuxerThread(const std::function<void()>& action, std::chrono::milliseconds patience) const;
   bool hasPeriods() const;
+  std::optional<std::pair<std::int64_t, std::int64_t>> queryWindow() const;
   std::int64_t offPeriodEnd(std::int64_t place) const;
   bool sendSeek(double rate, std::int64_t target, GstSeekFlags flags);
   std::optional<double> noteSought(std::optional<double> seconds);
@@ -330,12 +331,13 @@ class Pipeline {
   std::optional<double> m_soughtSeconds;                               ///< the target of a seek since the newest collection
   std::vector<std::pair<GstStreamCollection*, gulong>> m_collections;  ///< references, with the handlers connected to them
   bool m_refreshDue = false;
-  std::unique_ptr<DownloadRest> m_downloadRest;  ///< of the seek that is flushing
-  std::vector<long> m_periodsBegun;              ///< numbers of those fetched, or about to be
-  std::size_t m_periodsAnnounced = 0;            ///< how many of them are presented, were, or are about to be
-  std::optional<std::size_t> m_periodSought;     ///< how many were begun with the one that a seek has begun anew
-  std::vector<std::string> m_tracksOfPeriod;     ///< of the one begun last
-  std::shared_ptr<GMainContext> m_demuxer;       ///< what the adaptive demuxer's own thread runs
+  std::unique_ptr<DownloadRest> m_downloadRest;                           ///< of the seek that is flushing
+  mutable std::optional<std::pair<std::int64_t, std::int64_t>> m_window;  ///< the one learnt last, in nanoseconds
+  std::vector<long> m_periodsBegun;                                       ///< numbers of those fetched, or about to be
+  std::size_t m_periodsAnnounced = 0;         ///< how many of them are presented, were, or are about to be
+  std::optional<std::size_t> m_periodSought;  ///< how many were begun with the one that a seek has begun anew
+  std::vector<std::string> m_tracksOfPeriod;  ///< of the one begun last
+  std::shared_ptr<GMainContext> m_demuxer;    ///< what the adaptive demuxer's own thread runs
 
   mutable std::mutex m_padMutex;
   Output m_outputs[3];                    // guarded by m_padMutex, index is Kind

@@ -531,10 +531,11 @@ bool Pipeline::isBetweenPeriods() const {
   return m_periodsBegun.size() > m_periodsAnnounced;
 }
 
-/// The one that is presented while a later one is fetched.
+/// The one that is presented while a later one is fetched. A demuxer that has begun another one for a seek goes there by itself,
+/// and crashes where it is made to before that one is complete.
 std::optional<long> Pipeline::periodToLeave() const {
   std::lock_guard lock(m_trackMutex);
-  if (m_periodsAnnounced == 0 || m_periodsBegun.size() == m_periodsAnnounced) return std::nullopt;
+  if (m_periodSought || m_periodsAnnounced == 0 || m_periodsBegun.size() == m_periodsAnnounced) return std::nullopt;
   return m_periodsBegun[m_periodsAnnounced - 1];
 }
 
