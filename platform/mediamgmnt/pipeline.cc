@@ -196,12 +196,13 @@ std::int64_t Pipeline::duration() const {
 /// that thread has no time the window is the one it was.
 bool Pipeline::seekableWindow(std::int64_t& start, std::int64_t& end) const {
   if (m_transportStream && !isSourceSeekable()) return false;
-  const auto ask = [this] { m_window = queryWindow(); };
-  if (m_adaptive) {
-    onDemuxerThread(ask, kAskPatience);
-  } else {
-    ask();
-  }
+  bool asked = false;
+  const auto ask = [this, &asked] {
+    m_window = queryWindow();
+    asked = true;
+  };
+  if (m_adaptive) onDemuxerThread(ask, kAskPatience);
+  if (!asked && (!m_adaptive || !m_window)) ask();  // what positions count from is learnt once
   if (!m_window) return false;
   start = m_window->first;
   end = m_window->second;
