@@ -210,14 +210,15 @@ const HlsMedia* mediaOf(const Component& component, const HlsPlaylist& playlist)
   return found != playlist.media.end() ? &*found : nullptr;
 }
 
-/// Empty where there are several, and which of them is the track's remains open.
+/// Empty where there are several of a sound, and which of them is the track's remains open. A picture's comes before those of
+/// subtitles.
 std::string codecFrom(const HlsPlaylist& playlist, ComponentKind kind, const HlsMedia* media) {
   for (const HlsVariant& variant : playlist.variants) {
     if (media != nullptr && variant.groupOf(media->type) != media->groupId) continue;
     std::vector<std::string> codecs;
     std::copy_if(variant.codecs.begin(), variant.codecs.end(), std::back_inserter(codecs),
                  [=](const std::string& each) { return isAudioCodec(each) == (kind == ComponentKind::Audio); });
-    if (codecs.size() == 1) return codecs.front();
+    if (codecs.size() == 1 || (kind == ComponentKind::Video && !codecs.empty())) return codecs.front();
   }
   return {};
 }
