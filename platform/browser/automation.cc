@@ -171,10 +171,10 @@ void Automation::shoot(const Step& step) {
   if (since < step.seconds) return later(step.seconds - since, [this, &step] { shoot(step); });
   m_settleUntil = g_get_monotonic_time() + kSettleMicroseconds;
   const auto draw = [this, &step] { m_window.whenDrawn([this, &step] { later(0, [this, &step] { shootNow(step.text); }); }); };
-  afterFrames([this, draw] { awaitSettled(draw); });
+  afterFrames([this, draw] { awaitSettled([this, draw] { afterFrames(draw); }); });
 }
 
-// What a page does to its layout reaches the video some threads later.
+// What a page does to its layout reaches the video some threads later, and through the page is seen what is where it is by then.
 void Automation::awaitSettled(std::function<void()> action) {
   askPage(m_view, kMessageSettled, kSettledType, m_cancel, [this, action = std::move(action)](GVariant* answer) {
     gboolean isSettled = TRUE;  // nobody there to move anything
