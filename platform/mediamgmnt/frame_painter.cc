@@ -91,7 +91,7 @@ std::unique_ptr<const Picture> Picture::fromSample(GstSample* sample) {
   GstVideoInfo info;
   if (caps == nullptr || buffer == nullptr || !gst_caps_is_fixed(caps) || !gst_video_info_from_caps(&info, caps)) return nullptr;
   if (!isDrawable(info)) return nullptr;
-  // The plane shows both fields at once, so the rows of interlaced pictures are scaled as they lie.
+  // What comes with two fields could not be taken apart: both are shown at once, and its rows are scaled as they lie.
   GST_VIDEO_INFO_INTERLACE_MODE(&info) = GST_VIDEO_INTERLACE_MODE_PROGRESSIVE;
   return fromBuffer(buffer, info, aspectOf(info));
 }

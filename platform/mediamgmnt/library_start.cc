@@ -22,10 +22,10 @@ namespace {
 
 /// In the order in which a presentation needs them.
 constexpr std::array kElementsToLoad = {
-    "uridecodebin3",      "urisourcebin", "filesrc",        "souphttpsrc", "typefind",       "parsebin",  "decodebin3",
-    "multiqueue",         "qtdemux",      "h264parse",      "aacparse",    "avdec_h264",     "avdec_aac", "appsink",
-    "fakesink",           "queue",        "downloadbuffer", "dashdemux2",  "mpegaudioparse", "tsdemux",   "hlsdemux2",
-    "streamsynchronizer", "videoconvert", "audioconvert",   "queue2",      "identity",
+    "uridecodebin3",      "urisourcebin", "filesrc",        "souphttpsrc", "typefind",       "parsebin",    "decodebin3",
+    "multiqueue",         "qtdemux",      "h264parse",      "aacparse",    "avdec_h264",     "avdec_aac",   "appsink",
+    "fakesink",           "queue",        "downloadbuffer", "dashdemux2",  "mpegaudioparse", "tsdemux",     "hlsdemux2",
+    "streamsynchronizer", "videoconvert", "audioconvert",   "queue2",      "identity",       "deinterlace",
 };
 
 struct LibraryStart {

@@ -181,6 +181,7 @@ class Pipeline {
   void attach(Kind kind, GstPad* pad);
   bool makeOutput(Kind kind, Output& output);
   void paint(GstSample* sample);
+  GstElement* deinterlacerOf(GstElement* sink);
   GstElement* makeVideoSink();
   GstElement* makeTextSink();
   void feedText(GstSample* sample);

@@ -70,13 +70,24 @@ bool Pipeline::makeOutput(Kind kind, Output& output) {
   }
   if (kind != Kind::Audio) g_object_set(queue, "max-size-buffers", 3, "max-size-bytes", 0, "max-size-time", guint64{0}, nullptr);
   gst_bin_add_many(GST_BIN(m_pipeline), queue, sink, nullptr);
-  gst_element_link(queue, sink);
   gst_element_sync_state_with_parent(sink);
+  gst_element_link(queue, kind == Kind::Video ? deinterlacerOf(sink) : sink);
   gst_element_sync_state_with_parent(queue);
   output = {queue, sink};
   if (kind == Kind::Audio) setMuted(sink, !m_shown[indexOf(kind)]);
   watchOutput(kind, queue);
   return true;
+}
+
+/// What comes before the sink: pictures of two fields become two pictures, as on a television; all others pass untouched.
+GstElement* Pipeline::deinterlacerOf(GstElement* sink) {
+  GstElement* const fields = gst_element_factory_make("deinterlace", nullptr);
+  if (fields == nullptr) return sink;
+  gst_util_set_object_arg(G_OBJECT(fields), "method", "greedyl");
+  gst_bin_add(GST_BIN(m_pipeline), fields);
+  gst_element_link(fields, sink);
+  gst_element_sync_state_with_parent(fields);
+  return fields;
 }
 
 GstElement* Pipeline::makeVideoSink() {

@@ -20,6 +20,7 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/hevc.mp4 hevc.ts dash/hevc.mpd hls/hevc.m3u8                    HEVC, English as E-AC-3 (5.1), German as AC-3; HLS in MP4 segments
     OUTDIR/hls/hevc-mixed.m3u8                                             both in one group, and nothing that tells which is which
     OUTDIR/bare.mp4                                                        fragments, and nothing that says how long they are in all
+    OUTDIR/interlaced.ts                                                   a white bar, as high as the picture, 16 pixels further each field
     OUTDIR/uneven.mp4 uneven.ts                                            a picture that ends after a quarter of the sound
     OUTDIR/text.mp4 text-frag.mp4 dash/text.mpd                            English and German as timed text, a document a second; DASH
                                                                            also 200 documents ("fra") and odd ones ("ita")
@@ -131,6 +132,10 @@ class Set:
         ffmpeg(*sound, "-f", "adts", out("tone.aac"))
         stills = "testsrc2=s=320x180:r=2/%d:d=%d" % (self.seconds, self.seconds)
         ffmpeg("-f", "lavfi", "-i", stills, *videoArguments(1, 100), *BIT_EXACT, "-movflags", "+faststart", out("stills.mp4"))
+        bar = ["color=%s:s=%dx720:r=50:d=%d[%s]" % (colour, width, self.seconds, colour) for colour, width in (("black", 1280), ("white", 160))]
+        fields = ";".join([*bar, "[black][white]overlay=x=mod(n*16\\,1120):y=0,tinterlace=interleave_top,setfield=tff"])
+        ffmpeg("-f", "lavfi", "-i", fields, *self.inputs("eng.m4a"), *videoArguments(FRAME_RATE * self.segment_s, 2000), "-flags", "+ilme+ildct",
+               "-x264opts", "tff=1", "-c:a", "copy", *BIT_EXACT, "-f", "mpegts", out("interlaced.ts"))
         uneven = ["-t", self.seconds // 4, *self.inputs("video.mp4", "eng.m4a"), "-map", "0:v", "-map", "1:a", "-c", "copy", *BIT_EXACT]
         ffmpeg(*uneven, "-movflags", "+faststart", out("uneven.mp4"))
         ffmpeg(*uneven, "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("uneven.ts"))

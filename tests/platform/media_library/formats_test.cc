@@ -2,6 +2,9 @@
 // What a viewer does, with each format: the order of the words, positions and speeds.
 #include <gtest/gtest.h>
 
+#include <set>
+#include <vector>
+
 #include "platform/mediamgmnt/media_plane.h"
 #include "sample_server.h"
 #include "test_player.h"
@@ -158,8 +161,9 @@ TEST_P(FormatTest, PlaysFromTheStartAfterAStop) {
 TEST_P(FormatTest, PlaysFastAndSlow) {
   m_player.start(url());
   for (const char* const speed : {"2.00", "0.50"}) {
+    m_player.forget();
     m_player.command("SEEK", "1000.00");
-    m_player.waitFor([](const Words& words) { return !words.empty() && words.back() == "PLAYING"; }, 10);
+    m_player.wordsUntil("PLAYING");
     m_player.forget();
 
     m_player.command("PLAY", speed);
@@ -231,6 +235,32 @@ TEST(StillTest, IsShownToItsEnd) {
 
   EXPECT_EQ(player.words(), (Words{"FINISHED", "PLAY_SPEED_CHANGED"})) << player.get("LAST_ERR_CODE").value_or("no error");
   EXPECT_NEAR(player.number("DURATION"), 4000, 100);
+}
+
+/// Where the bar of the interlaced sample stands on the plane, in steps of a field: -1 while there is none.
+int stepOfTheBar(const std::vector<unsigned char>& plane, int row) {
+  const unsigned char* const pixels = plane.data() + static_cast<std::ptrdiff_t>(row) * kMediaPlaneStride;
+  for (int x = 0; x < kMediaPlaneWidth; ++x) {
+    if (pixels[x * 4] > 128) return (x + 8) / 16;
+  }
+  return -1;
+}
+
+TEST(InterlacedTest, ShowsOneFieldAfterTheOther) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("short/interlaced.ts"));
+  std::vector<unsigned char> plane(kMediaPlaneBytes);
+  std::set<int> parities;
+  int woven = 0;
+
+  EXPECT_TRUE(TestPlayer::eventually([&] {
+    mediaPlaneSnapshot(plane.data(), kMediaPlaneBytes);
+    const int step = stepOfTheBar(plane, 300);
+    for (int row = 301; row < 400; ++row) woven += stepOfTheBar(plane, row) == step ? 0 : 1;
+    if (step > 0) parities.insert(step % 2);
+    return player.number("POSITION") > 2000 && parities.size() == 2;
+  }));
+  EXPECT_EQ(woven, 0);
 }
 
 TEST(BareFragmentsTest, AreAsLongAsTheyTurnOutToBe) {
