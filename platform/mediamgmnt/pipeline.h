@@ -229,6 +229,7 @@ class Pipeline {
   void watchFetching(GstElement* track);
   void watchManifest(GstElement* adaptiveDemux);
   void noteTrackOfPeriod(GstElement* track);
+  static void endRemovedTracks(GstElement* adaptiveDemux);
   void handManifestOver(GstPad* demuxerPad);
   bool readManifest(const std::string& text);
   void noteAdaptiveDemux(GstElement* demuxer);

@@ -100,6 +100,7 @@ void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpoi
     pipeline->watchTypeFinding(element);
   } else if (factory == "dashdemux2" || factory == "hlsdemux2") {
     pipeline->rememberAdaptiveDemux(element);
+    endRemovedTracks(element);
     pipeline->noteAdaptiveDemux(element);
     pipeline->limitVideoSize(element);
     pipeline->watchManifest(element);

@@ -470,6 +470,17 @@ void Pipeline::noteTrackOfPeriod(GstElement* track) {
   if (m_demuxer == nullptr && context != nullptr && !m_ending) m_demuxer = {g_main_context_ref(context), &g_main_context_unref};
 }
 
+/// The demuxer ends a track and takes it out. A change of state that goes through the demuxer's elements meanwhile, such as the one
+/// to playing, would begin it again, and it would be freed while it plays.
+void Pipeline::endRemovedTracks(GstElement* adaptiveDemux) {
+  const auto onRemoved = [](GstBin*, GstElement* element, gpointer) {
+    if (!g_str_has_prefix(GST_OBJECT_NAME(element), kTrackName)) return;
+    gst_element_set_locked_state(element, TRUE);
+    gst_element_set_state(element, GST_STATE_NULL);
+  };
+  g_signal_connect(adaptiveDemux, "element-removed", GCallback(+onRemoved), nullptr);
+}
+
 /// With its context goes what is still queued there, which needs the demuxer.
 void Pipeline::forgetDemuxer() {
   std::lock_guard lock(m_trackMutex);
