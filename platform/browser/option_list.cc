@@ -25,6 +25,14 @@ constexpr int kMargin = 8;  // to the edges of the page
 constexpr std::size_t kMostBytes = 200;
 
 constexpr gint64 kLatestUs = 1'000'000;
+constexpr guint kWatchMilliseconds = 100;
+// Whether what had the focus at the first look still has it, and a place on the page. In a world of its own, which ends with its
+// page.
+constexpr char kOwnerIsThere[] =
+    "let at = document.activeElement;"
+    "for (let next = at; next; next = at.shadowRoot?.activeElement ?? at.contentDocument?.activeElement) at = next;"
+    "if (isFirst) globalThis.listOwner = at;"
+    "return at !== null && at === globalThis.listOwner && at.getClientRects().length > 0;";
 
 // The engine hears of it only once it has handed the menu over.
 void closeSoon(WebKitOptionMenu* menu) {
@@ -132,10 +140,42 @@ void OptionList::show(WebKitOptionMenu* menu, const GdkRectangle& place) {
     if (webkit_option_menu_item_is_selected(itemAt(menu, i)) != FALSE) m_marked = i;
   }
   m_changed();
+  watchOwner();
+}
+
+// The engine leaves the list to whoever shows it also when its element goes.
+void OptionList::watchOwner() {
+  m_looks = g_cancellable_new();
+  lookForOwner(true);
+  const auto look = [](gpointer self) -> gboolean {
+    static_cast<OptionList*>(self)->lookForOwner(false);
+    return G_SOURCE_CONTINUE;
+  };
+  m_watch = g_timeout_add(kWatchMilliseconds, look, this);
+}
+
+void OptionList::lookForOwner(bool isFirst) {
+  const auto finish = [](GObject* view, GAsyncResult* result, gpointer self) {
+    GError* error = nullptr;
+    JSCValue* const value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    // No answer comes from a page that is being replaced, which closes the list by itself.
+    const bool isThere = value == nullptr || jsc_value_to_boolean(value) != FALSE;
+    if (value != nullptr) g_object_unref(value);
+    if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !isThere) static_cast<OptionList*>(self)->close();
+    g_clear_error(&error);
+  };
+  GVariantDict arguments;
+  g_variant_dict_init(&arguments, nullptr);
+  g_variant_dict_insert(&arguments, "isFirst", "d", isFirst ? 1.0 : 0.0);  // the engine takes no boolean
+  webkit_web_view_call_async_javascript_function(m_view, kOwnerIsThere, -1, g_variant_dict_end(&arguments), "avc-browser",
+                                                 "avc-browser:options", m_looks, finish, this);
 }
 
 void OptionList::forget() {
   if (m_menu == nullptr) return;
+  g_source_remove(std::exchange(m_watch, 0));
+  g_cancellable_cancel(m_looks);
+  g_clear_object(&m_looks);
   g_signal_handlers_disconnect_by_data(m_menu, this);
   g_object_unref(std::exchange(m_menu, nullptr));
 }

@@ -35,6 +35,9 @@ class OptionList {
   void show(WebKitOptionMenu* menu, const GdkRectangle& place);
   /// Lets go of the menu, which may have closed by itself.
   void forget();
+  /// Closes the list once what has it is no longer in the page, or has lost the focus.
+  void watchOwner();
+  void lookForOwner(bool isFirst);
   void choose();
   /// To the next option that can be chosen, if there is one.
   void move(int step);
@@ -45,6 +48,8 @@ class OptionList {
   GdkRectangle m_place = {};           ///< of the element, in page pixels
   int m_marked = -1;                   ///< -1: none
   gint64 m_enterUs = 0;                ///< when the page got Enter
+  guint m_watch = 0;                   ///< source; 0 while nothing is shown
+  GCancellable* m_looks = nullptr;     ///< for the looks under way; null while nothing is shown
 };
 
 }  // namespace browser

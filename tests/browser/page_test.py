@@ -203,6 +203,12 @@ class ControlTest(television.Case):
                         "--wait", "words.length && report()")
         self.assertEqual(run.logged(), ["403"])
 
+    def test_list_ends_with_its_element_and_with_its_focus(self):
+        for action in ("list.remove()", "list.style.display = 'none'", "focusOn('check')"):
+            with self.subTest(action):
+                run = self.open("--wait", "words.splice(0), %s, true" % action, *(["--keys", "Red"] * 40), "--wait", "words.length && report()")
+                self.assertEqual(run.logged()[0][:3], "403")
+
     def test_list_that_nobody_asked_for_is_not_shown(self):
         run = self.browse("controls.html", "--wait", "list.dispatchEvent(new MouseEvent('mousedown'))", "--wait", "true", "--keys", "Red", "--wait",
                           "words.length && report()", "--wait", "focusOn('list')", "--keys", "Enter", "--wait", "true", "--keys", "Down,Enter", "--wait",
