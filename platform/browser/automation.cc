@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/automation.h"
 
+#include <glib/gstdio.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <sstream>
@@ -21,6 +25,9 @@ constexpr char kAfterFrames[] =
     "return new Promise((done) => { let frames = 3; const next = () => { frames -= 1; if (frames < 0) done(''); "
     "else requestAnimationFrame(next); }; next(); setTimeout(done, 2000, ''); });";
 
+// A script's last value is nobody's, and the engine refuses to hand over some.
+constexpr char kNoValue[] = "\n;void 0";
+
 // What the engine says to an expression that is none, "" to one that is.
 std::string wrongExpression(const std::string& text) {
   JSCContext* const context = jsc_context_new();
@@ -29,6 +36,17 @@ std::string wrongExpression(const std::string& text) {
   std::string out = problem == nullptr ? "" : jsc_exception_get_message(problem);
   g_clear_object(&problem);
   g_object_unref(context);
+  return out;
+}
+
+// The address that the file would have there: of errors in a script from elsewhere a page is told neither text nor place.
+std::string besidePage(WebKitWebView* view, const std::string& file) {
+  const char* const page = webkit_web_view_get_uri(view);
+  char* const name = g_path_get_basename(file.c_str());
+  char* const address = g_uri_resolve_relative(page == nullptr ? "" : page, name, G_URI_FLAGS_PARSE_RELAXED, nullptr);
+  std::string out = address == nullptr ? addressOf(file) : address;
+  g_free(address);
+  g_free(name);
   return out;
 }
 
@@ -64,6 +82,9 @@ void Automation::loaded() {
 
 std::string Automation::wrongStep() const {
   for (const Step& step : m_steps) {
+    if (step.kind == Step::Kind::script && g_access(step.text.c_str(), R_OK) != 0) {
+      return "--script needs a file that can be read, not \"" + step.text + "\": " + g_strerror(errno);
+    }
     const std::string problem = step.kind == Step::Kind::wait ? wrongExpression(step.text) : "";
     if (!problem.empty()) return "--wait needs an expression of JavaScript, not \"" + step.text + "\": " + problem;
   }
@@ -119,7 +140,8 @@ void Automation::runScript(const std::string& file) {
     if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) static_cast<Automation*>(self)->scriptRun(error);
     g_clear_error(&error);
   };
-  webkit_web_view_evaluate_javascript(m_view, text, -1, nullptr, addressOf(file).c_str(), m_cancel, finish, this);
+  webkit_web_view_evaluate_javascript(m_view, (text + std::string(kNoValue)).c_str(), -1, nullptr, besidePage(m_view, file).c_str(),
+                                      m_cancel, finish, this);
   g_free(text);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/browser/tv_window.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/browser/page_view.h"
@@ -11,6 +12,7 @@ namespace browser {
 
 namespace {
 
+constexpr std::size_t kMostPassed = 64;
 constexpr float kAspect = static_cast<float>(kMediaPlaneWidth) / kMediaPlaneHeight;
 
 GtkWidget* widget(WebKitWebView* view) { return GTK_WIDGET(view); }
@@ -95,6 +97,7 @@ gboolean TvWindow::onDrawn(GtkWidget* view, cairo_t* cairo, gpointer self) {
 
 gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
   auto& window = *static_cast<TvWindow*>(self);
+  if (window.isReturned(*event)) return FALSE;
   const guint16 place = event->hardware_keycode;  // the symbol depends on modifiers, which may be let go of first
   if (event->type == GDK_KEY_RELEASE) {
     window.m_pageKeys.erase(place);
@@ -109,7 +112,18 @@ gboolean TvWindow::onKey(GtkWidget*, GdkEventKey* event, gpointer self) {
     window.m_pageKeys.insert(place);
   }
   event->keyval = remoteKeyFor(event->keyval);
+  if (event->type == GDK_KEY_PRESS) window.notePassed(*event);
   return FALSE;
+}
+
+bool TvWindow::isReturned(const GdkEventKey& event) const {
+  return event.type == GDK_KEY_PRESS &&
+         std::find(m_passed.begin(), m_passed.end(), std::pair(event.time, event.keyval)) != m_passed.end();
+}
+
+void TvWindow::notePassed(const GdkEventKey& event) {
+  m_passed.emplace_back(event.time, event.keyval);
+  if (m_passed.size() > kMostPassed) m_passed.pop_front();
 }
 
 /// What is let go of from now on, another window hears.
@@ -133,7 +147,8 @@ void TvWindow::sendKey(guint sentKey, GdkEventType type) {
   GdkDisplay* const display = gtk_widget_get_display(m_window);
   GdkEvent* const event = gdk_event_new(type);
   event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(widget(m_view))));
-  event->key.time = GDK_CURRENT_TIME;
+  m_sentAt = std::max(m_sentAt + 1, static_cast<guint32>(g_get_monotonic_time() / 1000));  // the X server's clock
+  event->key.time = m_sentAt;
   event->key.keyval = sentKey;
   GdkKeymapKey* places = nullptr;
   gint count = 0;

@@ -5,10 +5,12 @@
 
 #include <webkit2/webkit2.h>
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "platform/browser/film.h"
 #include "platform/browser/plane_view.h"
@@ -56,6 +58,9 @@ class TvWindow {
   static void onPainted(GdkFrameClock* clock, gpointer self);
 
   void sendKey(guint sentKey, GdkEventType type);
+  /// Whether the engine gives back a press that the page had and left alone. It goes past this window, as the engine expects.
+  bool isReturned(const GdkEventKey& event) const;
+  void notePassed(const GdkEventKey& event);
 
   WebKitWebView* m_view;
   PlaneView& m_plane;
@@ -64,8 +69,10 @@ class TvWindow {
   GtkWidget* m_content;  ///< keeps the view in the television's shape
   std::function<void()> m_whenDrawn;
   gulong m_painted = 0;
-  std::set<guint16> m_ownKeys;   ///< pressed ones that were not the page's; nor is their release
-  std::set<guint16> m_pageKeys;  ///< pressed ones that were
+  std::set<guint16> m_ownKeys;                     ///< pressed ones that were not the page's; nor is their release
+  std::set<guint16> m_pageKeys;                    ///< pressed ones that were
+  std::deque<std::pair<guint32, guint>> m_passed;  ///< time and symbol of the latest presses that the page has got
+  guint32 m_sentAt = 0;                            ///< time of the latest event made here, in ms; no two have the same
   std::unique_ptr<Film> m_film;
   bool m_fullScreen = false;
   bool m_redraws = false;  ///< it is the window itself that asks for it

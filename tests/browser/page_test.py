@@ -120,6 +120,12 @@ class KeyTest(television.Case):
         self.assertEqual(made, "250,250,x")
 
 
+    def test_browser_s_own_keys_do_not_reach_the_page_nor_hide_others_from_it(self):
+        run = self.browse("keys.html", "--keys", "Red,Subtitles,5,ChannelDown,Subtitles,Subtitles,9", "--wait", "up.length >= 4 && report()")
+        down, up = run.logged()[:2]
+        self.assertEqual(down, "403 ColorF0Red,53 5,428 ChannelDown,57 9")
+        self.assertEqual(up, "403,53,428,57")
+
     def test_key_that_a_page_takes_is_not_pressed(self):
         run = self.browse("keys.html", "--wait", "document.onkeydown = (event) => event.keyCode < VK_RED", "--keys", "Red,Left,Blue", "--wait",
                           "up.length >= 3 && report()")
@@ -387,13 +393,26 @@ class StepTest(television.Case):
         run = self.browse("several.html", "--wait", "done", "--script", "step.js", "--wait", "first.playState === 2")
         self.assertEqual(run.logged(), ["Several objects, one above the other"])
 
+    def test_script_may_end_with_any_value(self):
+        for last in ("document.body", "window", "onkeydown = () => {}", "Symbol('x')", "1 // one"):
+            with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:
+                file.write("console.log(1)\n%s" % last)
+            self.assertEqual(self.browse("keys.html", "--script", "step.js", "--wait", "true").logged(), ["1"], last)
+
+    def test_errors_that_a_script_makes_later_have_text_and_place(self):
+        with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:
+            file.write("setTimeout(() => {\n  window.late = true;\n  throw new Error('later');\n}, 0)")
+        run = self.browse("keys.html", "--script", "step.js", "--wait", "window.late", status=1)
+        self.assertRegex(run.output, r"(?m)^uncaught: Error: later \(\S*step\.js:3\)$")
+
     def test_script_that_throws_or_is_not_there(self):
         with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:
             file.write("throw new Error('no')")
         run = self.browse("keys.html", "--script", "step.js", "--wait", "true", status=1)
-        self.assertRegex(run.output, r"avc-browser: step\.js: file:\S*/step\.js:1:\d+: Error: no")
-        run = self.browse("keys.html", "--script", "none.js", "--wait", "true", status=1)
-        self.assertIn("none.js", run.output)
+        self.assertRegex(run.output, r"(?m)^avc-browser: step\.js: \S*/step\.js:1:\d+: Error: no$")
+        self.assertRegex(run.output, r"(?m)^uncaught: Error: no \(\S*/step\.js:1\)$")
+        run = self.browse("keys.html", "--script", "none.js", "--wait", "true", status=2)
+        self.assertIn('--script needs a file that can be read, not "none.js": No such file or directory', run.output)
 
     def test_script_that_is_no_text(self):
         for number, content in enumerate((b"console.log('\xff')", b"console.log(1)\0console.log(2)")):
