@@ -194,7 +194,7 @@ void Playback::proceed() {
   if (m_next) return beginReposition();
   if (m_wish != Wish::Play) return halt();
   if (m_stepping) return;
-  if (!m_running && m_percent < 100 && !m_live) return;  // the missing percents come here again
+  if (!m_running && !hasEnough()) return;  // the missing percents come here again
   start();
 }
 
@@ -275,7 +275,7 @@ bool Playback::playsAgain() {
 
 bool Playback::endsTooEarly() const {
   const std::optional<long long> duration = m_facts.duration();
-  if (m_live || !duration || !m_pipeline->declaresDuration()) return false;
+  if (m_live || showsKeyPicturesOnly() || !duration || !m_pipeline->declaresDuration()) return false;
   const std::int64_t position = m_pipeline->position();
   return position != Pipeline::kUnknown && static_cast<double>(*duration) - pipelinePosition() > kMissingEndMs;
 }

@@ -93,6 +93,7 @@ class Playback final : private PipelineListener {
   bool playsAgain();
   void openAgain();
   bool endsTooEarly() const;
+  bool showsKeyPicturesOnly() const;
   void fail(Failure failure);
   static constexpr int kAttempts = 4;
   void tryAgain();
@@ -153,6 +154,7 @@ class Playback final : private PipelineListener {
   void noteProgress() { m_lastProgress = Clock::now(); }
   void watchForStall();
   void armConnectWatchdog();
+  bool hasEnough() const;
   void checkUnderrun();
 
   TaskLoop& m_loop;

@@ -30,6 +30,9 @@ GstSeekFlags flagsFor(double rate) {
 
 }  // namespace
 
+/// The last of them may lie long before the end.
+bool Playback::showsKeyPicturesOnly() const { return std::abs(m_rate) >= kKeyPicturesFrom; }
+
 void Playback::seek(double target) {
   m_facts.seekTaken();
   const double place = clampTarget(target);

@@ -19,6 +19,7 @@ constexpr milliseconds kConnectTimeout{10000};
 constexpr milliseconds kStarvedAfter{1000};
 constexpr milliseconds kEndExpectedAfter{300};
 constexpr double kNearEndMs = 1000;
+constexpr double kAtStartMs = 200;
 constexpr milliseconds kLostAfter{10000};
 constexpr milliseconds kUnplayableAfter{2500};
 constexpr milliseconds kDownloadAsleepAfter{200};
@@ -74,6 +75,8 @@ void Playback::followPosition() {
     m_lastMove = Clock::now();
     noteProgress();
     if (std::exchange(m_starved, false)) answerPlay();
+  } else if (m_rate < 0 && position < kAtStartMs && Clock::now() - m_lastMove > kEndExpectedAfter) {
+    return rewoundToStart();  // an end that the adaptive demuxers of GStreamer 1.22 tell late
   } else if (!m_live && !m_endExpected && Clock::now() - m_lastMove > kEndExpectedAfter && awaitsEnd(position)) {
     m_endExpected = true;
     m_pipeline->makeRoomForTheEnd();
@@ -130,6 +133,10 @@ void Playback::armConnectWatchdog() {
   });
 }
 
+/// Backwards the adaptive demuxers of GStreamer 1.22 may tell of nothing stored from one change of segments to the end. What is
+/// missing indeed shows as a standstill.
+bool Playback::hasEnough() const { return m_percent >= 100 || m_live || m_rate < 0; }
+
 void Playback::onBuffering(int percent) {
   if (percent != m_percent) noteProgress();
   m_percent = percent;
@@ -145,7 +152,7 @@ void Playback::onBuffering(int percent) {
 }
 
 void Playback::checkUnderrun() {
-  if (m_percent >= 100 || m_live || !m_running || !m_prerolled || isFetchingTrack()) return;
+  if (hasEnough() || !m_running || !m_prerolled || isFetchingTrack()) return;
   m_facts.freezeAt(pipelinePosition());
   announceUnderrun();
   halt();

@@ -307,6 +307,51 @@ TEST_P(UnevenTest, PlaysOnFromWhereThereIsNoPicture) {
   EXPECT_TRUE(reaches(2000));
 }
 
+/// Long ones, of which only key pictures are shown.
+using TrickTest = FormatTest;
+
+TEST_P(TrickTest, RewindsToTheStartFromAnywhere) {
+  m_player.start(url());
+  for (const char* const place : {"9000.00", "14500.00", "5000.00"}) {
+    for (const char* const speed : {"-4.00", "-8.00"}) {
+      m_player.forget();
+      m_player.command("SEEK", place);
+      m_player.command("PLAY", "1.00");
+      m_player.wordsUntil("PLAYING");
+      m_player.waitFor([](const Words& words) { return words.back() == "PLAY_SPEED_CHANGED"; }, 10);
+      m_player.forget();
+
+      m_player.command("PLAY", speed);
+
+      m_player.wordsUntil("PAUSED");
+      m_player.waitFor([](const Words& words) { return words.back() == "PLAY_SPEED_CHANGED"; }, 10);
+      EXPECT_EQ(without(m_player.words(), "PLAY_POSITION_CHANGED"),
+                (Words{"PLAYING", "PLAY_SPEED_CHANGED", "PAUSED", "PLAY_SPEED_CHANGED"}))
+          << speed << " from " << place;
+    }
+  }
+}
+
+TEST_P(TrickTest, WindsForwardToTheEnd) {
+  m_player.load(url());
+  for (const char* const speed : {"4.00", "16.00"}) {
+    m_player.command("PLAY", "1.00");
+    EXPECT_TRUE(reaches(200));
+    m_player.forget();
+
+    m_player.command("PLAY", speed);
+
+    m_player.wordsUntil("FINISHED");
+    EXPECT_EQ(count(m_player.words(), "ERROR"), 0) << speed;
+    EXPECT_EQ(m_player.get("POSITION"), m_player.get("DURATION"));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, TrickTest,
+                         testing::Values(Format{"Mp4", "two.mp4", true}, Format{"TransportStream", "two.ts", true},
+                                         Format{"Dash", "dash/av.mpd", true}, Format{"Hls", "hls/master.m3u8", true}),
+                         [](const auto& info) { return info.param.name; });
+
 INSTANTIATE_TEST_SUITE_P(Samples, UnevenTest,
                          testing::Values(Format{"Mp4", "short/uneven.mp4", true},
                                          Format{"TransportStream", "short/uneven.ts", true}),
