@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 
 namespace shell {
 
@@ -83,11 +85,8 @@ bool ProtectionOptions::readKey(const std::string& value, std::string& error) {
 }
 
 bool ProtectionOptions::readKeyFile(const std::string& path, std::string& error) {
+  errno = 0;  // a stream keeps no reason of its own
   std::ifstream file(path);
-  if (!file) {
-    error = "--clearkey-file: cannot read " + path;
-    return false;
-  }
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
     const std::string entry = withoutBlanks(line.substr(0, line.find('#')));
@@ -95,8 +94,9 @@ bool ProtectionOptions::readKeyFile(const std::string& path, std::string& error)
     error = "--clearkey-file: line " + std::to_string(number) + " of " + path + " is not KID:KEY, both 32 hexadecimal digits";
     return false;
   }
-  if (file.bad()) error = "--clearkey-file: cannot read " + path;  // a folder opens as well as a file
-  return !file.bad();
+  if (file.is_open() && !file.bad()) return true;  // a folder opens as well as a file
+  error = "--clearkey-file: cannot read " + path + ": " + std::generic_category().message(errno);
+  return false;
 }
 
 std::string ProtectionOptions::packed() const {

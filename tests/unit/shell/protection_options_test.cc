@@ -49,7 +49,9 @@ TEST(ProtectionOptions, KeysThatAreNoneAreRefused_AndNotShown) {
 
 TEST(ProtectionOptions, KeyFilesThatCannotBeReadAreRefused) {
   const ScratchFolder folder;
-  expectRefused(runAvc({"--clearkey-file", folder.path("none"), "x.js"}), "cannot read");
+  expectRefused(runAvc({"--clearkey-file", folder.path("none"), "x.js"}),
+                "--clearkey-file: cannot read " + folder.path("none") + ": No such file or directory;");
+  expectRefused(runAvc({"--clearkey-file", "/", "x.js"}), "--clearkey-file: cannot read /: Is a directory;");
   const std::string file =
       folder.write("keys", "# two keys\n" + std::string(kId) + ":" + kSecret + "\n\nnonsense:" + kSecret + "\n");
   expectRefused(runAvc({"--clearkey-file", file, "x.js"}), "line 4 of " + file);
