@@ -11,6 +11,7 @@
 
 #include "platform/browser/configuration_file.h"
 #include "platform/browser/remote_keys.h"
+#include "platform/shell/option_values.h"
 #include "platform/shell/subtitle_settings.h"
 
 namespace browser {
@@ -19,21 +20,6 @@ namespace {
 
 constexpr int kLeastWindow = 160;
 constexpr int kMostWindow = 16384;
-
-// Read without the process's locale: "1.5" is one and a half everywhere.
-bool parseSeconds(std::string_view text, double& out) {
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, out, std::chars_format::fixed);
-  return error == std::errc() && stop == end && !text.empty() && out >= 0 && out < 1e6;
-}
-
-// "FILE.png" or "FILE.png@SECONDS"; an "@" that no number follows belongs to the name.
-Step screenshotStep(const std::string& text) {
-  const std::size_t at = text.rfind('@');
-  double seconds = 0;
-  const bool timed = at != std::string::npos && at > 0 && parseSeconds(std::string_view(text).substr(at + 1), seconds);
-  return {Step::Kind::screenshot, timed ? text.substr(0, at) : text, {}, timed ? seconds : 0};
-}
 
 bool parseWhole(std::string_view text, int least, int& out) {
   const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), out);
@@ -145,9 +131,9 @@ class Parser {
   }
 
   void readScreenshot(const std::string& value) {
-    addStep(screenshotStep(value));
-    if (m_out.steps.back().text.ends_with(".png")) return;
-    m_error = "--screenshot needs the name of a .png file, and perhaps @SECONDS behind it, not \"" + value + "\"";
+    shell::PictureFile picture;
+    shell::readPictureFile("--screenshot", value, picture, m_error);
+    addStep({Step::Kind::screenshot, picture.path, {}, picture.seconds.value_or(0)});
   }
 
   void readFilmName(const std::string& value) {
@@ -165,7 +151,7 @@ class Parser {
   }
 
   void readQuit(const std::string& value) {
-    const bool good = parseSeconds(value, m_out.quitSeconds) && m_out.quitSeconds > 0;
+    const bool good = shell::parseSeconds(value, m_out.quitSeconds) && m_out.quitSeconds > 0;
     if (!good) m_error = "--quit-after needs a number of seconds above 0, not \"" + value + "\"";
   }
 

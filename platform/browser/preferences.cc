@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <string_view>
 
+#include "platform/shell/option_values.h"
+
 namespace browser {
 
 namespace {
 
-bool isCode(std::string_view text, char first, char last) {
-  return text.size() == 3 && std::all_of(text.begin(), text.end(), [=](char c) { return c >= first && c <= last; });
+bool isCountry(std::string_view text) {
+  return text.size() == 3 && std::all_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
 }  // namespace
@@ -24,15 +26,13 @@ std::map<std::string, std::string*> preferenceTexts(Preferences& preferences) {
 
 // Pages compare these texts as they are.
 std::string wrongPreference(const std::string& name, const std::string& value) {
-  if (name == "country" && !isCode(value, 'A', 'Z'))
-    return name + " needs three capital letters, such as DEU, not \"" + value + "\"";
+  if (name == "country" && !isCountry(value)) return name + " needs three capital letters, such as DEU, not \"" + value + "\"";
   const auto isPrintable = [](char sign) { return sign >= ' ' && sign <= '~'; };
   if (name == "user-agent" && !std::all_of(value.begin(), value.end(), isPrintable))
     return name + " needs printable ASCII characters only, as requests have them";
-  if (!name.ends_with("-languages")) return "";
-  const std::vector<std::string> codes = splitList(value);
-  if (std::all_of(codes.begin(), codes.end(), [](const std::string& code) { return isCode(code, 'a', 'z'); })) return "";
-  return name + " needs codes of three small letters, such as deu,eng, not \"" + value + "\"";
+  std::string error;
+  if (name.ends_with("-languages")) shell::checkLanguages(name, value, error);
+  return error;
 }
 
 std::vector<std::string> splitList(const std::string& text) {

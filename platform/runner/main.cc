@@ -42,7 +42,7 @@ std::unique_ptr<shell::MediaLibrary> loadMediaLibrary(const Options& options, st
   const std::string path = options.mediaLibrary.empty() ? shell::defaultMediaLibraryPath() : options.mediaLibrary;
   auto library = shell::MediaLibrary::load(path, error);
   if (library == nullptr) error += "; give another one with --media-library";
-  if (library == nullptr || options.snapshotFile.empty() || library->hasPlane()) return library;
+  if (library == nullptr || options.snapshot.path.empty() || library->hasPlane()) return library;
   error = path + " has no video plane to take a snapshot of; leave --snapshot out or give another --media-library";
   return nullptr;
 }

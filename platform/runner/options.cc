@@ -1,30 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/runner/options.h"
 
-#include <charconv>
-#include <string_view>
+#include <glib.h>
 
+#include "platform/shell/option_values.h"
 #include "platform/shell/subtitle_settings.h"
 
 namespace runner {
 
 namespace {
 
-// Read without the process's locale: "1.5" is one and a half everywhere.
-bool parseSeconds(std::string_view text, double& out) {
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, out, std::chars_format::fixed);
-  return error == std::errc() && stop == end && !text.empty() && out >= 0 && out < 1e6;
-}
-
-// "FILE.png" or "FILE.png@SECONDS"; an "@" that no number follows belongs to the name.
-bool parseSnapshot(const std::string& text, Options& out) {
-  const std::size_t at = text.rfind('@');
-  double seconds = 0;
-  const bool timed = at != std::string::npos && parseSeconds(std::string_view(text).substr(at + 1), seconds);
-  out.snapshotFile = timed ? text.substr(0, at) : text;
-  out.snapshotSeconds = timed ? seconds : -1;
-  return !out.snapshotFile.empty();
+// What the page can resolve sources against. The parser itself takes blanks, and http without a host.
+bool isAddress(const std::string& text) {
+  constexpr auto kFlags = static_cast<GUriFlags>(G_URI_FLAGS_PARSE_RELAXED | G_URI_FLAGS_ENCODED);
+  GUri* const uri = g_uri_parse(text.c_str(), kFlags, nullptr);
+  if (uri == nullptr) return false;
+  const std::string scheme = g_uri_get_scheme(uri);
+  const char* const host = g_uri_get_host(uri);
+  const bool hasHost = host != nullptr && *host != '\0';
+  g_uri_unref(uri);
+  return (hasHost || (scheme != "http" && scheme != "https")) && text.find(' ') == std::string::npos;
 }
 
 class Parser {
@@ -63,8 +58,19 @@ class Parser {
     }
     std::string value;
     if (!readValue(argument, name, equals, value)) return;
-    if (text != nullptr) *text = value;
-    if (other) readSpecial(name, value);
+    if (other) return readSpecial(name, value);
+    *text = value;
+    checkText(name, value);
+  }
+
+  void checkText(const std::string& name, const std::string& value) {
+    if (name == "--document-url" && !isAddress(value)) {
+      m_error = "--document-url needs an address such as http://host/app/, not \"" + value + "\"";
+    }
+    if (name == "--record-audio" && !value.ends_with(".wav")) {
+      m_error = "--record-audio needs the name of a .wav file, not \"" + value + "\"";
+    }
+    if (name == "--languages") shell::checkLanguages(name, value, m_error);
   }
 
   bool readFlag(const std::string& name, bool withValue) {
@@ -99,17 +105,17 @@ class Parser {
 
   void readSpecial(const std::string& name, const std::string& value) {
     if (shell::ProtectionOptions::isName(name)) {
-      if (!m_out.protection.read(name, value, m_error)) return;
+      m_out.protection.read(name, value, m_error);
     } else if (name == "--timeout") {
-      const bool good = parseSeconds(value, m_out.timeoutSeconds) && m_out.timeoutSeconds > 0;
+      const bool good = shell::parseSeconds(value, m_out.timeoutSeconds) && m_out.timeoutSeconds > 0;
       if (!good) m_error = "--timeout needs a number of seconds above 0, not \"" + value + "\"";
     } else if (name == "--subtitle-settings") {
       _SubtitleSettingsParams settings;
       const bool good = shell::parseSubtitleSettings(value, settings);
       if (good) m_out.subtitleSettings = settings;
       if (!good) m_error = "--subtitle-settings needs a number, a colon and at most 64 bytes of text, not \"" + value + "\"";
-    } else if (!parseSnapshot(value, m_out)) {
-      m_error = "--snapshot needs a file name, not \"" + value + "\"";
+    } else {
+      shell::readPictureFile(name, value, m_out.snapshot, m_error);
     }
   }
 
@@ -138,7 +144,7 @@ scope, inside a small page: document.createElement("object"), a type that is sup
                               write the video plane, 1280x720, as a PNG file: so long after the start, else at the end
   --trace FILE                write all that crosses the host and the media library, one JSON object a line
   --record-audio FILE.wav     record what is heard, in real time, instead of playing it
-  --languages LIST            preferred languages of sound and subtitles, most preferred first: deu,eng
+  --languages LIST            preferred languages of sound and subtitles, ISO 639-2, most preferred first: deu,eng
   --subtitle-settings VALUE:TEXT
                               the viewer's subtitle settings, told to every object: a number, and up to 64 bytes
 )") + std::string(shell::ProtectionOptions::helpText()) +

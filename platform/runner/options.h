@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/mediamgmnt.h"
+#include "platform/shell/option_values.h"
 #include "platform/shell/protection_options.h"
 
 namespace runner {
@@ -22,11 +23,10 @@ struct Options {
   std::string plugin;
   std::string documentUrl;
   std::string traceFile;
-  std::string snapshotFile;
   std::string recordingFile;
   std::string languages;
   std::optional<_SubtitleSettingsParams> subtitleSettings;
-  double snapshotSeconds = -1;  ///< negative: at the end
+  shell::PictureFile snapshot;  ///< without a path: none; without seconds: at the end
   double timeoutSeconds = 0;    ///< 0: none
   shell::ProtectionOptions protection;
   bool quiet = false;

@@ -141,14 +141,14 @@ bool ScriptRunner::shouldTerminate(JSContextRef, void* self) {
 }
 
 int ScriptRunner::run(const std::vector<Script>& scripts) {
-  m_snapshotDue = !m_options.snapshotFile.empty();
-  if (m_snapshotDue && m_options.snapshotSeconds >= 0) {
+  m_snapshotDue = !m_options.snapshot.path.empty();
+  if (m_snapshotDue && m_options.snapshot.seconds) {
     const auto shoot = [](gpointer self) -> gboolean {
       static_cast<ScriptRunner*>(self)->m_shot = 0;
       static_cast<ScriptRunner*>(self)->takeSnapshot();
       return G_SOURCE_REMOVE;
     };
-    m_shot = g_timeout_add(milliseconds(m_options.snapshotSeconds), shoot, this);
+    m_shot = g_timeout_add(milliseconds(*m_options.snapshot.seconds), shoot, this);
   }
   for (const Script& script : scripts) {
     if (!m_ended && !evaluate(script)) end();
@@ -248,7 +248,7 @@ void ScriptRunner::timeOut() {
 void ScriptRunner::takeSnapshot() {
   if (!std::exchange(m_snapshotDue, false)) return;
   std::string error;
-  if (writeSnapshot(m_media, m_options.snapshotFile, error)) return;
+  if (writeSnapshot(m_media, m_options.snapshot.path, error)) return;
   m_snapshotFailed = true;
   std::fprintf(stderr, "avc-run: %s\n", error.c_str());
 }

@@ -51,6 +51,37 @@ TEST(AvcRunOptions, WrongSubtitleSettingsAreRefusedWithOneLine) {
   }
 }
 
+TEST(AvcRunOptions, DocumentAddressesThatAreNoneAreRefusedWithOneLine) {
+  for (const std::string address : {"foo", "/app/", "//host/app/", "http:", "http:///app/", "https://:8080/", "http://host/an app/",
+                                    "http://[::1/", "file:///an app/"}) {
+    expectRefused(runText("", {"--document-url", address}),
+                  "--document-url needs an address such as http://host/app/, not \"" + address + "\"");
+  }
+}
+
+TEST(AvcRunOptions, DocumentAddressesAreTheDocuments) {
+  for (const std::string address : {"http://host", "HTTPS://[::1]:8080/app/?a=%20#b", "file:///app/index.html"}) {
+    const Outcome outcome = runText("console.log(document.URL)", {"--document-url", address});
+    EXPECT_EQ(outcome.out, address + "\n") << outcome.err;
+    EXPECT_EQ(outcome.status, 0);
+  }
+}
+
+TEST(AvcRunOptions, FilesOfOtherKindsAreRefusedWithOneLine) {
+  for (const std::string name : {"a.jpg", "a.png@x", "a.png@-1", "a.png@", "a.jpg@1", "@1"}) {
+    expectRefused(runAvc({"--snapshot", name, "x.js"}),
+                  "--snapshot needs the name of a .png file, and perhaps @SECONDS behind it, not \"" + name + "\"");
+  }
+  expectRefused(runAvc({"--record-audio", "heard.mp3", "x.js"}), "--record-audio needs the name of a .wav file, not \"heard.mp3\"");
+}
+
+TEST(AvcRunOptions, LanguagesThatAreNoneAreRefusedWithOneLine) {
+  for (const std::string list : {"german", ",", "deu,", "de", "DEU", "deu, eng"}) {
+    expectRefused(runAvc({"--languages", list, "x.js"}),
+                  "--languages needs codes of three small letters, such as deu,eng, not \"" + list + "\"");
+  }
+}
+
 TEST(AvcRunOptions, UnreadableScriptsAreRefused) {
   expectRefused(runScripted({"no-such-script.js"}), "no-such-script.js");
   expectRefused(runScripted({"pages"}), "cannot read the file");
