@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 #include "host/mediamgmnt.h"
@@ -244,12 +245,19 @@ bool WebSide::comeToRest() {
   return m_media == nullptr || m_media->waitIdle(kRestMilliseconds);
 }
 
+void WebSide::finishTrace() {
+  std::string error;
+  if (m_trace != nullptr && !m_trace->finish(error)) std::fprintf(stderr, "avc-browser: %s\n", error.c_str());
+  m_trace.reset();
+}
+
 gboolean WebSide::onMessage(WebKitWebPage*, WebKitUserMessage* message, gpointer self) {
   auto& side = *static_cast<WebSide*>(self);
   const std::string name = webkit_user_message_get_name(message);
   if (name == kMessageEnd) {
     side.m_atEnd = true;
     GVariant* rested = g_variant_new(kEndType, side.comeToRest() ? TRUE : FALSE);
+    side.finishTrace();
     webkit_user_message_send_reply(message, webkit_user_message_new(kMessageEnd, rested));
     return TRUE;
   }

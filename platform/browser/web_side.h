@@ -60,6 +60,7 @@ class WebSide : public FrameOwner {
   void keepTicking();
   std::vector<FrameScript*> framesWithObjects() const;
   bool comeToRest();
+  void finishTrace();
   GVariant* status();
   bool changeSubtitles(const std::string& settings);
   bool objectsOverlap() const;

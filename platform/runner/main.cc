@@ -53,6 +53,16 @@ std::shared_ptr<pluginhost::PluginLibrary> loadPlugin(const Options& options, st
   return library;
 }
 
+// @return false, with a line for each on standard error, when what the run was to leave behind is not whole.
+bool finishRecords(shell::Trace* trace, shell::SoundRecorder* recorder) {
+  std::string error;
+  const bool traced = trace == nullptr || trace->finish(error);
+  if (!traced) fail(error);
+  const bool recorded = recorder == nullptr || recorder->finish(error);
+  if (!recorded) fail(error);
+  return traced && recorded;
+}
+
 // Everything that the run needs goes in the reverse order: the objects, the plugin, the trace, the media library. The plugin stays
 // until the media library is at rest: a callback that was on its way when its player closed still runs the plugin's code.
 int runWith(const Options& options, const std::vector<Script>& scripts) {
@@ -78,7 +88,8 @@ int runWith(const Options& options, const std::vector<Script>& scripts) {
     status = runner.run(scripts);
   }
   if (!media->waitIdle(kIdleWaitMilliseconds)) std::fprintf(stderr, "avc-run: warning: the media library did not come to rest\n");
-  return status;
+  const bool isWhole = finishRecords(trace.get(), recorder.get());
+  return status == 0 && !isWhole ? kExitUncaught : status;
 }
 
 int runMain(int argc, char** argv) {

@@ -159,9 +159,9 @@ Scripts also have exit(status), readFile(path), setParentalLimit(age), changeSub
 timers and promises. The run ends by itself when no timer, no queued event and no object that is connecting,
 buffering, playing or paused is left.
 
-Exit status: the script's exit(status); 0 at the natural end; 1 after an uncaught error or an unhandled rejection;
-2 for a wrong command line, a script that cannot be read or a library that cannot be loaded; 3 for the time-out;
-130 and 143 after SIGINT and SIGTERM.
+Exit status: the script's exit(status); 0 at the natural end; 1 after an uncaught error or an unhandled rejection, or
+when a snapshot, trace or recording is not whole; 2 for a wrong command line, a script that cannot be read or a library
+that cannot be loaded; 3 for the time-out; 130 and 143 after SIGINT and SIGTERM.
 
 Example:
   avc-run --timeout 20 --trace out/trace.jsonl --snapshot out/frame.png@2 play.js -- http://127.0.0.1:8080/clip.mp4

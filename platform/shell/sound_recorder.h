@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "platform/shell/media_library.h"
 
@@ -25,21 +26,28 @@ class AVCSHELL_API SoundRecorder {
   SoundRecorder& operator=(const SoundRecorder&) = delete;
   ~SoundRecorder();
 
+  /// Ends it. @return false, with one line in @p error, when the file lacks something that was to be written.
+  bool finish(std::string& error);
+
  private:
   using Clock = std::chrono::steady_clock;
 
-  SoundRecorder(const MediaLibrary& media, int file) : m_media(media), m_file(file) {}
+  SoundRecorder(const MediaLibrary& media, int file, std::string path) : m_media(media), m_path(std::move(path)), m_file(file) {}
   static void onSound(const MediaSound* sound, void* self);
   void write(const MediaSound& sound);
   std::uint64_t placeOf(const MediaSound& sound) const;
-  void writeHeader() const;
+  void writeHeader();
+  void close();
+  void rememberFailure();
 
   const MediaLibrary& m_media;
-  const int m_file;
+  const std::string m_path;
+  int m_file;  // -1: closed
   const Clock::time_point m_start = Clock::now();
   std::mutex m_mutex;
   std::map<unsigned long, std::uint64_t> m_ends;  // guarded by m_mutex; frames, of each player's sound so far
   std::uint64_t m_frames = 0;                     // guarded by m_mutex
+  int m_failure = 0;                              // guarded by m_mutex; the system's number of the first one
 };
 
 }  // namespace shell

@@ -19,7 +19,14 @@ class Trace::Writer : public pluginhost::Observer, public SeamObserver {
   explicit Writer(std::FILE* file) : m_file(file) {}
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
-  ~Writer() override { std::fclose(m_file); }
+  ~Writer() override { close(); }
+
+  /// Nothing is written any more. @return the system's number of the first failure, or 0.
+  int close() {
+    const std::lock_guard lock(m_mutex);
+    if (m_file != nullptr && std::fclose(std::exchange(m_file, nullptr)) != 0) rememberFailure();
+    return m_failure;
+  }
 
   void propertyChanged(std::uint64_t objectId, std::string_view name, const _CorvelNativeVariant& value) override {
     write(TraceLine("property-change", name).number("object", objectId).values("arguments", &value, 1).null("result"));
@@ -65,11 +72,18 @@ class Trace::Writer : public pluginhost::Observer, public SeamObserver {
   void write(TraceLine& line) {
     const std::string& text = line.finish();
     const std::lock_guard lock(m_mutex);
+    if (m_file == nullptr) return;
     std::fwrite(text.data(), 1, text.size(), m_file);
+    if (std::ferror(m_file) != 0) rememberFailure();  // what is left in the buffer counts as written
+  }
+
+  void rememberFailure() {
+    if (m_failure == 0) m_failure = errno;
   }
 
   std::mutex m_mutex;
-  std::FILE* m_file;
+  std::FILE* m_file;  // guarded by m_mutex; null: closed
+  int m_failure = 0;  // guarded by m_mutex
 };
 
 std::unique_ptr<Trace> Trace::open(const std::string& path, std::string& error) {
@@ -79,10 +93,10 @@ std::unique_ptr<Trace> Trace::open(const std::string& path, std::string& error) 
     return nullptr;
   }
   std::setvbuf(file, nullptr, _IOLBF, 1 << 16);  // whole lines reach the file even when the process dies
-  return std::unique_ptr<Trace>(new Trace(std::make_unique<Writer>(file)));
+  return std::unique_ptr<Trace>(new Trace(std::make_unique<Writer>(file), path));
 }
 
-Trace::Trace(std::unique_ptr<Writer> writer) : m_writer(std::move(writer)) {
+Trace::Trace(std::unique_ptr<Writer> writer, std::string path) : m_writer(std::move(writer)), m_path(std::move(path)) {
   pluginhost::setObserver(m_writer.get());
   setSeamObserver(m_writer.get());
 }
@@ -90,6 +104,12 @@ Trace::Trace(std::unique_ptr<Writer> writer) : m_writer(std::move(writer)) {
 Trace::~Trace() {
   setSeamObserver(nullptr);
   pluginhost::setObserver(nullptr);
+}
+
+bool Trace::finish(std::string& error) {
+  const int failure = m_writer->close();
+  if (failure != 0) error = "the trace file " + m_path + " is not whole: " + std::generic_category().message(failure);
+  return failure == 0;
 }
 
 }  // namespace shell

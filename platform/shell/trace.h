@@ -19,10 +19,14 @@ class AVCSHELL_API Trace {
   Trace& operator=(const Trace&) = delete;
   ~Trace();
 
+  /// Ends it. @return false, with one line in @p error, when the file lacks something that was to be written.
+  bool finish(std::string& error);
+
  private:
   class Writer;
-  explicit Trace(std::unique_ptr<Writer> writer);
+  Trace(std::unique_ptr<Writer> writer, std::string path);
   std::unique_ptr<Writer> m_writer;
+  const std::string m_path;
 };
 
 }  // namespace shell

@@ -314,6 +314,10 @@ class StatusTest(television.Case):
             self.assertIn(words, run.output)
             self.assertEqual(run.output.count("\n"), 1, run.output)
 
+    def test_trace_that_is_not_whole_is_told(self):
+        run = self.finish(self.start("player.html", "--trace", "/dev/full", "--wait", "true"))
+        self.assertEqual(run.output.count("avc-browser: the trace file /dev/full is not whole: No space left on device\n"), 1, run.output)
+
     def test_standard_streams_that_are_closed_lead_to_nowhere(self):
         for closed in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-"):
             command = 'exec "$0" "$@" ' + closed

@@ -181,6 +181,13 @@ class RunnerTest(unittest.TestCase):
         colours = {bytes(row[x:x + 3]) for row in rows[::36] for x in range(0, width * size, size * 40)}
         self.assertGreater(len(colours), 20, "the picture is almost of one colour")
 
+    def test_a_recording_that_is_not_whole_is_told(self):
+        recording = self.path("full.wav")
+        os.symlink("/dev/full", recording)
+        result = self.runScript(PLAY % ("video/mp4", 300, self.base + "short/two.mp4"), "--record-audio", recording)
+        self.assertEqual(result.stderr, "avc-run: the recording %s is not whole: No space left on device\n" % recording)
+        self.assertEqual(result.returncode, 1)
+
     def test_address_without_a_host_is_one_error(self):
         for kind in ("video/mp4", "application/dash+xml", "application/vnd.oipf.ContentAccessStreaming+xml"):
             result = self.runScript(PLAY % (kind, 0, "http:///two.mp4"))

@@ -62,4 +62,12 @@ TEST(AvcRunTrace, ARemovedObjectThatChangesItsLooksIsNotMadeAnew) {
             1);
 }
 
+TEST(AvcRunTrace, OneThatIsNotWholeIsToldAndEndsWithOne) {
+  const std::string script = "document.body.appendChild(document.createElement('object')).type = 'video/mp4';";
+  const Outcome outcome = runText(script, {"--trace", "/dev/full"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "avc-run: the trace file /dev/full is not whole: No space left on device\n");
+  EXPECT_EQ(runText(script + "exit(7)", {"--trace", "/dev/full"}).status, 7);
+}
+
 }  // namespace
