@@ -2,6 +2,8 @@
 #include "platform/runner/script_runner.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdio>
 #include <utility>
 
@@ -33,6 +35,13 @@ constexpr int kSignalStatus = 128;
 
 guint milliseconds(double seconds) { return static_cast<guint>(seconds * 1000); }
 
+// As short as it can be, and with a point in every locale.
+std::string secondsText(double seconds) {
+  std::array<char, 32> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed);
+  return error == std::errc() ? std::string(text.data(), end) : "";
+}
+
 std::string position(JSContextRef context, JSObjectRef error) {
   const auto read = [&](const char* name) {
     const JSValueRef value = script::property(context, error, name);
@@ -41,7 +50,8 @@ std::string position(JSContextRef context, JSObjectRef error) {
   const std::string file = read("sourceURL");
   const std::string line = read("line");
   if (file.empty() || line.empty()) return "";
-  return file + ":" + line + ":" + read("column") + ": ";
+  const std::string column = read("column");  // none in errors of syntax
+  return file + ":" + line + (column.empty() ? "" : ":" + column) + ": ";
 }
 
 }  // namespace
@@ -240,8 +250,8 @@ void ScriptRunner::timeOut() {
   if (m_ended) return;
   m_timedOut = true;
   std::fflush(stdout);
-  std::fprintf(stderr, "avc-run: time-out: the script was still busy after %s s; give a longer --timeout or call exit()\n",
-               std::to_string(m_options.timeoutSeconds).c_str());
+  std::fprintf(stderr, "avc-run: time-out: the run was not over after %s s; give a longer --timeout or call exit()\n",
+               secondsText(m_options.timeoutSeconds).c_str());
   end();
 }
 

@@ -125,8 +125,13 @@ TEST(AvcRunStatus, TheTimeOutEndsAScriptThatWaitsAndOneThatDoesNotReturn) {
   for (const char* script : {"setInterval(() => {}, 10)", "for (;;) {}", "setTimeout(() => { for (;;) {} }, 10)"}) {
     const Outcome outcome = runText(script, {"--timeout", "0.3"});
     EXPECT_EQ(outcome.status, 3) << script;
-    EXPECT_THAT(outcome.err, StartsWith("avc-run: time-out: "));
+    EXPECT_EQ(outcome.err, "avc-run: time-out: the run was not over after 0.3 s; give a longer --timeout or call exit()\n");
   }
+}
+
+TEST(AvcRunStatus, ErrorsAreToldWithThePlaceThatIsKnown) {
+  EXPECT_THAT(runText("\n  null.x").err, testing::ContainsRegex("script\\.js:2:[0-9]+: uncaught TypeError"));
+  EXPECT_THAT(runText("\nlet = ;").err, testing::ContainsRegex("script\\.js:2: uncaught SyntaxError"));
 }
 
 TEST(AvcRunStatus, TellsOfTheSignalThatEndedTheRun) {
