@@ -2,6 +2,11 @@
 // Presses the keys of the player and prints what happens as a timeline. After player.js; arguments: the source, its MIME type.
 // It ends with status 1 when something that it waits for does not happen.
 
+if (arguments.length < 2) {
+  console.error("usage: avc-run examples/player/player.js examples/player/tour.js -- http://…/film.mp4 video/mp4");
+  exit(2);
+}
+
 var PATIENCE_MS = 20000;
 var LOOK_MS = 20;
 var began = Date.now();

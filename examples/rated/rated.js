@@ -2,6 +2,11 @@
 // A film that may be too much for the viewer, or not be the viewer's to see: says how it is rated, lets the viewer unlock it, and says
 // whose rights are missing.   avc-run --parental-limit 12 examples/rated/rated.js -- http://…/film.cas [TYPE [AGE]]
 // AGE is the limit once the viewer has unlocked it; a television asks for a PIN in a menu of its own.
+if (arguments.length === 0) {
+  console.error("usage: avc-run --parental-limit 12 examples/rated/rated.js -- http://…/film.cas [TYPE [AGE]]");
+  exit(2);
+}
+
 const [url, type = "application/vnd.oipf.ContentAccessStreaming+xml", unlockedAge] = arguments;
 const video = document.createElement("object");
 video.type = type;

@@ -2,6 +2,12 @@
 // Plays a source with its subtitles and prints what a viewer reads, against the playing clock. After the renderer and
 // subtitle_view.js; arguments: the source, its MIME type, the language.
 
+if (arguments.length < 3) {
+  console.error('usage: avc-run …/imsc.all.min.js examples/subtitles/subtitle_view.js examples/subtitles/show.js -- ' +
+    'http://…/film.mpd application/dash+xml deu');
+  exit(2);
+}
+
 var video = document.createElement('object');
 var screen = document.createElement('div');
 var view = new SubtitleView(video, screen, { width: 1280, height: 720 });

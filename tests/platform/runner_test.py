@@ -7,6 +7,7 @@
 import argparse
 import json
 import os
+import re
 import struct
 import subprocess
 import sys
@@ -195,6 +196,14 @@ class RunnerTest(unittest.TestCase):
             self.assertNotIn("CRITICAL", result.stderr, kind)
 
     # -- the examples
+
+    def test_examples_say_how_they_are_used(self):
+        for names in (("hello/hello.js",), ("rated/rated.js",), ("player/player.js", "player/tour.js"),
+                      ("subtitles/subtitle_view.js", "subtitles/show.js")):
+            result = self.run_("--timeout", "20", *(os.path.join(OPTIONS.examples, *name.split("/")) for name in names))
+            self.assertEqual((result.returncode, result.stdout), (2, ""), names)
+            usage = "usage: avc-run .*examples/%s -- http://.*\n" % names[-1]
+            self.assertTrue(re.fullmatch(usage, result.stderr), result.stderr)
 
     def test_hello_plays_to_the_end(self):
         hello = os.path.join(OPTIONS.examples, "hello", "hello.js")
