@@ -28,7 +28,7 @@ namespace {
 
 /// A script that does not return is looked at this often, and at the deadline. Seldom, because JavaScriptCore 2.50 now and then
 /// aborts the process when it looks while a script is just returning.
-constexpr double kScriptCheckSeconds = 10;
+constexpr double kScriptCheckSeconds = 1;
 constexpr double kShortestCheckSeconds = 0.1;
 constexpr guint kTickMilliseconds = 100;
 constexpr int kSignalStatus = 128;

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "tests/unit/shell/avc_run.h"
 
@@ -139,6 +140,12 @@ TEST(AvcRunStatus, TellsOfTheSignalThatEndedTheRun) {
     EXPECT_EQ(interruptText(script, "up\n", SIGINT).status, 130) << script;
     EXPECT_EQ(interruptText(script, "up\n", SIGTERM).status, 143) << script;
   }
+}
+
+TEST(AvcRunStatus, ASignalEndsAScriptThatDoesNotReturnSoon) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(interruptText("console.log('up'); for (;;) {}", "up\n", SIGINT).status, 130);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
 }
 
 TEST(AvcRunOptions, QuietKeepsWarningsAndErrors) {
