@@ -242,12 +242,21 @@ void Browser::printConsole(GVariant* parameters) {
   printConsoleLine(level, text + place(source, line));
 }
 
+// Of a page that is a file the engine takes the page's own scripts for those of somebody else.
+const char* Browser::moreOf(const std::string& error) const {
+  const char* const page = webkit_web_view_get_uri(m_view);
+  const bool isMuted = error == "Script error." && page != nullptr && g_str_has_prefix(page, "file:") != FALSE;
+  return isMuted
+             ? " (of a page from a file the engine tells no more; serve it over HTTP, for example with \"python3 -m http.server\")"
+             : "";
+}
+
 void Browser::printUncaught(GVariant* parameters) {
   const char* text = nullptr;
   const char* source = nullptr;
   unsigned line = 0;
   g_variant_get(parameters, "(&s&su)", &text, &source, &line);
-  std::printf("uncaught: %s\n", consoleText(text + place(source, line)).c_str());
+  std::printf("uncaught: %s%s\n", consoleText(text + place(source, line)).c_str(), moreOf(text));
   std::fflush(stdout);
   m_failed = true;
 }
@@ -300,9 +309,22 @@ gboolean Browser::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision,
   return TRUE;
 }
 
+// The engine shows an empty page, without a word, where the port is one of another service's, such as mail.
+bool Browser::isKeptFromFirstPage() const {
+  constexpr std::string_view kEmptyPage = "about:blank";
+  return !m_hasPage && m_options.url != kEmptyPage && webkit_web_view_get_uri(m_view) == kEmptyPage;
+}
+
+void Browser::refusePort() {
+  const std::string why = "the engine opens no page at this port; serve it at another one, such as 8080";
+  fail(m_options.url + ": " + why, kExitFailed);
+  webkit_web_view_load_alternate_html(m_view, noticePage("This page cannot be shown", why).c_str(), m_options.url.c_str(), nullptr);
+}
+
 void Browser::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
   auto& browser = *static_cast<Browser*>(self);
   if (event == WEBKIT_LOAD_STARTED) browser.m_shown = false;
+  if (event == WEBKIT_LOAD_COMMITTED && browser.isKeptFromFirstPage()) return browser.refusePort();
   if (event == WEBKIT_LOAD_COMMITTED) {
     browser.m_shown = browser.m_hasPage = true;
     browser.m_optionList->close();
@@ -459,7 +481,7 @@ void Browser::stepsDone() {
 }
 
 void Browser::timeOut() {
-  if (m_options.steps.empty() || m_automation->finished()) return end(0);
+  if (m_hasPage && (m_options.steps.empty() || m_automation->finished())) return end(0);
   char seconds[32];
   std::snprintf(seconds, sizeof seconds, "%g", m_options.quitSeconds);
   fail(std::string("time-out after ") + seconds + " s, " + m_automation->place() + "; give a longer --quit-after", kExitTimeout);

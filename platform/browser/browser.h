@@ -52,7 +52,10 @@ class Browser {
 
   void takePlane(WebKitUserMessage* message);
   void printConsole(GVariant* parameters);
+  bool isKeptFromFirstPage() const;
+  void refusePort();
   void printUncaught(GVariant* parameters);
+  const char* moreOf(const std::string& error) const;
   bool key(guint pcKey, GdkModifierType modifiers);
   void toggleStatus();
   void toggleSubtitles();

@@ -121,7 +121,7 @@ class LifeTest(television.Case):
     def test_application_that_starts_another_and_ends_itself(self):
         run = self.browse("playing.html", "--wait", "playing()", "--wait",
                           "%s.createApplication('playing.html?next', false) !== null && (%s.destroyApplication(), true)" % (APPLICATION, APPLICATION),
-                          "--wait", "location.search === '?next' && playing()")
+                          "--wait", "location.search === '?next' && playing()", "--wait", "history.length === 1")
         self.assertAllClosed(run)
 
     def test_addresses_of_a_frame_are_relative_to_it(self):
@@ -344,6 +344,15 @@ class StatusTest(television.Case):
         run = self.finish(self.start("loop.html", "--quit-after", "2"))
         self.assertLess(time.monotonic() - began, 30)
         self.assertEqual(run.status, 0, run.output)
+
+    def test_page_that_never_comes_is_a_time_out(self):
+        run = self.finish(self.start(self.base + "fault/hang/never.html", "--quit-after", "2"))
+        self.assertEqual((run.status, run.output), (3, "avc-browser: time-out after 2 s, before the page was loaded; give a longer --quit-after\n"))
+
+    def test_port_that_the_engine_keeps_pages_from_is_told(self):
+        run = self.finish(self.start("http://127.0.0.1:6000/", "--quit-after", "20", "--wait", "true"))
+        self.assertEqual(run.status, 1, run.output)
+        self.assertRegex(run.output, r"^avc-browser: http://127\.0\.0\.1:6000/: .+\n$")
 
     def test_help_names_every_option(self):
         run = self.finish(self.start("player.html", "--help"))

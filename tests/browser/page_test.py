@@ -93,6 +93,12 @@ class ElementTest(television.Case):
     def test_parameters_count_once(self):
         self.browse("parameters.html", "--wait", "done")
 
+    def test_error_of_a_page_from_a_file_comes_with_what_mends_it(self):
+        with open(os.path.join(self.folder, "error.html"), "w", encoding="utf-8") as file:
+            file.write("<script>throw new Error('here')</script>")
+        run = self.browse("file://%s/error.html" % self.folder, "--wait", "true", status=1)
+        self.assertRegex(run.output, r"^uncaught: Script error\. \(.*serve it over HTTP.*\)\n$")
+
     def test_page_from_a_file_is_told_why_its_film_does_not_play(self):
         with open(os.path.join(self.folder, "film.html"), "w", encoding="utf-8") as file:
             file.write("<object type='video/mp4' data='film.mp4'></object>")
@@ -473,6 +479,12 @@ class EnvironmentTest(television.Case):
         configured, agent = run.logged()
         self.assertEqual(configured, "deu,eng eng,und eng,und DEU")
         self.assertRegex(agent, r"HbbTV/1\.7\.1 \(\+DRM;[^;]*;[^;]*;[^;]*;[^;]*;[^;]*;\)$")
+
+    def test_access_to_an_identifier_of_the_device_is_refused(self):
+        run = self.browse("keys.html", "--wait", "(oipfObjectFactory.createConfigurationObject().configuration.requestAccessToDistinctiveIdentifier("
+                          "(granted) => { window.granted = granted; }), window.granted === undefined)", "--wait", "window.granted === false",
+                          "--wait", "oipfObjectFactory.createConfigurationObject().configuration.deviceId === ''")
+        self.assertEqual(run.status, 0)
 
     def test_broadcast_without_a_tuner_tells_what_fails(self):
         run = self.browse("broadcast.html", "--wait", "done")

@@ -46,13 +46,18 @@ class GeometryTest(television.Case):
 
     def test_full_screen_shows_what_is_shown_at_all(self):
         run = self.browse("geometry.html", *television.steps("start", "hidden", "fullScreen", "shown", "notDisplayed", "displayed", "tiny", "detached",
-                                                  "attached"))
-        for name in ("fullScreen", "notDisplayed", "detached"):
+                                                  "attached", "fadedOut"))
+        for name in ("fullScreen", "notDisplayed", "detached", "fadedOut"):
             with self.subTest(name):
                 self.assertNothing(run.picture(name + ".png"))
         for name in ("shown", "displayed", "tiny", "attached"):
             with self.subTest(name):
                 self.assertCard(run.picture(name + ".png"), 0, 0, 1280, 720)
+
+    def test_what_has_faded_out_shows_nothing(self):
+        run = self.browse("geometry.html", *television.steps("start", "fadedOut", "fadedIn"))
+        self.assertNothing(run.picture("fadedOut.png"))
+        self.assertCard(run.picture("fadedIn.png"), 40, 40, 320, 180)
 
     def test_video_is_inside_border_and_padding(self):
         run = self.browse("geometry.html", *television.steps("start", "edged", "scaled"))

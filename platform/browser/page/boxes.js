@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {above, zoomOf, contentBox, wholePixels, drift, spread}: where an element is in this window's page, whatever zooms and transforms it.
+// () -> {above, isFadedOut, zoomOf, contentBox, wholePixels, drift, spread}: where an element is in this window's page, whatever zooms and
+// transforms it.
 // above(element) -> what it is in as it is painted: its slot, its parent, or the host of the shadow tree that it is the top of; or null
+// isFadedOut(element) -> boolean: it is in something of no opacity, or has none itself
 // zoomOf(element) -> number    contentBox(element) -> {left, top, right, bottom}, in pixels of the page
 // wholePixels(element) -> {left, top, width, height, isAll}, in CSS pixels from the corner of its content. isAll: that is its content.
 // A box is {left, top, right, bottom}.
@@ -36,6 +38,11 @@
     const parent = parentNode(element);
     if (parent instanceof ShadowRoot) return hostOf(parent);
     return parent instanceof Element ? parent : null;
+  }
+
+  function isFadedOut(element) {
+    for (let at = element; at !== null; at = above(at)) if (styleValue(computedStyle(at), 'opacity') === '0') return true;
+    return false;
   }
 
   // By how much the pixels of an element are larger than the engine's functions say: these tell of lengths before any CSS zoom.
@@ -179,5 +186,5 @@
     return { left: Math.abs(x) < kLeastLength ? 0 : x, top: Math.abs(y) < kLeastLength ? 0 : y };
   }
 
-  return { above, zoomOf, contentBox, wholePixels, drift, spread };
+  return { above, isFadedOut, zoomOf, contentBox, wholePixels, drift, spread };
 })

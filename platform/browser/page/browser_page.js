@@ -257,7 +257,7 @@
     return frame === null ? kTopOrigin : contentOffset(frame);
   }
 
-  const { above, zoomOf, contentBox, wholePixels, drift, spread } = parts.boxes();
+  const { above, isFadedOut, zoomOf, contentBox, wholePixels, drift, spread } = parts.boxes();
 
   function box(element) {
     if (!isConnected(element)) return kNowhere;
@@ -265,7 +265,7 @@
     const style = computedStyle(element);
     const { left, top, right, bottom } = contentBox(element);
     if (from === null || from.across * (right - left) < kLeast.width || from.down * (bottom - top) < kLeast.height) return kNowhere;
-    if (styleValue(style, 'visibility') !== 'visible') return kNowhere;
+    if (styleValue(style, 'visibility') !== 'visible' || isFadedOut(element)) return kNowhere;
     const x = Math.round(from.x + from.across * left);
     const y = Math.round(from.y + from.down * top);
     return { x, y, width: Math.round(from.x + from.across * right) - x, height: Math.round(from.y + from.down * bottom) - y };
@@ -273,7 +273,7 @@
 
   function isRendered(element) {
     return isConnected(element) && originOf(element) !== null && clientRects(element).length > 0 &&
-      styleValue(computedStyle(element), 'visibility') === 'visible';
+      styleValue(computedStyle(element), 'visibility') === 'visible' && !isFadedOut(element);
   }
 
   function contentWindowOf(element) {
@@ -339,7 +339,7 @@
   // ---- the plane is seen through what the page paints below an element
 
   const uncover = parts.videoHole(above, drift, spread);
-  const cover = parts.cover(isElement, stacking, above, now);
+  const cover = parts.cover(isElement, stacking, above, isFadedOut, now);
 
   function holeFor(element, fullScreen) {
     const area = fullScreen ? kPlane : boundingBox(element);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// (isOurs, stacking, above, now) -> {look, changed}: what the page paints below and above an element. isOurs(element): it paints nothing
-// itself. stacking: see stacking.js. above: see boxes.js. now() -> milliseconds. A box is {left, top, right, bottom}, in the window.
+// (isOurs, stacking, above, isFadedOut, now) -> {look, changed}: what the page paints below and above an element. isOurs(element): it paints
+// nothing itself. stacking: see stacking.js. above, isFadedOut: see boxes.js. now() -> milliseconds. A box is {left, top, right, bottom}, in the window.
 // look(element, box) -> {isCovered, level}. isCovered: something is painted over the plane, by the element itself or below it. level: the
 // z-index with which what is in the element is painted below what the page paints above the element.
 // changed(): the page may look different from now on.
 //
 // The engine tells what lies at a point, but not of what cannot be pointed at, such as all that a modal dialog covers, nor of what is
 // smaller than the distance of two points. So all elements that have a part of the box are asked what they paint.
-(function (isOurs, stacking, above, now) {
+(function (isOurs, stacking, above, isFadedOut, now) {
   'use strict';
 
   const { document, ShadowRoot } = window;
@@ -130,11 +130,6 @@
     if (styleValue(style, 'visibility') !== 'visible') return false;
     return paintsOwnBackground(element, style) || kPaints[localName(element)] === true || hasText(element) || bordersReach(style, rect, box) ||
       shadowReaches(style, rect, box) || isSecret(element) || pseudoPaints(element);
-  }
-
-  function isFadedOut(element) {
-    for (let at = element; at !== null; at = above(at)) if (styleValue(computedStyle(at), 'opacity') === '0') return true;
-    return false;
   }
 
   // visit(element) -> boolean: it was the last one.

@@ -47,7 +47,7 @@
     },
   };
 
-  let replaced = false;  // another application has been started: pages then end themselves, which must not keep it from coming
+  let replacement = null;  // the application that has been started; '': it takes this one's place, which pages that end themselves must not stop
 
   const application = Object.assign(new EventTarget(), {
     visible: true,
@@ -70,7 +70,11 @@
     deactivate() {},
     activateInput() { return true; },
     deactivateInput() {},
-    destroyApplication() { if (!replaced) leave((top) => top.location.replace('about:blank')); },
+    destroyApplication() {
+      if (replacement === '') return;
+      leave((top) => top.location.replace(replacement === null ? 'about:blank' : replacement));
+      if (replacement !== null) replacement = '';
+    },
     createApplication(address) {
       if (!isWebAddress(address)) {
         page.warn('createApplication: "' + address + '" is no http: or https: address, and there is no broadcast to take it from');
@@ -79,7 +83,7 @@
       const { href } = new URL(address, document.baseURI);
       const another = !isPlaceHere(address);
       if (!leave((top) => { top.location.href = href; })) return null;  // a frame of another origin may not call assign()
-      replaced = another;
+      replacement = another ? href : null;
       return application;
     },
   });
@@ -181,6 +185,7 @@
       audioDescriptionEnabled: false,
       dtt_network_ids: [],
       deviceId: '',
+      requestAccessToDistinctiveIdentifier(answered) { setTimeout(() => callSafely(answered, undefined, [false]), 0); },
     },
     localSystem: {
       deviceID: '', systemReady: true, vendorName: 'AVControl', modelName: 'avc-browser', softwareVersion: settings.version,
@@ -258,6 +263,7 @@
     return null;
   }
 
+  const fullScreen = new WeakSet();  // broadcast objects that would fill the screen
   const streamListeners = new Set();  // that have not been told of their error
 
   const broadcast = {
@@ -266,7 +272,7 @@
     COMPONENT_TYPE_AUDIO: 1,
     COMPONENT_TYPE_SUBTITLE: 2,
     currentChannel: null,
-    fullScreen: false,
+    get fullScreen() { return fullScreen.has(this); },
     programmes: { length: 0, item: () => undefined },
     bindToCurrentChannel() {
       tellLater(this, 'PlayStateChange', { state: kStopped, error: kNoResources });
@@ -284,7 +290,12 @@
     nextChannel: changeInList,
     stop() {},
     release() {},
-    setFullScreen() {},
+    setFullScreen(wanted) {
+      const isWanted = Boolean(wanted);
+      if (fullScreen.has(this) === isWanted) return;
+      isWanted ? fullScreen.add(this) : fullScreen.delete(this);
+      tellLater(this, 'FullScreenChange', {});
+    },
     setVolume: () => false,
     getVolume: () => 0,
     getChannelConfig: () => ({ channelList: { length: 0, item: () => undefined, getChannel: () => null, getChannelByTriplet: () => null,
@@ -340,7 +351,7 @@
       enumerable: true,
       get() {
         const facade = facadeOf(this);
-        if (facade !== undefined && name in facade) return facade[name];
+        if (facade !== undefined && name in facade) return Reflect.get(facade, name, this);
         return original === undefined || original.get === undefined ? undefined : Reflect.apply(original.get, this, []);
       },
       set(value) {
