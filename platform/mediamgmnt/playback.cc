@@ -43,7 +43,7 @@ void Playback::setInput(const std::string& url) {
   m_protection.forget();
   m_content.reset();
   m_settings.url = url;
-  m_connectedSaid = false;
+  m_connectedSaid = m_pausedSaid = false;
   m_voice.sayReady();
 }
 
@@ -110,6 +110,7 @@ void Playback::stop() {
   m_wantedRate = 1;
   m_startPosition = 0;
   m_over = false;
+  m_pausedSaid = false;
 }
 
 /// A descriptor is looked into first; what is asked meanwhile is kept as the wish.
@@ -313,6 +314,7 @@ void Playback::fail(Failure failure) {
   if (failure != Failure::NoRights && blamesKeys()) return;
   m_over = true;
   m_wish = Wish::Nothing;
+  if (m_playingDue) leavePaused();
   forgetAnswers();
   m_facts.freezeAt(static_cast<double>(m_facts.position()));
   if (failure == Failure::NoRights) m_voice.say(status::kDrmRightsError);

@@ -111,6 +111,7 @@ class Playback final : private PipelineListener {
   // playback_words.cc: answers
   void answerPlay();
   void answerPause();
+  void leavePaused();
   void answerSeeks();
   void announceUnderrun();
 
@@ -203,6 +204,7 @@ class Playback final : private PipelineListener {
   bool m_connectedSaid = false;
   bool m_bufferReadyDue = false;
   bool m_playingDue = false;
+  bool m_pausedSaid = false;  ///< and nothing since that leaves the paused state
   bool m_speedDue = false;
   bool m_pauseDue = false;
   int m_seeksDue = 0;

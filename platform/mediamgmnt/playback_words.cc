@@ -12,6 +12,7 @@ void Playback::answerPlay() {
   if (std::exchange(m_bufferReadyDue, false)) m_voice.say(status::kBufferReady);
   answerSeeks();
   if (std::exchange(m_playingDue, false)) m_voice.say(status::kPlaying);
+  m_pausedSaid = false;
   if (std::exchange(m_speedDue, false)) m_voice.say(status::kPlaySpeedChanged);
 }
 
@@ -23,6 +24,12 @@ void Playback::answerPause() {
   answerSeeks();
   m_voice.say(status::kPaused);
   m_voice.say(status::kPlaySpeedChanged);
+  m_pausedSaid = true;
+}
+
+/// Whoever is paused does not listen to "ERROR", and would wait for ever for an answer to its play.
+void Playback::leavePaused() {
+  if (std::exchange(m_pausedSaid, false)) m_voice.say(status::kPlaying);
 }
 
 void Playback::answerSeeks() {

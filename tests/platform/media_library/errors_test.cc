@@ -23,6 +23,9 @@ class ErrorTest : public testing::TestWithParam<Fault> {
   TestPlayer m_player;
 };
 
+/// A pause prepares a source, and is answered as soon as the source answers.
+using PausedErrorTest = ErrorTest;
+
 TEST_P(ErrorTest, EndsInOneErrorAndTheNextSourcePlays) {
   std::optional<std::string> codeAtTheWord;
   m_player.onWord([&](const std::string& word) {
@@ -48,6 +51,26 @@ TEST_P(ErrorTest, EndsInOneErrorAndTheNextSourcePlays) {
             (Words{"READY_TO_PLAY", "CONNECTED", "BUFFER_READY", "PLAYING", "PLAY_SPEED_CHANGED"}));
   m_player.onWord(nullptr);
 }
+
+TEST_P(PausedErrorTest, IsToldOnceAPlayIsAskedFor) {
+  m_player.load(url());
+  m_player.command("PAUSE");
+  m_player.wordsUntil("ERROR", 40);
+  EXPECT_EQ(count(m_player.words(), "PLAYING"), 0);
+  m_player.forget();
+
+  m_player.command("PLAY", "1.00");
+
+  const Words words = m_player.wordsUntil("ERROR", 40);
+  EXPECT_EQ((Words{words.end() - 2, words.end()}), (Words{"PLAYING", "ERROR"}));
+  EXPECT_EQ(m_player.get("LAST_ERR_CODE"), GetParam().code);
+  EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, PausedErrorTest,
+                         testing::Values(Fault{"RandomBytes", "broken/random.mp4", "0"}, Fault{"NoMoov", "broken/no-moov.mp4", "4"},
+                                         Fault{"NoSegments", "broken/no-segments.mpd", "5"}),
+                         [](const auto& info) { return info.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, ErrorTest,
