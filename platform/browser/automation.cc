@@ -193,10 +193,12 @@ void Automation::shoot(const Step& step) {
   if (since < step.seconds) return later(step.seconds - since, [this, &step] { shoot(step); });
   m_settleUntil = g_get_monotonic_time() + kSettleMicroseconds;
   const auto draw = [this, &step] { m_window.whenDrawn([this, &step] { later(0, [this, &step] { shootNow(step.text); }); }); };
-  afterFrames([this, draw] { awaitSettled([this, draw] { afterFrames(draw); }); });
+  // The video may have settled in another place, which the page has yet to show.
+  const auto drawSettled = [this, draw] { afterFrames(draw); };
+  afterFrames([this, drawSettled] { awaitSettled(drawSettled); });
 }
 
-// What a page does to its layout reaches the video some threads later, and through the page is seen what is where it is by then.
+// What a page does to its layout reaches the video some threads later.
 void Automation::awaitSettled(std::function<void()> action) {
   askPage(m_view, kMessageSettled, kSettledType, m_cancel, [this, action = std::move(action)](GVariant* answer) {
     gboolean isSettled = TRUE;  // nobody there to move anything

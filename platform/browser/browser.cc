@@ -104,7 +104,10 @@ Browser::Browser(const Options& options, std::unique_ptr<Film> film)
                                                            }});
   m_optionList = std::make_unique<OptionList>(m_view, [this] { m_window->redraw(); });
   m_automation = std::make_unique<Automation>(
-      options.steps, m_view, *m_window, [this](const std::string& problem) { fail(problem, kExitFailed); },
+      options.steps, m_view, *m_window,
+      [this](const std::string& problem) {
+        if (m_ending == Ending::none) fail(problem, kExitFailed);  // or it is the end that has stopped the step
+      },
       [this] { stepsDone(); });
 }
 
@@ -243,7 +246,7 @@ void Browser::printConsole(GVariant* parameters) {
 }
 
 // Of a page that is a file the engine takes the page's own scripts for those of somebody else.
-const char* Browser::moreOf(const std::string& error) const {
+const char* Browser::adviceOn(const std::string& error) const {
   const char* const page = webkit_web_view_get_uri(m_view);
   const bool isMuted = error == "Script error." && page != nullptr && g_str_has_prefix(page, "file:") != FALSE;
   return isMuted
@@ -256,7 +259,7 @@ void Browser::printUncaught(GVariant* parameters) {
   const char* source = nullptr;
   unsigned line = 0;
   g_variant_get(parameters, "(&s&su)", &text, &source, &line);
-  std::printf("uncaught: %s%s\n", consoleText(text + place(source, line)).c_str(), moreOf(text));
+  std::printf("uncaught: %s%s\n", consoleText(text + place(source, line)).c_str(), adviceOn(text));
   std::fflush(stdout);
   m_failed = true;
 }

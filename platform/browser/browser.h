@@ -55,7 +55,7 @@ class Browser {
   bool isKeptFromFirstPage() const;
   void refusePort();
   void printUncaught(GVariant* parameters);
-  const char* moreOf(const std::string& error) const;
+  const char* adviceOn(const std::string& error) const;
   bool key(guint pcKey, GdkModifierType modifiers);
   void toggleStatus();
   void toggleSubtitles();

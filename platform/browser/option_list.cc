@@ -31,7 +31,7 @@ constexpr guint kWatchMilliseconds = 100;
 constexpr char kOwnerIsThere[] =
     "let at = document.activeElement;"
     "for (let next = at; next; next = at.shadowRoot?.activeElement ?? at.contentDocument?.activeElement) at = next;"
-    "if (isFirst) globalThis.listOwner = at;"
+    "if (isFirstLook) globalThis.listOwner = at;"
     "return at !== null && at === globalThis.listOwner && at.getClientRects().length > 0;";
 
 // The engine hears of it only once it has handed the menu over.
@@ -164,11 +164,9 @@ void OptionList::lookForOwner(bool isFirst) {
     if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !isThere) static_cast<OptionList*>(self)->close();
     g_clear_error(&error);
   };
-  GVariantDict arguments;
-  g_variant_dict_init(&arguments, nullptr);
-  g_variant_dict_insert(&arguments, "isFirst", "d", isFirst ? 1.0 : 0.0);  // the engine takes no boolean
-  webkit_web_view_call_async_javascript_function(m_view, kOwnerIsThere, -1, g_variant_dict_end(&arguments), "avc-browser",
-                                                 "avc-browser:options", m_looks, finish, this);
+  const std::string look = std::string("const isFirstLook = ") + (isFirst ? "true;" : "false;") + kOwnerIsThere;
+  webkit_web_view_call_async_javascript_function(m_view, look.c_str(), -1, nullptr, "avc-browser", "avc-browser:options", m_looks,
+                                                 finish, this);
 }
 
 void OptionList::forget() {

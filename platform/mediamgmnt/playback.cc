@@ -43,7 +43,7 @@ void Playback::setInput(const std::string& url) {
   m_protection.forget();
   m_content.reset();
   m_settings.url = url;
-  m_connectedSaid = m_pausedSaid = false;
+  m_connectedSaid = false;
   m_voice.sayReady();
 }
 

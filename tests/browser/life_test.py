@@ -120,8 +120,8 @@ class LifeTest(television.Case):
 
     def test_application_that_starts_another_and_ends_itself(self):
         run = self.browse("playing.html", "--wait", "playing()", "--wait",
-                          "%s.createApplication('playing.html?next', false) !== null && (%s.destroyApplication(), true)" % (APPLICATION, APPLICATION),
-                          "--wait", "location.search === '?next' && playing()", "--wait", "history.length === 1")
+                          "%s.createApplication('playing.html?next', false) !== null && (%s.destroyApplication(), window.close(), true)" %
+                          (APPLICATION, APPLICATION), "--wait", "location.search === '?next' && playing()", "--wait", "history.length === 1")
         self.assertAllClosed(run)
 
     def test_addresses_of_a_frame_are_relative_to_it(self):

@@ -420,6 +420,13 @@ class StepTest(television.Case):
         run = self.browse("keys.html", "--script", "none.js", "--wait", "true", status=2)
         self.assertIn('--script needs a file that can be read, not "none.js": No such file or directory', run.output)
 
+    def test_script_that_does_not_return_is_a_time_out_and_nothing_else(self):
+        with open(os.path.join(self.folder, "step.js"), "w", encoding="utf-8") as file:
+            file.write("for (;;);")
+        run = self.finish(self.start("keys.html", "--script", "step.js", "--quit-after", "3"))
+        self.assertEqual((run.status, run.output),
+                         (3, 'avc-browser: time-out after 3 s, in step 1, "--script step.js"; give a longer --quit-after\n'))
+
     def test_script_that_is_no_text(self):
         for number, content in enumerate((b"console.log('\xff')", b"console.log(1)\0console.log(2)")):
             with open(os.path.join(self.folder, "step.js"), "wb") as file:

@@ -216,6 +216,14 @@ class FrameTest(television.Case):
         self.assertCard(last, 700 + 16 + 30, 300 + 16 + 40, 320, 180)
         self.assertAllClosed(run)
 
+    def test_video_in_a_frame_that_has_faded_out_is_not_seen(self):
+        fade = "document.querySelector('iframe').style.opacity = "
+        run = self.browse("frames.html", "--wait", "ready === 2", "--wait", fade + "'0'", "--screenshot", "out.png", "--wait", fade + "'1'",
+                          "--screenshot", "in.png")
+        self.assertColour(run.picture("out.png"), (100, 120), television.BLACK, 0)
+        self.assertCard(run.picture("out.png"), 600 + 16 + 30, 300 + 16 + 40, 320, 180)
+        self.assertCard(run.picture("in.png"), 20 + 16 + 30, 30 + 16 + 40, 320, 180)
+
     def test_video_in_frames_that_are_scaled_or_in_a_shadow_tree(self):
         run = self.browse("placed-frames.html", "--wait", "ready === 3", "--screenshot", "a.png")
         picture = run.picture("a.png")

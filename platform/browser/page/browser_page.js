@@ -306,7 +306,7 @@
     const from = originOf(frame);
     const { left, top, right, bottom } = boundingBox(frame);
     const style = computedStyle(frame);
-    if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible') return null;
+    if (from === null || right - left < 1 || bottom - top < 1 || styleValue(style, 'visibility') !== 'visible' || isFadedOut(frame)) return null;
     const padding = (side) => parseFloat(styleValue(style, 'padding-' + side)) || 0;
     const zoom = zoomOf(frame);
     const scale = (length, unscaled) => (unscaled === 0 || Math.abs(length - unscaled) < 1 ? 1 : length / unscaled);  // that is a whole number

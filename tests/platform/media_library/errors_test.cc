@@ -62,6 +62,7 @@ TEST_P(PausedErrorTest, IsToldOnceAPlayIsAskedFor) {
   m_player.command("PLAY", "1.00");
 
   const Words words = m_player.wordsUntil("ERROR", 40);
+  ASSERT_GE(words.size(), 2U);
   EXPECT_EQ((Words{words.end() - 2, words.end()}), (Words{"PLAYING", "ERROR"}));
   EXPECT_EQ(m_player.get("LAST_ERR_CODE"), GetParam().code);
   EXPECT_EQ(m_player.get("PLAY_SPEED"), "0.00");
