@@ -84,7 +84,11 @@ void nameLanguages(Renditions& renditions) {
   }
 }
 
-std::string flag(std::string_view name, bool isSet) { return isSet ? "," + std::string(name) + "=YES" : std::string(); }
+std::string flag(std::string_view name, bool isSet) {
+  std::string out;
+  if (isSet) out.append(",").append(name).append("=YES");
+  return out;
+}
 
 /// All that the demuxer reads of it.
 std::string lineFor(const HlsMedia& media, const std::string& group, const std::string& language) {
