@@ -3,7 +3,9 @@
 #include <gtk/gtk.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "platform/browser/browser.h"
@@ -21,9 +23,20 @@ int fail(const std::string& error) {
   return kExitUsage;
 }
 
+bool hasGraphicsCard() {
+  std::error_code none;
+  for (const auto& node : std::filesystem::directory_iterator("/dev/dri", none)) {
+    if (node.path().filename().string().starts_with("renderD")) return g_getenv("LIBGL_ALWAYS_SOFTWARE") == nullptr;
+  }
+  return false;
+}
+
 void prepareEngine() {
   // With these it paints without transparency, and no video is to be seen.
   for (const char* name : {"WEBKIT_DISABLE_DMABUF_RENDERER", "WEBKIT_DISABLE_COMPOSITING_MODE"}) g_unsetenv(name);
+  // OpenGL without a card is not safe to use from several threads at once, as the engine does to paint, and slower than painting
+  // without it.
+  if (!hasGraphicsCard()) g_setenv("WEBKIT_SKIA_ENABLE_CPU_RENDERING", "1", FALSE);
   // Nobody to tell: without a session bus the toolkit would only complain.
   if (g_getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) g_setenv("NO_AT_BRIDGE", "1", FALSE);
   // Every player brings a dozen threads, and the C library of the page's process would give each an arena of its own as long as

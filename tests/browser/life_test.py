@@ -55,6 +55,23 @@ class LifeTest(television.Case):
     def assertNothingRuns(self, processes):
         self.assertTrue(television.until(lambda: not any(os.path.exists("/proc/%d" % one) for one in processes), 20), "processes are left")
 
+    def test_no_thread_paints_with_opengl_where_there_is_no_graphics_card(self):
+        painter = "SkiaGPUWorker"
+        self.assertIn(painter, self.threadsOfPaintedPage(WEBKIT_SKIA_ENABLE_CPU_RENDERING="0"), "the engine calls it otherwise now")
+        self.assertNotIn(painter, self.threadsOfPaintedPage())
+
+    def threadsOfPaintedPage(self, **environment):
+        """The names of the threads of the page's process."""
+        picture = os.path.join(self.folder, "painted.png")
+        process = self.start("playing.html", "--wait", "playing()", "--screenshot", picture, "--wait", "false", LIBGL_ALWAYS_SOFTWARE="1", **environment)
+        self.assertTrue(television.until(lambda: os.path.exists(picture)), "is not painted")
+        os.remove(picture)
+        page = next(one for one in childrenOf(process.pid) if nameOf(one).startswith("WebKitWebProc"))
+        names = [nameOf(int(thread)) for thread in os.listdir("/proc/%d/task" % page)]
+        process.kill()
+        process.communicate()
+        return names
+
     def test_quit_while_playing(self):
         run = self.browse("playing.html", "--wait", "playing()")
         self.assertAllClosed(run)
