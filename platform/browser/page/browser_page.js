@@ -12,7 +12,7 @@
 //       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
 // parts: {inspect, listeners, screen, keys, keyPress, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium,
-// environment, boxes, stacking, cover, videoHole}: see there
+// environment, elements, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -22,6 +22,7 @@
   const kPlane = { left: 0, top: 0, right: 1280, bottom: 720 };
   const kLeast = { width: 150, height: 80 };  // the A/V Control object takes no smaller window
   const kXhtml = 'http://www.w3.org/1999/xhtml';
+  const kFrames = ['iframe', 'frame', 'object'];
   const kTelevisionXhtml = 'application/vnd.hbbtv.xhtml+xml';
 
   const { apply } = Reflect;
@@ -30,6 +31,7 @@
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const settings = JSON.parse(host.settings);
   const listen = parts.listeners();
+  const { visit, matching, forgetResults } = parts.elements();
 
   const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, ShadowRoot, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
   const isTop = window.top === window;
@@ -51,8 +53,10 @@
   const clientTop = getter(Element.prototype, 'clientTop');
   const getAttribute = uncurry(Element.prototype.getAttribute);
   const setAttribute = uncurry(Element.prototype.setAttribute);
-  const elementQuery = uncurry(Element.prototype.querySelectorAll);
-  const documentQuery = uncurry(Document.prototype.querySelectorAll);
+  const firstInDocument = uncurry(Document.prototype.querySelector);
+  const named = uncurry(Document.prototype.getElementsByTagNameNS);
+  const firstElementChild = getter(Element.prototype, 'firstElementChild');
+  const nextElementSibling = getter(Element.prototype, 'nextElementSibling');
   const boundingBox = uncurry(Element.prototype.getBoundingClientRect);
   const clientRects = uncurry(Element.prototype.getClientRects);
   const styleValue = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
@@ -65,6 +69,7 @@
   const keepReader = uncurry(WeakMap.prototype.set);
   const takeRecords = uncurry(MutationObserver.prototype.takeRecords);
   const observe = uncurry(MutationObserver.prototype.observe);
+  const disconnect = uncurry(MutationObserver.prototype.disconnect);
   const contentType = getter(Document.prototype, 'contentType');
   const originalCreateElement = Document.prototype.createElement;
   const createElementNS = uncurry(Document.prototype.createElementNS);
@@ -138,13 +143,13 @@
   function visitObjects(node, visit) {
     if (nodeType(node) !== 1) return;
     if (isElement(node)) visit(node);
-    const found = elementQuery(node, 'object, embed');
+    const found = matching(node, 'object, embed');
     for (let i = 0; i < found.length; i += 1) visit(found[i]);
   }
 
   let hasShadowTrees = false;  // objects of this window have been in one
 
-  const tvMedium = parts.tvMedium(listen);
+  const tvMedium = parts.tvMedium(listen, matching);
   const observer = new MutationObserver((records) => changed(records));
   const kWatched = {
     __proto__: null, childList: true, subtree: true, attributes: true,
@@ -283,13 +288,25 @@
     return null;
   }
 
+  // visitor(frame, window) -> boolean: it was the last one. None of those in shadow trees.
+  function visitFrames(visitor) {
+    for (let i = 0; i < kFrames.length; i += 1) {
+      const frames = named(document, kXhtml, kFrames[i]);
+      for (let j = 0; j < frames.length; j += 1) {
+        const child = contentWindowOf(frames[j]);
+        if (child !== null && visitor(frames[j], child)) return;
+      }
+    }
+  }
+
   // Where the page of the child window begins on the plane, or null while it cannot be seen.
   function offsetOf(child) {
-    const frames = documentQuery(document, 'iframe, frame, object');
-    for (let i = 0; i < frames.length; i += 1) {
-      if (contentWindowOf(frames[i]) === child) return contentOffset(frames[i]);
-    }
-    const frame = frameInShadowTree(child);
+    let found = null;
+    visitFrames((frame, childWindow) => {
+      if (childWindow === child) found = frame;
+      return found !== null;
+    });
+    const frame = found || frameInShadowTree(child);
     return frame ? contentOffset(frame) : null;
   }
 
@@ -328,18 +345,19 @@
   function stack() {
     const pile = stacking.makePile();
     layer.forEach((element, id) => { if (isConnected(element)) pile.add(element, id); });
-    const frames = host.othersHaveObjects() ? documentQuery(document, 'iframe, frame, object') : { length: 0 };
-    for (let i = 0; i < frames.length; i += 1) {
-      const child = contentWindowOf(frames[i]);
-      if (child !== null) pile.add(frames[i], child);
+    if (host.othersHaveObjects()) {
+      visitFrames((frame, child) => {
+        pile.add(frame, child);
+        return false;
+      });
     }
     return pile.top();
   }
 
   // ---- the plane is seen through what the page paints below an element
 
-  const uncover = parts.videoHole(above, drift, spread);
-  const cover = parts.cover(isElement, stacking, above, isFadedOut, now);
+  const uncover = parts.videoHole(matching, above, drift, spread);
+  const cover = parts.cover(isElement, visit, stacking, above, isFadedOut, now);
 
   function holeFor(element, fullScreen) {
     const area = fullScreen ? kPlane : boundingBox(element);
@@ -410,8 +428,8 @@
 
   // The engine shows such a page as far as it got, with a box of its own that says why.
   listen(document, 'DOMContentLoaded', () => {
-    const box = contentType(document) === 'text/html' ? null : documentQuery(document, 'parsererror')[0];
-    if (!box) return;
+    const box = contentType(document) === 'text/html' ? null : firstInDocument(document, 'parsererror');
+    if (box === null) return;
     const [, text, line] = /(error on line (\d+)[^\n]*?)(?:Below is|\n|$)/.exec(textContent(box)) || [null, textContent(box), 0];
     host.uncaught('not well-formed XML: ' + text, documentAddress(document), Number(line));
   });
@@ -456,7 +474,8 @@
     },
     parameters(element) {
       const out = [];
-      for (const child of elementQuery(element, ':scope > param')) {
+      for (let child = firstElementChild(element); child !== null; child = nextElementSibling(child)) {
+        if (localName(child) !== 'param') continue;
         keepReader(readParameters, child, element);
         out.push([getAttribute(child, 'name') || '', getAttribute(child, 'value') || '']);
       }
@@ -489,6 +508,13 @@
     if (!isTrusted) return;
     hasGone = true;
     host.ended();
+  }, true);
+
+  // Who observes a frame that its parent removes is told too late, and what it would be told stays instead.
+  listen(window, 'unload', ({ isTrusted }) => {
+    if (!isTrusted || !isTop) return;
+    disconnect(observer);
+    forgetResults(document);
   }, true);
 
   return {

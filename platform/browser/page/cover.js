@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// (isOurs, stacking, above, isFadedOut, now) -> {look, changed}: what the page paints below and above an element. isOurs(element): it paints
-// nothing itself. stacking: see stacking.js. above, isFadedOut: see boxes.js. now() -> milliseconds. A box is {left, top, right, bottom}, in the window.
+// (isOurs, visit, stacking, above, isFadedOut, now) -> {look, changed}: what the page paints below and above an element. isOurs(element): it
+// paints nothing itself. visit: see elements.js. stacking: see stacking.js. above, isFadedOut: see boxes.js. now() -> milliseconds. A box is
+// {left, top, right, bottom}, in the window.
 // look(element, box) -> {isCovered, level}. isCovered: something is painted over the plane, by the element itself or below it. level: the
 // z-index with which what is in the element is painted below what the page paints above the element.
 // changed(): the page may look different from now on.
 //
 // The engine tells what lies at a point, but not of what cannot be pointed at, such as all that a modal dialog covers, nor of what is
 // smaller than the distance of two points. So all elements that have a part of the box are asked what they paint.
-(function (isOurs, stacking, above, isFadedOut, now) {
+(function (isOurs, visit, stacking, above, isFadedOut, now) {
   'use strict';
 
   const { document, ShadowRoot } = window;
@@ -15,8 +16,6 @@
   const getter = (prototype, name) => uncurry(Object.getOwnPropertyDescriptor(prototype, name).get);
   const documentElement = getter(Document.prototype, 'documentElement');
   const documentBody = getter(Document.prototype, 'body');
-  const allIn = uncurry(Document.prototype.querySelectorAll);
-  const allInTree = uncurry(DocumentFragment.prototype.querySelectorAll);
   const shadowRootOf = getter(Element.prototype, 'shadowRoot');
   const hostOf = getter(ShadowRoot.prototype, 'host');
   const localName = getter(Element.prototype, 'localName');
@@ -132,21 +131,20 @@
       shadowReaches(style, rect, box) || isSecret(element) || pseudoPaints(element);
   }
 
-  // visit(element) -> boolean: it was the last one.
-  function visitAll(list, visit) {
-    for (let i = 0; i < list.length; i += 1) {
-      if (visit(list[i])) return true;
-      const shadow = shadowRootOf(list[i]);
-      if (shadow !== null && visitAll(allInTree(shadow, '*'), visit)) return true;
-    }
-    return false;
+  // And the open shadow trees in it.
+  function visitAll(tree, visitor) {
+    return visit(tree, (element) => {
+      if (visitor(element)) return true;
+      const shadow = shadowRootOf(element);
+      return shadow !== null && visitAll(shadow, visitor);
+    });
   }
 
   // All of the document, and the closed shadow trees that the element is in.
-  function visitPage(element, visit) {
-    if (visitAll(allIn(document, '*'), visit)) return;
+  function visitPage(element, visitor) {
+    if (visitAll(document, visitor)) return;
     for (let root = rootOf(element); root instanceof ShadowRoot; root = rootOf(hostOf(root))) {
-      if (shadowRootOf(hostOf(root)) === null && visitAll(allInTree(root, '*'), visit)) return;
+      if (shadowRootOf(hostOf(root)) === null && visitAll(root, visitor)) return;
     }
   }
 

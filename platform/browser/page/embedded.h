@@ -13,6 +13,7 @@ extern const char kBodyKeysSource[];
 extern const char kKeyPressSource[];
 extern const char kEnvironmentSource[];
 extern const char kStackingSource[];
+extern const char kElementsSource[];
 extern const char kBoxesSource[];
 extern const char kCoverSource[];
 extern const char kVideoHoleSource[];

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// (listen) -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for "screen" do. The
+// (listen, matching) -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for "screen" do. The
 // engine takes a television's medium for one that nothing is. apply() is to be called after nodes have been added. widenRules(rules)
-// does it to the rules of a sheet that is not the document's. listen: see listeners.js
-(function (listen) {
+// does it to the rules of a sheet that is not the document's. listen: see listeners.js; matching: see elements.js
+(function (listen, matching) {
   'use strict';
 
   const { apply } = Reflect;
@@ -22,7 +22,6 @@
   const mediaText = getter(MediaList.prototype, 'mediaText');
   const setMediaText = setter(MediaList.prototype, 'mediaText');
   const getAttribute = uncurry(Element.prototype.getAttribute);
-  const elementQuery = uncurry(Element.prototype.querySelectorAll);
   const setAttribute = uncurry(Element.prototype.setAttribute);
   const replace = uncurry(String.prototype.replace);
 
@@ -91,7 +90,7 @@
     elementAdded(parent);  // of which the text may be new
     if (!(node instanceof Element)) return;
     elementAdded(node);
-    const found = elementQuery(node, 'link, style');
+    const found = matching(node, 'link, style');
     for (let i = 0; i < found.length; i += 1) elementAdded(found[i]);
   }
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// (above, drift, spread) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below it. above,
-// drift, spread: see boxes.js. hole: null: it is not; or {area, level} and, of area 'box', the element's, {left, top, width, height, isAll},
-// from its corner, in CSS pixels, isAll: it fills it; of area 'plane', {plane}: a box of the page. level: the z-index in the element. What the
-// page paints above the element stays.
+// (matching, above, drift, spread) -> uncover(element, hole): the plane is to be seen where the element is, whatever the page paints below
+// it. matching: see elements.js. above, drift, spread: see boxes.js. hole: null: it is not; or {area, level} and, of area 'box', the
+// element's, {left, top, width, height, isAll}, from its corner, in CSS pixels, isAll: it fills it; of area 'plane', {plane}: a box of the
+// page. level: the z-index in the element. What the page paints above the element stays.
 //
 // The hole is in a child of the element, which takes no room there: a box on a layer of its own that paints nothing and that the engine
 // takes for opaque. Such a layer is put in the place of what is below it, not over it. The engine asks the boxes of a layer for one
 // with an opaque background that covers it all, and does not ask for the boxes that clip that one: here one does, to nothing. What is
 // cut off at rounded corners is blended all the same, so these become square meanwhile. The looks are in television.css.
-(function (above, drift, spread) {
+(function (matching, above, drift, spread) {
   'use strict';
 
   const kXhtml = 'http://www.w3.org/1999/xhtml';
@@ -35,7 +35,6 @@
   const removeAttribute = uncurry(Element.prototype.removeAttribute);
   const computedStyle = window.getComputedStyle.bind(window);
   const attachShadow = uncurry(Element.prototype.attachShadow);
-  const elementQuery = uncurry(Element.prototype.querySelectorAll);
   const createElementNS = uncurry(Document.prototype.createElementNS);
   const style = getter(HTMLElement.prototype, 'style');
   const setProperty = uncurry(CSSStyleDeclaration.prototype.setProperty);
@@ -64,7 +63,7 @@
 
   // A page that copies an element copies what is in it.
   function removeOthers(element) {
-    const found = elementQuery(element, '[' + kMark + ']');
+    const found = matching(element, '[' + kMark + ']');
     for (let i = 0; i < found.length; i += 1) remove(found[i]);
   }
 
