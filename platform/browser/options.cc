@@ -46,6 +46,30 @@ void readFilm(const std::string& text, Options& out) {
   out.filmPart = part;
 }
 
+// In small letters, or nothing.
+std::string schemeOf(const std::string& address) {
+  char* const scheme = g_uri_parse_scheme(address.c_str());
+  std::string out = scheme == nullptr ? "" : scheme;
+  g_free(scheme);
+  return out;
+}
+
+// As far as its text and the files tell.
+std::string whyNoPage(const std::string& urlOrFile) {
+  const std::string named = "\"" + urlOrFile + "\"";
+  const std::string scheme = schemeOf(urlOrFile);
+  if (scheme.empty()) {
+    if (g_file_test(urlOrFile.c_str(), G_FILE_TEST_EXISTS)) return "";
+    return "there is no file " + named + "; if it is the address of a server, write http://" + urlOrFile;
+  }
+  for (const char* known : {"http", "https", "file", "data", "about"}) {
+    if (scheme == known) return "";
+  }
+  const char first = urlOrFile[scheme.size() + 1];  // after the colon; a port?
+  return named + " is no address of a page; " +
+         (g_ascii_isdigit(first) ? "write http://" + urlOrFile : "they begin with http:, https: or file:");
+}
+
 class Parser {
  public:
   Parser(int argc, const char* const* argv, Options& out) : m_arguments(argv + 1, argv + argc), m_out(out) {}
@@ -58,6 +82,7 @@ class Parser {
       } else if (!m_out.url.empty()) {
         m_error = "more than one address given: " + m_out.url + " and " + argument;
       } else {
+        m_error = whyNoPage(argument);
         m_out.url = addressOf(argument);
       }
     }
@@ -202,10 +227,7 @@ bool parseOptions(int argc, const char* const* argv, const std::string& configur
 }
 
 std::string addressOf(const std::string& urlOrFile) {
-  char* const scheme = g_uri_parse_scheme(urlOrFile.c_str());
-  const bool isAddress = scheme != nullptr;
-  g_free(scheme);
-  if (isAddress) return urlOrFile;
+  if (!schemeOf(urlOrFile).empty()) return urlOrFile;
   char* const absolute = g_canonicalize_filename(urlOrFile.c_str(), nullptr);
   char* const url = g_filename_to_uri(absolute, nullptr, nullptr);
   std::string out = url == nullptr ? "" : url;

@@ -56,7 +56,7 @@ bool ProtectionOptions::readLimit(const std::string& value, std::string& error) 
   const char* const end = value.data() + value.size();
   const auto [stop, failure] = std::from_chars(value.data(), end, age);
   if (failure != std::errc() || stop != end || age < 0 || age > kHighestAge) {
-    error = "--parental-limit needs an age in years, not \"" + value + "\"";
+    error = "--parental-limit needs an age of 0 to " + std::to_string(kHighestAge) + " years, not \"" + value + "\"";
     return false;
   }
   m_parentalLimit = age;

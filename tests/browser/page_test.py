@@ -90,6 +90,13 @@ class ElementTest(television.Case):
         self.assertAllClosed(run)
 
 
+    def test_what_is_no_page_is_told_with_what_mends_it(self):
+        for address, words in (("localhost:8080/app.html", '"localhost:8080/app.html" is no address of a page; write http://localhost:8080/app.html'),
+                               ("dvb://1.2.3", '"dvb://1.2.3" is no address of a page; they begin with http:, https: or file:'),
+                               ("www.example.com/?a=b:c", 'there is no file "www.example.com/?a=b:c"; if it is the address of a server, write http://www.example.com/?a=b:c')):
+            run = self.browse(address, status=2)
+            self.assertEqual(run.output, 'avc-browser: %s; "avc-browser --help" lists what can be given\n' % words)
+
     def test_parameters_count_once(self):
         self.browse("parameters.html", "--wait", "done")
 

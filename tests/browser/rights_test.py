@@ -100,7 +100,7 @@ class ConfigurationTest(RightsCase):
         self.assertEqual(self.guarded(PROTECTED, PLAYS).logged(), ["||played"])
 
     def test_what_makes_no_sense_is_refused(self):
-        for line, words in (("parental-limit = old", 'browser.ini: parental-limit needs an age in years, not "old"'),
+        for line, words in (("parental-limit = old", 'browser.ini: parental-limit needs an age of 0 to 99 years, not "old"'),
                             ("parental-limit =", "browser.ini: parental-limit needs an age"),
                             ("parental-country = Germany", "browser.ini: parental-country needs two letters"),
                             ("clearkey-file = none.txt", "browser.ini: clearkey-file: cannot read")):
@@ -110,7 +110,7 @@ class ConfigurationTest(RightsCase):
 
 class RefusalTest(RightsCase):
     def test_values_that_make_no_sense(self):
-        for arguments, words in ((["--parental-limit", "old"], '--parental-limit needs an age in years, not "old"'),
+        for arguments, words in ((["--parental-limit", "old"], '--parental-limit needs an age of 0 to 99 years, not "old"'),
                                  (["--parental-limit=100"], "--parental-limit needs an age"),
                                  (["--parental-country", "Germany"], "--parental-country needs two letters"),
                                  (["--clearkey", KEY], "--clearkey needs KID:KEY"),
