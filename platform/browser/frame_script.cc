@@ -69,6 +69,7 @@ JSObjectRef FrameScript::makeParts() {
   script::setProperty(m_context, parts, "environment", compile("avc-browser:environment", script::kEnvironmentSource));
   script::setProperty(m_context, parts, "stacking", compile("avc-browser:stacking", script::kStackingSource));
   script::setProperty(m_context, parts, "elements", compile("avc-browser:elements", script::kElementsSource));
+  script::setProperty(m_context, parts, "results", compile("avc-browser:results", script::kResultsSource));
   script::setProperty(m_context, parts, "boxes", compile("avc-browser:boxes", script::kBoxesSource));
   script::setProperty(m_context, parts, "cover", compile("avc-browser:cover", script::kCoverSource));
   script::setProperty(m_context, parts, "videoHole", compile("avc-browser:video-hole", script::kVideoHoleSource));

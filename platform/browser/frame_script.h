@@ -62,6 +62,8 @@ class FrameScript {
   void deliver(const pluginhost::Event& event);
   void flush();
   void tick();
+  /// After its page has gone: gives back what the engine would keep of it.
+  void forget() { call("forget", {}); }
   /// Looks at where its objects are.
   void placeObjects();
   std::size_t objectCount() const { return m_silent ? 0 : m_binding->pluginCount(); }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // avc-browser: shows HbbTV applications as a television does.
 #include <gtk/gtk.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -23,10 +25,13 @@ int fail(const std::string& error) {
   return kExitUsage;
 }
 
+// One that OpenGL may use.
 bool hasGraphicsCard() {
-  std::error_code none;
-  for (const auto& node : std::filesystem::directory_iterator("/dev/dri", none)) {
-    if (node.path().filename().string().starts_with("renderD")) return g_getenv("LIBGL_ALWAYS_SOFTWARE") == nullptr;
+  if (g_getenv("LIBGL_ALWAYS_SOFTWARE") != nullptr) return false;
+  std::error_code problem;
+  for (std::filesystem::directory_iterator at("/dev/dri", problem), end; !problem && at != end; at.increment(problem)) {
+    const std::string node = at->path().string();
+    if (node.starts_with("/dev/dri/renderD") && access(node.c_str(), R_OK | W_OK) == 0) return true;
   }
   return false;
 }

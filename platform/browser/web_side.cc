@@ -208,6 +208,7 @@ void WebSide::retire(Frames::iterator frame) {
 
 void WebSide::destroyRetired() {
   const auto retired = std::exchange(m_retired, {});  // destroying objects runs no script, but keep clear of what they may do
+  for (const auto& script : retired) script->forget();
   if (!retired.empty()) returnMemorySoon();
 }
 

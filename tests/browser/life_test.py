@@ -122,6 +122,9 @@ class LifeTest(television.Case):
         self.assertAllClosed(run)
         self.assertEqual(sum('"name":"openPlayer"' in line for line in run.trace()), 52)  # and one that tells of the rows
 
+    def test_page_that_goes_is_told_no_changes_but_its_own(self):
+        self.assertEqual(self.browse("observed.html", "--wait", "done").logged(), [])
+
     def test_history_back_destroys_and_makes_anew(self):
         run = self.browse("playing.html", "--wait", "goOn(1)", "--wait", "history.back(), true",
                           "--wait", "location.search === '' && playing()", "--screenshot", "a.png")

@@ -10,9 +10,9 @@ import television
 WATCHED_S = 3  # long enough for what the page before gave back to be returned
 PATIENCE_S = 30  # which it is later on a busy machine
 # The engine's own heap grows by a tenth while the machine is busy, also between pages without video: what a script leaves behind is collected
-# late then. What stays of each page shows all the same: less than half a megabyte each would fail, and a whole document has four more.
+# late then. What stays of each page shows all the same: less than half a megabyte each would fail.
 MOST_GROWTH = 1.2
-DOCUMENT_MEGABYTES = 4
+DOCUMENT_MEGABYTES = 4  # in each page, so that a document that stays cannot be missed
 
 
 def childrenOf(process):

@@ -97,6 +97,9 @@ class ElementTest(television.Case):
             run = self.browse(address, status=2)
             self.assertEqual(run.output, 'avc-browser: %s; "avc-browser --help" lists what can be given\n' % words)
 
+    def test_page_with_names_of_its_own_for_what_the_engine_has(self):
+        self.assertEqual(self.browse("names.hbbtv", "--wait", "done").logged(), ["{a: 1}"])
+
     def test_parameters_count_once(self):
         self.browse("parameters.html", "--wait", "done")
 

@@ -5,7 +5,7 @@
 (function (followByPress) {
   'use strict';
 
-  const { document, KeyboardEvent } = window;
+  const { document, KeyboardEvent, Reflect } = window;
   if (document.contentType === 'text/html') return;
 
   const dispatch = Function.prototype.call.bind(EventTarget.prototype.dispatchEvent);

@@ -12,7 +12,7 @@
 //       there, and whether something is painted below it; null when it cannot be seen
 // native, makeLayer: see av_element.js
 // parts: {inspect, listeners, screen, keys, keyPress, bodyKeys, namedEntities, applicationTable, controls, directedFocus, tvMedium,
-// environment, elements, boxes, stacking, cover, videoHole}: see there
+// environment, elements, results, boxes, stacking, cover, videoHole}: see there
 // The result is what the program calls: see the last lines.
 (function (host, native, makeLayer, parts) {
   'use strict';
@@ -31,9 +31,13 @@
   const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
   const settings = JSON.parse(host.settings);
   const listen = parts.listeners();
-  const { visit, matching, forgetResults } = parts.elements();
+  const { visit, matching } = parts.elements();
+  const forgetResults = parts.results(visit);
 
-  const { document, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, ShadowRoot, Event, URL, MutationObserver, requestAnimationFrame, setTimeout } = window;
+  const {
+    document, Element, HTMLObjectElement, HTMLEmbedElement, HTMLParamElement, ShadowRoot, Event, URL, MutationObserver, requestAnimationFrame,
+    setTimeout,
+  } = window;
   const isTop = window.top === window;
   const parentWindow = window.parent;
   const isInDocument = getter(Node.prototype, 'isConnected');
@@ -69,7 +73,6 @@
   const keepReader = uncurry(WeakMap.prototype.set);
   const takeRecords = uncurry(MutationObserver.prototype.takeRecords);
   const observe = uncurry(MutationObserver.prototype.observe);
-  const disconnect = uncurry(MutationObserver.prototype.disconnect);
   const contentType = getter(Document.prototype, 'contentType');
   const originalCreateElement = Document.prototype.createElement;
   const createElementNS = uncurry(Document.prototype.createElementNS);
@@ -140,11 +143,11 @@
   // An object that came with its parameters has read them before their own record is looked at.
   const readParameters = new WeakMap();  // which object has read a parameter
 
-  function visitObjects(node, visit) {
+  function visitObjects(node, visitor) {
     if (nodeType(node) !== 1) return;
-    if (isElement(node)) visit(node);
+    if (isElement(node)) visitor(node);
     const found = matching(node, 'object, embed');
-    for (let i = 0; i < found.length; i += 1) visit(found[i]);
+    for (let i = 0; i < found.length; i += 1) visitor(found[i]);
   }
 
   let hasShadowTrees = false;  // objects of this window have been in one
@@ -510,15 +513,11 @@
     host.ended();
   }, true);
 
-  // Who observes a frame that its parent removes is told too late, and what it would be told stays instead.
-  listen(window, 'unload', ({ isTrusted }) => {
-    if (!isTrusted || !isTop) return;
-    disconnect(observer);
-    forgetResults(document);
-  }, true);
-
   return {
     fire: layer.fire, flush: layer.flush, tick: layer.tick, offsetOf, status: layer.status,
     placeWindows: layer.placeWindows, stack,
+    forget() {
+      if (defaultView(document) === null) forgetResults(document);
+    },
   };
 })

@@ -131,20 +131,11 @@
       shadowReaches(style, rect, box) || isSecret(element) || pseudoPaints(element);
   }
 
-  // And the open shadow trees in it.
-  function visitAll(tree, visitor) {
-    return visit(tree, (element) => {
-      if (visitor(element)) return true;
-      const shadow = shadowRootOf(element);
-      return shadow !== null && visitAll(shadow, visitor);
-    });
-  }
-
   // All of the document, and the closed shadow trees that the element is in.
   function visitPage(element, visitor) {
-    if (visitAll(document, visitor)) return;
+    if (visit(document, visitor)) return;
     for (let root = rootOf(element); root instanceof ShadowRoot; root = rootOf(hostOf(root))) {
-      if (shadowRootOf(hostOf(root)) === null && visitAll(root, visitor)) return;
+      if (shadowRootOf(hostOf(root)) === null && visit(root, visitor)) return;
     }
   }
 

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// () -> {visit(tree, visitor), matching(element, selector), forgetResults(document)}: elements in a tree, in its order.
-// visit: all below a node. visitor(element) -> boolean: it was the last one; so is the result.
-// matching -> array of those in an element that match.
-//
-// In the place of the engine's querySelectorAll(): that keeps its results until the tree changes, and with them, for good, the whole document.
-// forgetResults: has it lose those of the page, by changes that its observers are told.
+// () -> {visit(tree, visitor), matching(element, selector)}: elements in a tree, in its order. In the place of the engine's
+// querySelectorAll(): see results.js for what that keeps.
+// visit: all below a node, with the open shadow trees. visitor(element) -> boolean: it was the last one; so is the result.
+// matching -> array of those in an element, none of shadow trees, that match.
 (function () {
   'use strict';
 
@@ -18,21 +16,19 @@
   const startAt = uncurry(getOwnPropertyDescriptor(TreeWalker.prototype, 'currentNode').set);
   const firstMatch = uncurry(Element.prototype.querySelector);
   const matches = uncurry(Element.prototype.matches);
-  const getter = (prototype, name) => uncurry(getOwnPropertyDescriptor(prototype, name).get);
-  const createElement = uncurry(Document.prototype.createElement);
-  const firstElementChild = getter(Element.prototype, 'firstElementChild');
-  const nextElementSibling = getter(Element.prototype, 'nextElementSibling');
-  const parentElement = getter(Node.prototype, 'parentElement');
-  const insertBefore = uncurry(Node.prototype.insertBefore);
-  const remove = uncurry(Element.prototype.remove);
+  const shadowRootOf = uncurry(getOwnPropertyDescriptor(Element.prototype, 'shadowRoot').get);
 
   function visit(tree, visitor) {
     const walker = makeWalker(tree, kElements);
-    for (let element = nextNode(walker); element !== null; element = nextNode(walker)) if (visitor(element)) return true;
+    for (let element = nextNode(walker); element !== null; element = nextNode(walker)) {
+      if (visitor(element)) return true;
+      const shadow = shadowRootOf(element);
+      if (shadow !== null && visit(shadow, visitor)) return true;
+    }
     return false;
   }
 
-  // Most have none.
+  // Most elements have none.
   function matching(element, selector) {
     const found = [];
     let at = firstMatch(element, selector);
@@ -43,17 +39,5 @@
     return found;
   }
 
-  // A change below an element loses the results of all that it is in, too.
-  function forgetResults(page) {
-    const change = createElement(page, 'i');
-    visit(page, (element) => {
-      const isInnermost = firstElementChild(element) === null && nextElementSibling(element) === null;
-      const parent = parentElement(element);
-      if (isInnermost && parent !== null) insertBefore(parent, change, element);
-      return false;
-    });
-    remove(change);
-  }
-
-  return { visit, matching, forgetResults };
+  return { visit, matching };
 })

@@ -14,6 +14,7 @@ extern const char kKeyPressSource[];
 extern const char kEnvironmentSource[];
 extern const char kStackingSource[];
 extern const char kElementsSource[];
+extern const char kResultsSource[];
 extern const char kBoxesSource[];
 extern const char kCoverSource[];
 extern const char kVideoHoleSource[];

@@ -5,6 +5,9 @@
 (function (page) {
   'use strict';
 
+  // A page may have names of its own.
+  const { DOMParser, Event, Map, Object, Proxy, Reflect, Set, URL } = window;
+
   const { settings } = page;
   const kKeyBits = {
     RED: 0x1, GREEN: 0x2, YELLOW: 0x4, BLUE: 0x8, NAVIGATION: 0x10, VCR: 0x20, SCROLL: 0x40, INFO: 0x80, NUMERIC: 0x100, ALPHA: 0x200,

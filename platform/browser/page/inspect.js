@@ -3,6 +3,8 @@
 (function () {
   'use strict';
 
+  const { Array, Error, JSON, Node, Object, String } = window;
+
   function quoted(value, depth) {
     return typeof value === 'string' ? JSON.stringify(value) : inspectAny(value, depth);
   }

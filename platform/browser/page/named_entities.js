@@ -4,6 +4,8 @@
 (function () {
   'use strict';
 
+  const { Element } = window;
+
   const { apply } = Reflect;
   const { getOwnPropertyDescriptor, defineProperty } = Object;
   const uncurry = (method) => Function.prototype.call.bind(method);

@@ -23,8 +23,16 @@
   const setMediaText = setter(MediaList.prototype, 'mediaText');
   const getAttribute = uncurry(Element.prototype.getAttribute);
   const setAttribute = uncurry(Element.prototype.setAttribute);
+  const find = uncurry(RegExp.prototype.exec);
   const replace = uncurry(String.prototype.replace);
+  const readyState = getter(Document.prototype, 'readyState');
+  const isConnected = getter(Node.prototype, 'isConnected');
+  const sheetOfLink = getter(HTMLLinkElement.prototype, 'sheet');
+  const sheetOfStyle = getter(HTMLStyleElement.prototype, 'sheet');
+  const nextFrame = window.requestAnimationFrame.bind(window);
+  const now = performance.now.bind(performance);
 
+  const kPatience = 10000;  // milliseconds; not every sheet comes
   const kTelevision = /(^|,)(\s*(?:(?:only|not)\s+)?)tv(?![-\w(])/gi;
 
   function translated(queries) {
@@ -37,28 +45,31 @@
     if (wider !== queries) setMediaText(media, wider);
   }
 
+  // Of these functions the result is whether all that is imported is there.
   function widenRules(rules) {
+    let isWhole = true;
     for (let i = 0; i < rules.length; i += 1) {
       const rule = rules[i];
       if (rule instanceof CSSImportRule) {
         widen(mediaOfImport(rule));
-        widenSheet(imported(rule));
+        isWhole = widenSheet(imported(rule)) && isWhole;
       } else if (rule instanceof CSSGroupingRule) {
         if (rule instanceof CSSMediaRule) widen(mediaOfRule(rule));
         widenRules(rulesOfGroup(rule));
       }
     }
+    return isWhole;
   }
 
   function widenSheet(sheet) {
-    if (sheet === null) return;  // not there yet
+    if (sheet === null) return false;
     let rules = [];
     try {
       rules = rulesOfSheet(sheet);
     } catch {
-      return;  // of another origin: not to be read
+      return true;  // of another origin: not to be read
     }
-    widenRules(rules);
+    return widenRules(rules);
   }
 
   function widenAll() {
@@ -78,12 +89,44 @@
     if (wider !== queries) setAttribute(link, 'media', wider);
   }
 
+  // A sheet applies some time before its element's event, and a frame may be painted meanwhile: until all of it is there it is looked at
+  // before each frame.
+  let awaited = [];  // {element, until}
+  let isLooking = true;  // while the document loads, too: before what the page does in the frame
+
+  function sheetOf(element) {
+    return element instanceof HTMLLinkElement ? sheetOfLink(element) : sheetOfStyle(element);
+  }
+
+  function widenAwaited() {
+    const before = awaited;
+    awaited = [];
+    isLooking = false;
+    for (let i = 0; i < before.length; i += 1) {
+      const { element, until } = before[i];
+      if (!widenSheet(sheetOf(element)) && isConnected(element) && now() < until) expectSheet(element, until);
+    }
+    if (readyState(document) === 'loading') look();
+  }
+
+  function look() {
+    if (!isLooking) nextFrame(widenAwaited);
+    isLooking = true;
+  }
+
+  function expectSheet(element, until) {
+    awaited[awaited.length] = { element, until };
+    look();
+  }
+
   let areSheetsNew = false;
 
   function elementAdded(element) {
-    if (element instanceof HTMLLinkElement) linkAdded(element);
-    else if (!(element instanceof HTMLStyleElement)) return;
+    const isLink = element instanceof HTMLLinkElement;
+    if (!isLink && !(element instanceof HTMLStyleElement)) return;
+    if (isLink) linkAdded(element);
     areSheetsNew = true;
+    if (!isLink || find(/\bstylesheet\b/i, getAttribute(element, 'rel') || '') !== null) expectSheet(element, now() + kPatience);
   }
 
   function nodeAdded(node, parent) {
@@ -102,6 +145,8 @@
     if (target === document || target instanceof HTMLLinkElement || target instanceof HTMLStyleElement) widenAll();
   }, true);
   listen(document, 'DOMContentLoaded', widenAll);
+
+  nextFrame(widenAwaited);
 
   const match = window.matchMedia;
   defineProperty(window, 'matchMedia', {
