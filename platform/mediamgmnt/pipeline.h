@@ -195,6 +195,10 @@ class Pipeline {
   bool isSourceSeekable() const;
   void limitVideoSize(GstElement* adaptiveDemux) const;
   void rememberSource(GstElement* source);
+  void askForRange(GstElement* source) const;
+  void noteAnswer(const GstStructure* answer);
+  void takeInOrder(GstElement* typefind);
+  static GstPadProbeReturn onSourceQuery(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void rememberDownload(GstElement* downloadBuffer);
 
   // pipeline_inputs.cc
@@ -298,6 +302,9 @@ class Pipeline {
   std::atomic<bool> m_adaptive{false};
   std::atomic<bool> m_typeHandled{false};
   std::atomic<bool> m_sourceEnded{false};
+  std::atomic<bool> m_hasRanges{true};
+  std::atomic<bool> m_indexFirst{false};
+  std::atomic<bool> m_comesInOrder{false};  ///< no other place can be asked for
   std::atomic<bool> m_endsPass{false};
   std::atomic<bool> m_inputsBegun{false};  ///< of an adaptive source: a buffer has passed since there are these inputs
   std::mutex m_keptEndsMutex;

@@ -22,6 +22,8 @@ constexpr guint kSourceTimeoutSeconds = 12;
 /// A download thread that does not come by in this time is stuck.
 constexpr std::chrono::milliseconds kCancelPatience{1000};
 
+constexpr guint kPartialContent = 206;  // RFC 9110, 15.3.7
+
 bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
 bool hasProperty(GstElement* element, const char* name) {
@@ -60,11 +62,13 @@ void Pipeline::onSourceSetup(GstElement*, GstElement* source, gpointer self) {
     pipeline->m_sourceEnded = true;  // all of it is there from the start
   } else {
     pipeline->rememberSource(source);
+    pipeline->askForRange(source);
   }
   GstPad* const pad = gst_element_get_static_pad(source, "src");
   if (pad == nullptr) return;
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &Pipeline::onSourceEvent, self, nullptr);
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_UPSTREAM, &Pipeline::onSourceSeek, self, nullptr);
+  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_QUERY_UPSTREAM, &Pipeline::onSourceQuery, self, nullptr);
   gst_object_unref(pad);
 }
 
@@ -85,9 +89,43 @@ GstPadProbeReturn Pipeline::onSourceEvent(GstPad*, GstPadProbeInfo* info, gpoint
   switch (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info))) {
     case GST_EVENT_EOS: pipeline->m_sourceEnded = true; break;
     case GST_EVENT_SEGMENT: pipeline->m_sourceEnded = false; break;  // it was asked for another place
+    case GST_EVENT_CUSTOM_DOWNSTREAM_STICKY: pipeline->noteAnswer(gst_event_get_structure(GST_PAD_PROBE_INFO_EVENT(info))); break;
     default: break;
   }
   return GST_PAD_PROBE_OK;
+}
+
+/// A server need not say that it has ranges, but answers a request for one otherwise when it has none. Manifests are never sought
+/// in.
+void Pipeline::askForRange(GstElement* source) const {
+  if (!hasProperty(source, "extra-headers") || isAdaptiveType(m_settings.declaredType)) return;
+  GstStructure* const headers = gst_structure_new("extra-headers", "Range", G_TYPE_STRING, "bytes=0-", nullptr);
+  g_object_set(source, "extra-headers", headers, nullptr);
+  gst_structure_free(headers);
+}
+
+void Pipeline::noteAnswer(const GstStructure* answer) {
+  guint status = 0;
+  if (!gst_structure_has_name(answer, "http-headers") || !gst_structure_get_uint(answer, "http-status-code", &status)) return;
+  const GValue* const headers = gst_structure_get_value(answer, "response-headers");
+  const GstStructure* const fields = headers == nullptr ? nullptr : gst_value_get_structure(headers);
+  const char* const ranges = fields == nullptr ? nullptr : gst_structure_get_string(fields, "Accept-Ranges");
+  m_hasRanges =
+      status == kPartialContent || (ranges != nullptr && std::string_view(ranges).find("bytes") != std::string_view::npos);
+  GstElement* const source = referenceTo(m_source);
+  if (source == nullptr) return;
+  g_object_set(source, "extra-headers", nullptr, nullptr);  // from now on it asks for places itself
+  gst_object_unref(source);
+}
+
+/// The source takes itself to be seekable unless its server says that it has no ranges.
+GstPadProbeReturn Pipeline::onSourceQuery(GstPad*, GstPadProbeInfo* info, gpointer self) {
+  GstQuery* const query = GST_PAD_PROBE_INFO_QUERY(info);
+  if (GST_QUERY_TYPE(query) != GST_QUERY_SEEKING || !static_cast<Pipeline*>(self)->m_comesInOrder) return GST_PAD_PROBE_OK;
+  GstFormat format = GST_FORMAT_UNDEFINED;
+  gst_query_parse_seeking(query, &format, nullptr, nullptr, nullptr);
+  gst_query_set_seeking(query, format, FALSE, 0, -1);
+  return GST_PAD_PROBE_HANDLED;
 }
 
 void Pipeline::onElementAdded(GstBin*, GstBin* parent, GstElement* element, gpointer self) {
@@ -134,6 +172,7 @@ GstPadProbeReturn Pipeline::onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpo
   auto* const pipeline = static_cast<Pipeline*>(self);
   const std::string bytes = firstBytesOf(buffer);
   pipeline->m_fragmented = isFragmentedMp4(bytes);
+  pipeline->m_indexFirst = hasWholeIndexFirst(bytes);
   const std::string text = capsToForce(bytes, pipeline->m_settings.declaredType);
   if (text.empty()) return GST_PAD_PROBE_REMOVE;
 
@@ -146,15 +185,27 @@ GstPadProbeReturn Pipeline::onFirstBytes(GstPad* pad, GstPadProbeInfo* info, gpo
   return GST_PAD_PROBE_REMOVE;
 }
 
-void Pipeline::onTypeFound(GstElement*, guint, GstCaps* caps, gpointer self) {
+void Pipeline::onTypeFound(GstElement* typefind, guint, GstCaps* caps, gpointer self) {
   auto* const pipeline = static_cast<Pipeline*>(self);
   const std::string name = gst_structure_get_name(gst_caps_get_structure(caps, 0));
   pipeline->m_adaptive = name == "application/dash+xml" || name == "application/x-hls";
   pipeline->m_declaresDuration = pipeline->m_adaptive || name == "video/quicktime";
   pipeline->m_transportStream = name == "video/mpegts";
+  const bool readsElsewhere = pipeline->m_transportStream || (name == "video/quicktime" && !pipeline->m_indexFirst);
+  if (readsElsewhere && !pipeline->m_hasRanges) pipeline->takeInOrder(typefind);
   // GStreamer would wait for ever for somebody to take these.
   const bool segmentsOutOfReach = pipeline->m_adaptive && startsWith(pipeline->m_settings.url, "file:");  // fetched over HTTP only
   if (startsWith(name, "text/") || name == "application/xml" || segmentsOutOfReach) pipeline->reportUnplayable();
+}
+
+/// A demuxer that may read where it likes begins with the end of a file, and a server without ranges refuses that. Without a
+/// download it reads what comes.
+void Pipeline::takeInOrder(GstElement* typefind) {
+  GstObject* const parent = gst_object_get_parent(GST_OBJECT(typefind));
+  if (parent == nullptr) return;
+  m_comesInOrder = true;
+  g_object_set(parent, "download", FALSE, nullptr);
+  gst_object_unref(parent);
 }
 
 void Pipeline::onTypeHandled(GstElement*, guint, GstCaps*, gpointer self) { static_cast<Pipeline*>(self)->m_typeHandled = true; }

@@ -8,6 +8,8 @@
 namespace mediamgmnt {
 namespace {
 
+constexpr std::size_t kBoxHead = 8;  // size and type
+constexpr char kDashType[] = "application/dash+xml";
 constexpr char kDashCaps[] = "application/dash+xml";
 constexpr char kHlsCaps[] = "application/x-hls";
 constexpr char kMp4Caps[] = "video/quicktime, variant=(string)iso";
@@ -46,6 +48,16 @@ bool isOneOf(std::string_view value, std::initializer_list<std::string_view> nam
   return std::find(names.begin(), names.end(), value) != names.end();
 }
 
+bool isHlsType(std::string_view type) {
+  return isOneOf(type, {"application/vnd.apple.mpegurl", "application/x-mpegurl", "audio/mpegurl", "audio/x-mpegurl"});
+}
+
+std::size_t bigEndian(std::string_view fourBytes) {
+  std::size_t number = 0;
+  for (const char byte : fourBytes.substr(0, 4)) number = number << 8 | static_cast<unsigned char>(byte);
+  return number;
+}
+
 }  // namespace
 
 bool isFragmentedMp4(std::string_view firstBytes) {
@@ -53,16 +65,31 @@ bool isFragmentedMp4(std::string_view firstBytes) {
   return isMp4(bytes) && (bytes.find("mvex") != std::string_view::npos || bytes.find("moof") != std::string_view::npos);
 }
 
+bool hasWholeIndexFirst(std::string_view firstBytes) {
+  std::string_view rest = firstBytes.substr(0, kSniffBytes);
+  if (!isMp4(rest) || isFragmentedMp4(rest)) return false;
+  while (rest.size() >= kBoxHead) {
+    const std::string_view type = rest.substr(4, 4);
+    if (type == "moov") return true;
+    const std::size_t size = bigEndian(rest);
+    if (type == "mdat" || size < kBoxHead || size > rest.size()) return false;
+    rest.remove_prefix(size);
+  }
+  return false;
+}
+
+bool isAdaptiveType(std::string_view declaredMimeType) {
+  const std::string type = bareType(declaredMimeType);
+  return type == kDashType || isHlsType(type);
+}
+
 std::string capsToForce(std::string_view firstBytes, std::string_view declaredMimeType) {
   const std::string_view bytes = firstBytes.substr(0, kSniffBytes);
   if (isXmlLike(bytes) && bytes.find("<MPD") != std::string_view::npos) return kDashCaps;
 
   const std::string type = bareType(declaredMimeType);
-  if (type == "application/dash+xml" && isXmlLike(bytes) && !isHtml(bytes)) return kDashCaps;
-  if (isOneOf(type, {"application/vnd.apple.mpegurl", "application/x-mpegurl", "audio/mpegurl", "audio/x-mpegurl"}) &&
-      isPlaylist(bytes)) {
-    return kHlsCaps;
-  }
+  if (type == kDashType && isXmlLike(bytes) && !isHtml(bytes)) return kDashCaps;
+  if (isHlsType(type) && isPlaylist(bytes)) return kHlsCaps;
   if (isOneOf(type, {"video/mp4", "audio/mp4"}) && isMp4(bytes)) return kMp4Caps;
   if (isOneOf(type, {"video/mpeg", "video/mp2t", "video/vnd.dlna.mpeg-tts"}) && isTransportStream(bytes)) return kTsCaps;
   return {};

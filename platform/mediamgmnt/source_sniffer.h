@@ -21,4 +21,10 @@ std::string capsToForce(std::string_view firstBytes, std::string_view declaredMi
 /// Says whether an MP4 file keeps its media in fragments.
 bool isFragmentedMp4(std::string_view firstBytes);
 
+/// Says whether an MP4 file begins with the index of all its media, so that nothing behind them is needed to play it.
+bool hasWholeIndexFirst(std::string_view firstBytes);
+
+/// Says whether the declared MIME type is that of a manifest or playlist.
+bool isAdaptiveType(std::string_view declaredMimeType);
+
 }  // namespace mediamgmnt

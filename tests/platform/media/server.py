@@ -253,6 +253,28 @@ class Handler(socketserver.StreamRequestHandler):
                     break
         raise ConnectionError()
 
+    def faultPlain(self, request, path):
+        """As a simple server does: the length, no ranges, and no word about them."""
+        with open(os.path.join(self.server.root, path), "rb") as file:
+            body = file.read()
+        head = self.head(request, 200, len(body), TYPES[os.path.splitext(path)[1]])
+        self.request.sendall(head.replace(b"Accept-Ranges: bytes\r\n", b""))
+        if request.method == "HEAD":
+            return
+        for at in range(0, len(body), 20000):
+            self.request.sendall(body[at:at + 20000])
+            if self.server.stopping.wait(0.05):
+                break
+
+    def faultQuiet(self, request, path):
+        """Ranges, but no word about them."""
+        head = self.head
+        self.head = lambda *arguments: head(*arguments).replace(b"Accept-Ranges: bytes\r\n", b"")
+        try:
+            self.sendFile(request, path)
+        finally:
+            del self.head
+
     def faultHang(self, _request, _path):
         self.waitUntilGone()
 
@@ -282,7 +304,7 @@ class Handler(socketserver.StreamRequestHandler):
 
 ROUTES = [
     ("/fault/status/", Handler.faultStatus), ("/fault/close/", Handler.faultClose), ("/fault/stall/", Handler.faultStall),
-    ("/fault/stream/", Handler.faultStream),
+    ("/fault/stream/", Handler.faultStream), ("/fault/plain/", Handler.faultPlain), ("/fault/quiet/", Handler.faultQuiet),
     ("/fault/hang", Handler.faultHang), ("/fault/drop", Handler.faultDrop), ("/slow/", Handler.sendSlowly),
     ("/redirect/", Handler.sendRedirect), ("/requests", Handler.sendRequests), ("/live/", Handler.sendLive),
 ]

@@ -270,6 +270,32 @@ TEST(SeekTest, ThatTheServerHasNoRangesForLeavesThePresentationGoingOn_Transport
   expectARefusedSeekLeavesItGoingOn(SampleServer::instance().url("fault/stream/two.ts"));
 }
 
+void expectPlays(const std::string& url) {
+  TestPlayer player;
+  player.start(url);
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") > 500; })) << testing::PrintToString(player.words());
+}
+
+TEST(RangeTest, ServersWithoutThemArePlayedFrom_TransportStream) {
+  expectPlays(SampleServer::instance().url("fault/plain/two.ts"));
+}
+TEST(RangeTest, ServersWithoutThemArePlayedFrom_FragmentedMp4) {
+  expectPlays(SampleServer::instance().url("fault/plain/frag.mp4"));
+}
+TEST(RangeTest, ServersWithoutThemArePlayedFrom_IndexBehindTheMedia) {
+  expectPlays(SampleServer::instance().url("fault/plain/tail.mp4"));
+}
+TEST(RangeTest, ServersWithoutThemArePlayedFrom_IndexFirst) { expectPlays(SampleServer::instance().url("fault/plain/two.mp4")); }
+
+TEST(RangeTest, AreUsedWhereTheServerSaysNothingOfThem) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url("fault/quiet/two.ts"));
+
+  player.command("SEEK", "15000.00");
+
+  EXPECT_TRUE(TestPlayer::eventually([&] { return player.number("POSITION") >= 14000; }, 10)) << player.number("POSITION");
+}
+
 void expectPlaysTwice(const std::string& url) {
   TestPlayer player;
   player.set("LOOP", "2");
