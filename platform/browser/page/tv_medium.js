@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// (listen, matching) -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for "screen" do. The
-// engine takes a television's medium for one that nothing is. apply() is to be called after nodes have been added. widenRules(rules)
-// does it to the rules of a sheet that is not the document's. listen: see listeners.js; matching: see elements.js
+// (listen, matching) -> {nodeAdded(node, parent), apply(), widenRules(rules)}: style sheets for the medium "tv" apply, as those for
+// "screen" do. The engine takes a television's medium for one that nothing is. apply() is to be called after nodes have been added.
+// widenRules(rules) does it to the rules of a sheet that is not the document's. listen: see listeners.js; matching: see elements.js
 (function (listen, matching) {
   'use strict';
 
@@ -45,7 +45,7 @@
     if (wider !== queries) setMediaText(media, wider);
   }
 
-  // Of these functions the result is whether all that is imported is there.
+  // These two return whether all that is imported is there.
   function widenRules(rules) {
     let isWhole = true;
     for (let i = 0; i < rules.length; i += 1) {
