@@ -6,8 +6,15 @@
 namespace mediamgmnt {
 namespace {
 
+constexpr unsigned int kRangeNotSatisfiable = 416;  // RFC 9110, 15.5.17
+
 Failure connectionFailure(const FailureContext& context) {
   return context.connected ? Failure::ConnectionLost : Failure::CannotConnect;
+}
+
+/// So a server answers the request for all of a file that has no bytes.
+bool isEmptyFile(const FailureContext& context) {
+  return context.fromSource && !context.mediaArrived && context.httpStatus == kRangeNotSatisfiable;
 }
 
 /// GStreamer has a code of its own for a few of these only.
@@ -17,6 +24,7 @@ bool isRefused(int code, const FailureContext& context) {
 }
 
 Failure classifyResource(int code, const FailureContext& context) {
+  if (isEmptyFile(context)) return Failure::FormatNotSupported;
   // A missing segment of a presentation that has begun: the content is there, this place of it is not.
   if (isRefused(code, context) && context.fromAdaptiveDemux && context.mediaArrived) return Failure::NotAvailableAtPosition;
   if (isRefused(code, context)) return Failure::ContentNotAvailable;
