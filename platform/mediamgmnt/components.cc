@@ -37,6 +37,10 @@ bool orderLike(const ComponentList& model, ComponentList& list, IsSame isSame) {
 
 bool isSameStream(const Component& one, const Component& other) { return one.stream == other.stream; }
 
+bool looksAlikeInPlace(const ComponentList& one, const ComponentList& other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(), looksAlike);
+}
+
 }  // namespace
 
 std::size_t Components::length(ComponentKind kind, bool active) const {
@@ -46,10 +50,26 @@ std::size_t Components::length(ComponentKind kind, bool active) const {
       std::count_if(m_list.begin(), m_list.end(), [=](const Component& each) { return each.kind == kind; }));
 }
 
-std::optional<std::string> Components::record(ComponentKind kind, bool active, std::size_t index) const {
+std::optional<std::string> Components::record(ComponentKind kind, bool active, std::size_t index) {
   std::lock_guard lock(m_mutex);
   const Component* const component = !active ? atLocked(kind, index) : index == 0 ? activeLocked(kind) : nullptr;
-  return component != nullptr ? std::optional<std::string>(recordOf(*component)) : std::nullopt;
+  if (component == nullptr) return std::nullopt;
+  const std::optional<std::size_t> place = placeLocked(*component);
+  if (!place || *place == 0) return recordOf(*component);
+  std::map<std::size_t, std::string>& told = m_told[indexOf(kind)];
+  if (!active) return told[*place] = recordOf(*component);
+  const auto known = told.find(*place);
+  return known != told.end() ? known->second : recordOf(*component);
+}
+
+/// Among those of its kind; none where the list has another one in its stead.
+std::optional<std::size_t> Components::placeLocked(const Component& component) const {
+  std::size_t place = 0;
+  for (const Component& each : m_list) {
+    if (&each == &component) return place;
+    if (each.kind == component.kind) ++place;
+  }
+  return std::nullopt;
 }
 
 /// As the present list has it: what is known of a stream grows while it plays.
@@ -134,6 +154,7 @@ void Components::forgetSource() {
   m_next.clear();
   m_decoded.clear();
   m_previous.clear();
+  m_told = {};
   m_generation = m_previousGeneration = 0;
   m_states = {};
 }
@@ -187,7 +208,9 @@ bool Components::isPresentingLocked() const {
 /// page holds still mean the same.
 void Components::adoptLocked(ComponentList list) {
   settleWishesLocked(list);
-  if (isPresentingLocked()) {
+  const bool presenting = isPresentingLocked();
+  const unsigned generation = m_generation;
+  if (presenting) {
     if (!orderLike(m_list, list, isSameStream) && !orderLike(m_list, list, looksAlike)) {
       arrangeLocked(list);
       ++m_generation;
@@ -198,8 +221,9 @@ void Components::adoptLocked(ComponentList list) {
     arrangeLocked(list);
     m_generation = m_previous.empty() ? 0 : m_previousGeneration + 1;
   }
-  const std::string generation = m_generation > 0 ? std::to_string(m_generation + 1) : "";
-  for (Component& each : list) each.generation = generation;
+  if (m_generation != generation || (!presenting && !looksAlikeInPlace(m_list, list))) m_told = {};
+  const std::string name = m_generation > 0 ? std::to_string(m_generation + 1) : "";
+  for (Component& each : list) each.generation = name;
   m_list = std::move(list);
 }
 

@@ -39,6 +39,7 @@ struct DecodedFacts {
 ///
 /// A list begins with the component that is presented first, of each kind; the others follow in the source's order. The object of a
 /// component that a page has met first among the active ones is selected by its place there, which is 0: so it is the right one.
+/// What is known of the others grows when they are presented; the record of an active one follows once the list has told it.
 /// A list that takes the place of another one that differs has its number in each record, so that no record of it is taken for one
 /// of the other's.
 ///
@@ -48,7 +49,7 @@ class Components {
   explicit Components(const Preferences& preferences) : m_preferences(preferences) {}
 
   std::size_t length(ComponentKind kind, bool active) const;
-  std::optional<std::string> record(ComponentKind kind, bool active, std::size_t index) const;
+  std::optional<std::string> record(ComponentKind kind, bool active, std::size_t index);
 
   /// The wishes. False is a refusal: nothing like it is in the list. Without a list, before the first play, an index is taken on
   /// trust.
@@ -105,6 +106,7 @@ class Components {
   const Component* activeLocked(ComponentKind kind) const;
   const Component* chosenLocked(ComponentKind kind, const ComponentList& list) const;
   const Component* defaultLocked(ComponentKind kind, const ComponentList& list) const;
+  std::optional<std::size_t> placeLocked(const Component& component) const;
   const Component* atLocked(ComponentKind kind, std::size_t index) const;
   const Component* byRecordLocked(std::string_view record) const;
   void wishLocked(ComponentKind kind, Wish wish);
@@ -119,6 +121,7 @@ class Components {
   mutable std::mutex m_mutex;
   ComponentList m_list;  // guarded by m_mutex, like all below; in the order that pages see
   ComponentList m_next;  // of the streams that follow; in the source's order
+  std::array<std::map<std::size_t, std::string>, kComponentKinds.size()> m_told;  ///< the records of m_list by their places
   unsigned m_generation = 0;
   ComponentList m_previous;  ///< of the last presentation of the same source
   unsigned m_previousGeneration = 0;

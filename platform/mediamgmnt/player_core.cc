@@ -203,7 +203,7 @@ bool PlayerCore::reportProperty(std::string_view key, std::string& value) {
   return text.has_value();
 }
 
-bool PlayerCore::componentProperty(std::string_view key, std::string& value) const {
+bool PlayerCore::componentProperty(std::string_view key, std::string& value) {
   const std::optional<ComponentQuery> query = parseComponentQuery(key);
   if (!query) return false;
   if (!query->index) {

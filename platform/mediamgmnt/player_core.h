@@ -59,7 +59,7 @@ class PlayerCore : public std::enable_shared_from_this<PlayerCore> {
   void applyWindow();
   bool selection(std::string_view name, std::string_view argument);
   bool reportProperty(std::string_view key, std::string& value);
-  bool componentProperty(std::string_view key, std::string& value) const;
+  bool componentProperty(std::string_view key, std::string& value);
 
   const unsigned long m_handle;
   PlaybackFacts m_facts;

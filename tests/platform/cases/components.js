@@ -150,6 +150,30 @@ const actions = {
     await active("eng");
     await listen();
   },
+  async active_again() {
+    // What is known of a sound grows when it is first heard. A page that looks at it then can still select each of them.
+    video.addEventListener("SelectedComponentChanged", () => activeLanguages());
+    await subject.play();
+    const [english, german] = [inLanguage("eng"), inLanguage("deu")];
+    await listen();
+    select(german);
+    await active("deu");
+    checkEqual(video.getCurrentActiveComponents(AUDIO).item(0).audioChannels, german.audioChannels, "audioChannels told before");
+    await listen();
+    select(english);
+    await active("eng");
+    await listen();
+    select(inLanguage("deu"));
+    await active("deu");
+    await listen();
+    checkEqual(video.getCurrentActiveComponents(AUDIO).item(0).audioChannels, 2, "audioChannels once they are known");
+    select(english);
+    await active("eng");
+    await listen();
+    select(german);
+    await active("deu");
+    await listen();
+  },
   async subtitles() {
     await subject.play();
     const german = all(video.getComponents(SUBTITLE)).find((text) => text.language === "deu");

@@ -55,7 +55,7 @@ class TrackListsTest : public testing::Test {
       m_components.show(kind, choice[kind].shown);
     }
   }
-  std::vector<std::string> languages(ComponentKind kind, bool active = false) const {
+  std::vector<std::string> languages(ComponentKind kind, bool active = false) {
     std::vector<std::string> found;
     for (std::size_t i = 0; i < m_components.length(kind, active); ++i) {
       const std::string record = m_components.record(kind, active, i).value_or("");
@@ -65,7 +65,7 @@ class TrackListsTest : public testing::Test {
     }
     return found;
   }
-  std::string activeSound() const { return m_components.record(ComponentKind::Audio, true, 0).value_or("none"); }
+  std::string activeSound() { return m_components.record(ComponentKind::Audio, true, 0).value_or("none"); }
 
   Preferences m_preferences;
   Components m_components{m_preferences};
@@ -255,6 +255,51 @@ TEST_F(TrackListsTest, WhatTheDecoderKnowsCompletesTheRecord) {
 
   EXPECT_EQ(activeSound(), "1||0|1|0|||0|||eng|0|6|");
   EXPECT_EQ(m_components.record(ComponentKind::Audio, false, 0), activeSound());
+}
+
+/// A page's object is selected by the place at which its record was first read, and among the active ones that is the first.
+class GrowingTrackTest : public TrackListsTest {
+ protected:
+  GrowingTrackTest() {
+    begin({sound(1, "eng"), sound(2, "deu")});
+    m_listed = told(1);
+  }
+  std::string told(std::size_t index) { return m_components.record(ComponentKind::Audio, false, index).value_or("none"); }
+  void hearTheSecond() {
+    m_components.select(ComponentKind::Audio, 1);
+    m_components.present(ComponentKind::Audio, &streams[2], DecodedFacts{6, 0});
+  }
+
+  std::string m_listed;
+};
+
+TEST_F(GrowingTrackTest, IsActiveAsTheListToldIt) {
+  hearTheSecond();
+
+  EXPECT_EQ(activeSound(), m_listed);
+}
+
+TEST_F(GrowingTrackTest, IsActiveAsItHasBecomeOnceTheListHasToldThat) {
+  hearTheSecond();
+
+  const std::string grown = told(1);
+
+  EXPECT_EQ(grown, "1||0|2|0|||0|||deu|0|6|");
+  EXPECT_EQ(activeSound(), grown);
+}
+
+TEST_F(GrowingTrackTest, IsActiveAsTheListToldItWhenTheSourceIsPresentedOnceMore) {
+  begin({sound(1, "eng"), sound(2, "deu")});
+  hearTheSecond();
+
+  EXPECT_EQ(activeSound(), m_listed);
+}
+
+TEST_F(GrowingTrackTest, IsNotTakenForOneOfAnotherList) {
+  begin({sound(1, "fra"), sound(2, "ita")});
+  hearTheSecond();
+
+  EXPECT_EQ(activeSound(), "1||0|2|0|2||0|||ita|0|6|");
 }
 
 TEST(PreferencesTest, TakesListsInEveryForm) {
