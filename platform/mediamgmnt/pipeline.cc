@@ -105,10 +105,12 @@ bool Pipeline::seek(double rate, std::int64_t place, GstSeekFlags extraFlags) {
   const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | (hasPeriods() ? withoutSnap(extraFlags) : extraFlags));
   const bool prerollReported = std::exchange(m_prerollReported, false);
   const bool backwards = std::exchange(m_backwards, rate < 0);
-  m_room.bound(m_decoder, true);
   holdText();
   const std::optional<double> soughtBefore = noteSought(static_cast<double>(target) / 1e9);
-  if (sendSeek(rate, target, flags)) return true;
+  m_room.bound(m_decoder, m_adaptive);  // who waits for room at the end of a file holds what the seek needs
+  const bool taken = sendSeek(rate, target, flags);
+  m_room.bound(m_decoder, true);
+  if (taken) return true;
   noteSought(soughtBefore);
   releaseText();
   m_backwards = backwards;

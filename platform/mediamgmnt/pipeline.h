@@ -7,6 +7,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -26,6 +27,7 @@
 #include "platform/mediamgmnt/error_map.h"
 #include "platform/mediamgmnt/fetched_media.h"
 #include "platform/mediamgmnt/http_fetch.h"
+#include "platform/mediamgmnt/input_progress.h"
 #include "platform/mediamgmnt/key_session.h"
 #include "platform/mediamgmnt/protection_facts.h"
 #include "platform/mediamgmnt/rating.h"
@@ -130,6 +132,12 @@ class Pipeline {
   bool hasAudioOrVideo() const { return m_linked > 0; }
   /// The container says how long the medium is; transport streams and plain audio only have guesses.
   bool declaresDuration() const { return m_declaresDuration; }
+  /// All that the source has was taken apart, and nothing of it lasts for that long.
+  bool isAllShorterThan(std::chrono::nanoseconds length) const;
+  /// Something was taken apart to its end since the last seek.
+  bool hasDemuxedAnEnd() const { return m_progress.hasEnd(); }
+  /// All sound and all pictures of a source that is not adaptive have been presented.
+  bool isMediaOver() const;
   /// What is known of the duration may be less than there is: so of MP4 fragments, of which GStreamer 1.22 knows those it has met.
   bool mayLastLonger() const { return !m_declaresDuration || m_fragmented; }
   /// The source has given all that it has, and nothing that could be played was found in it.
@@ -307,6 +315,7 @@ class Pipeline {
   std::atomic<bool> m_comesInOrder{false};  ///< no other place can be asked for
   std::atomic<bool> m_endsPass{false};
   std::atomic<bool> m_inputsBegun{false};  ///< of an adaptive source: a buffer has passed since there are these inputs
+  InputProgress m_progress;                ///< of a source that is not adaptive
   std::mutex m_keptEndsMutex;
   std::list<std::shared_ptr<GstElement>> m_keptEnds;  ///< guarded by m_keptEndsMutex: inputs whose end follows the first buffer
   std::atomic<bool> m_mediaArrived{false};            ///< something was fetched that could be taken apart

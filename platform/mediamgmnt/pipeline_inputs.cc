@@ -21,6 +21,8 @@ GstStreamType typeOf(GstPad* pad) {
   return type;
 }
 
+bool isMedia(GstStreamType type) { return type == GST_STREAM_TYPE_VIDEO || type == GST_STREAM_TYPE_AUDIO; }
+
 GstClockTime endOf(GstBuffer* buffer) {
   if (!GST_BUFFER_PTS_IS_VALID(buffer)) return 0;
   return GST_BUFFER_PTS(buffer) + (GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0);
@@ -71,7 +73,8 @@ GstSegment segmentFrom(double seconds) {
 /// Only its streaming thread's.
 struct Pipeline::Input {
   Pipeline* pipeline;
-  GstElement* element;   ///< the probe's pad is one of it
+  GstElement* element;  ///< the probe's pad is one of it
+  InputProgress::Id id;
   bool hasData = false;  ///< ever
   GstSegment segment = {};
   GstClockTime end = 0;  ///< of its last picture or sound
@@ -82,7 +85,7 @@ void Pipeline::watchInput(GstElement* element) {
   GstPad* const pad = gst_element_get_static_pad(element, "sink");
   constexpr auto kData = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH |
                                                       GST_PAD_PROBE_TYPE_BUFFER);
-  gst_pad_add_probe(pad, kData, &Pipeline::onInputData, new Input{this, element},
+  gst_pad_add_probe(pad, kData, &Pipeline::onInputData, new Input{this, element, m_progress.add()},
                     [](gpointer input) { delete static_cast<Input*>(input); });
   gst_object_unref(pad);
 }
@@ -94,25 +97,41 @@ GstPadProbeReturn Pipeline::onInputData(GstPad* pad, GstPadProbeInfo* info, gpoi
     input.pipeline->makeRoomForTracks(info);
     return input.pipeline->orderEnds(input, info);
   }
+  InputProgress& progress = input.pipeline->m_progress;
   if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
     input.end = std::max(input.end, endOf(GST_PAD_PROBE_INFO_BUFFER(info)));
     input.hasData = true;
+    progress.advance(input.id, std::chrono::nanoseconds(input.end));
     return GST_PAD_PROBE_OK;
   }
   GstEvent* const event = GST_PAD_PROBE_INFO_EVENT(info);
   switch (GST_EVENT_TYPE(event)) {
-    case GST_EVENT_FLUSH_STOP: input.segment = {}; break;
+    case GST_EVENT_FLUSH_STOP:
+      input.segment = {};
+      progress.restart(input.id);
+      break;
     case GST_EVENT_SEGMENT:
       gst_event_copy_segment(event, &input.segment);
       input.end = input.segment.start;
+      progress.describe(input.id, isMedia(typeOf(pad)));
       break;
     case GST_EVENT_EOS:
+      progress.finish(input.id);
       input.pipeline->holdEarlyEnd();
       if (input.hasData) input.pipeline->goOnWithout(input, typeOf(pad));
       break;
     default: break;
   }
   return GST_PAD_PROBE_OK;
+}
+
+bool Pipeline::isAllShorterThan(std::chrono::nanoseconds length) const { return m_adaptive || m_progress.isAllShorterThan(length); }
+
+/// The decoder of GStreamer 1.22 tells no end before that of timed text which goes on for longer.
+bool Pipeline::isMediaOver() const {
+  constexpr std::chrono::milliseconds kLastPicture{200};
+  const std::int64_t now = position();
+  return !m_adaptive && now != kUnknown && m_progress.isMediaOverAt(std::chrono::nanoseconds(now) + kLastPicture);
 }
 
 /// An adaptive demuxer of GStreamer 1.22 tells of another track, or that there is none, with a lock held, and if the decoder is
@@ -185,7 +204,7 @@ void Pipeline::letKeptEndsPass() {
 /// the others are sought behind that end, where some demuxers do not even begin a segment of it. What a video decoder still holds
 /// comes out before a still picture. Backwards, every stream ends at its beginning.
 void Pipeline::goOnWithout(Input& input, GstStreamType type) {
-  if (type != GST_STREAM_TYPE_VIDEO && type != GST_STREAM_TYPE_AUDIO) return;
+  if (!isMedia(type)) return;
   GstPad* const out = gst_element_get_static_pad(input.element, "src");
   if (input.segment.format == GST_FORMAT_UNDEFINED) {
     input.segment = segmentFrom(soughtSeconds().value_or(0));

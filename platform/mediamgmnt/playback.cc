@@ -12,7 +12,7 @@ namespace {
 constexpr std::chrono::milliseconds kLatestPauseAnswer{500};
 
 /// A medium that ends this much before its declared end is cut off.
-constexpr double kMissingEndMs = 1500;
+constexpr std::chrono::milliseconds kMissingEnd{1500};
 
 }  // namespace
 
@@ -278,7 +278,9 @@ bool Playback::endsTooEarly() const {
   const std::optional<long long> duration = m_facts.duration();
   if (m_live || showsKeyPicturesOnly() || !duration || !m_pipeline->declaresDuration()) return false;
   const std::int64_t position = m_pipeline->position();
-  return position != Pipeline::kUnknown && static_cast<double>(*duration) - pipelinePosition() > kMissingEndMs;
+  const std::chrono::milliseconds least = std::chrono::milliseconds(*duration) - kMissingEnd;
+  return position != Pipeline::kUnknown && pipelinePosition() < static_cast<double>(least.count()) &&
+         m_pipeline->isAllShorterThan(least);
 }
 
 /// The last picture stays on the plane until a stop or a new source.

@@ -18,6 +18,7 @@ constexpr milliseconds kUnderrunDebounce{120};
 constexpr milliseconds kConnectTimeout{10000};
 constexpr milliseconds kStarvedAfter{1000};
 constexpr milliseconds kEndExpectedAfter{300};
+constexpr milliseconds kEndOverdueAfter{600};
 constexpr double kNearEndMs = 1000;
 constexpr double kAtStartMs = 200;
 constexpr milliseconds kLostAfter{10000};
@@ -63,6 +64,7 @@ void Playback::tick() {
   m_tickTimer = m_loop.postAfter(kTick, [this] { tick(); });
   if (m_prerolled && (m_live || (m_durationGuessed && m_facts.duration() == 0))) learnWindow();
   if (m_running && m_announced && m_prerolled) followPosition();
+  if (m_pipeline == nullptr) return;  // that was the end
   announceTrickPosition();
   watchForStall();
 }
@@ -80,6 +82,8 @@ void Playback::followPosition() {
   } else if (!m_live && !m_endExpected && Clock::now() - m_lastMove > kEndExpectedAfter && awaitsEnd(position)) {
     m_endExpected = true;
     m_pipeline->makeRoomForTheEnd();
+  } else if (m_endExpected && m_rate > 0 && Clock::now() - m_lastMove > kEndOverdueAfter && m_pipeline->isMediaOver()) {
+    return onEnd();
   } else if (!m_starved && Clock::now() - m_lastMove > kStarvedAfter) {
     m_starved = true;
     m_facts.freezeAt(position);
@@ -96,8 +100,9 @@ void Playback::stretchDuration(double position) {
   if (position > static_cast<double>(*duration)) m_facts.setDuration(std::llround(position));
 }
 
-/// Backwards, the end is demuxed long before it is shown.
+/// Backwards, the end is demuxed long before it is shown. What is presented may end before what declares the duration.
 bool Playback::awaitsEnd(double position) const {
+  if (m_pipeline->hasDemuxedAnEnd()) return true;
   const std::optional<long long> duration = m_facts.duration();
   return m_rate < 0 || (duration && static_cast<double>(*duration) - position < kNearEndMs);
 }

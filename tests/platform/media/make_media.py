@@ -22,6 +22,7 @@ What is made (every picture is a moving test card, every sound a tone: 440 Hz En
     OUTDIR/bare.mp4                                                        fragments, and nothing that says how long they are in all
     OUTDIR/interlaced.ts                                                   a white bar, as high as the picture, 16 pixels further each field
     OUTDIR/uneven.mp4 uneven.ts                                            a picture that ends after a quarter of the sound
+    OUTDIR/longer.mp4 longer-text.mp4                                      German sound, or English text, that goes on after the rest
     OUTDIR/text.mp4 text-frag.mp4 dash/text.mpd                            English and German as timed text, a document a second; DASH
                                                                            also 200 documents ("fra") and odd ones ("ita")
     OUTDIR/hls/text.m3u8                                                   WebVTT in segments, with positions
@@ -139,6 +140,10 @@ class Set:
         uneven = ["-t", self.seconds // 4, *self.inputs("video.mp4", "eng.m4a"), "-map", "0:v", "-map", "1:a", "-c", "copy", *BIT_EXACT]
         ffmpeg(*uneven, "-movflags", "+faststart", out("uneven.mp4"))
         ffmpeg(*uneven, "-mpegts_flags", "+resend_headers", "-f", "mpegts", out("uneven.ts"))
+        quarter = [word for name in ("video.mp4", "eng.m4a") for word in ("-t", self.seconds // 4, *self.inputs(name))]
+        whole = ["-map", "0:v", "-map", "1:a", "-map", "2", "-c:v", "copy", "-c:a", "copy", *BIT_EXACT, *LANGUAGES, "-movflags", "+faststart"]
+        ffmpeg(*quarter, *self.inputs("deu.m4a"), *whole, out("longer.mp4"))
+        ffmpeg(*quarter, *self.inputs("eng.srt"), *whole, "-c:s", "mov_text", out("longer-text.mp4"))
 
     def makeTracks(self):
         """Files with more of everything: two pictures, three sounds, two subtitles."""

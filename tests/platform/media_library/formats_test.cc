@@ -295,6 +295,23 @@ TEST_P(UnevenTest, PlaysTheSoundToItsEnd) {
   EXPECT_NEAR(m_player.number("DURATION"), 4000, 200);
 }
 
+/// What nobody has selected goes on after the rest.
+using LongerTest = FormatTest;
+
+TEST_P(LongerTest, EndsWithWhatIsPresentedAndPlaysAgain) {
+  m_player.start(url());
+  m_player.waitFor([](const Words& words) { return count(words, "PLAY_SPEED_CHANGED") == 2; }, 20);
+  EXPECT_EQ(m_player.words(), (Words{"READY_TO_PLAY", "CONNECTED", "BUFFER_READY", "PLAYING", "PLAY_SPEED_CHANGED", "FINISHED",
+                                     "PLAY_SPEED_CHANGED"}));
+  m_player.forget();
+
+  m_player.command("PLAY", "1.00");
+
+  m_player.wordsUntil("PLAY_SPEED_CHANGED");
+  EXPECT_TRUE(reaches(200));
+  m_player.wordsUntil("FINISHED");
+}
+
 TEST_P(UnevenTest, PlaysOnFromWhereThereIsNoPicture) {
   m_player.start(url());
   ASSERT_TRUE(reaches(200));
@@ -348,6 +365,10 @@ TEST_P(TrickTest, WindsForwardToTheEnd) {
 INSTANTIATE_TEST_SUITE_P(Samples, TrickTest,
                          testing::Values(Format{"Mp4", "two.mp4", true}, Format{"TransportStream", "two.ts", true},
                                          Format{"Dash", "dash/av.mpd", true}, Format{"Hls", "hls/master.m3u8", true}),
+                         [](const auto& info) { return info.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Samples, LongerTest,
+                         testing::Values(Format{"Sound", "longer.mp4", true}, Format{"Text", "longer-text.mp4", true}),
                          [](const auto& info) { return info.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Samples, UnevenTest,
