@@ -268,6 +268,10 @@ class StatusTest(television.Case):
         run = self.browse("keys.html", "--wait", r"console.log('a\0b', 'x\ud800', 'y'), true")
         self.assertEqual(run.logged(), ["a\\x00b x\ufffd y"])
 
+    def test_a_logged_object_brings_no_window_with_it(self):
+        run = self.browse("keys.html", "--wait", "console.log({ window, self: [window], name: 'x' }), true", "--wait", "console.log(window), true")
+        self.assertEqual(run.logged(), ['{window: Window {…}, self: [Window {…}], name: "x"}', "Window {…}"])
+
     def test_what_a_page_says_in_windows_of_its_own_and_when_it_goes(self):
         run = self.browse("talking.html", "--wait", "location.search === '?gone' && done", status=1)
         self.assertEqual([line.split(" (")[0] for line in run.output.splitlines()],

@@ -12,6 +12,7 @@
   function inspectObject(value, depth) {
     if (value instanceof Error) return String(value);
     if (value instanceof Node) return '<' + value.nodeName.toLowerCase() + (value.id ? ' id="' + value.id + '"' : '') + '>';
+    if (value.window === value) return 'Window {…}';  // hundreds of names, which nobody looks for
     if (depth > 2) return Array.isArray(value) ? '[…]' : '{…}';
     if (Array.isArray(value)) return '[' + value.slice(0, 100).map((item) => quoted(item, depth + 1)).join(', ') + ']';
     const name = value.constructor && value.constructor !== Object ? value.constructor.name + ' ' : '';
