@@ -121,6 +121,8 @@ class Pipeline {
   bool seekableWindow(std::int64_t& start, std::int64_t& end) const;
 
   StreamReport report() const;
+  /// Of what must be downloaded to play, 100 being enough; 0 where that is not known. Nobody tells when it grows.
+  int downloadedPercent();
 
   /// To be called when nothing has moved for a while; they do no harm when nothing is wrong.
   void wakeDownload();
@@ -208,6 +210,7 @@ class Pipeline {
   void takeInOrder(GstElement* typefind);
   static GstPadProbeReturn onSourceQuery(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void rememberDownload(GstElement* downloadBuffer);
+  static GstPadProbeReturn onDownloadRead(GstPad* pad, GstPadProbeInfo* info, gpointer self);
 
   // pipeline_inputs.cc
   struct Input;
@@ -225,7 +228,7 @@ class Pipeline {
   void rememberAdaptiveDemux(GstElement* adaptiveDemux);
   GstElement* referenceTo(GstElement* const& element) const;
   void reportStore(StreamReport& out) const;
-  int storedPercent(GstMessage* message) const;
+  int storedPercent(GstMessage* message);
 
   void reportUnplayable();
 
@@ -316,6 +319,8 @@ class Pipeline {
   std::atomic<bool> m_endsPass{false};
   std::atomic<bool> m_inputsBegun{false};  ///< of an adaptive source: a buffer has passed since there are these inputs
   InputProgress m_progress;                ///< of a source that is not adaptive
+  std::atomic<guint64> m_readEnd{0};       ///< of the download: behind what was read last
+  std::atomic<bool> m_hasJumped{false};
   std::mutex m_keptEndsMutex;
   std::list<std::shared_ptr<GstElement>> m_keptEnds;  ///< guarded by m_keptEndsMutex: inputs whose end follows the first buffer
   std::atomic<bool> m_mediaArrived{false};            ///< something was fetched that could be taken apart
@@ -374,6 +379,7 @@ class Pipeline {
   std::vector<std::unique_ptr<HttpFetch>> m_licenceFetches;
   int m_selected = 0;  ///< audio and video streams that the selection names
   bool m_answered = false;
+  bool m_filling = true;  ///< the task loop's: too little is downloaded to play on
   bool m_prerollReported = false;
   bool m_backwards = false;
   bool m_textHeld = false;

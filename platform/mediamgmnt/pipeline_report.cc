@@ -9,16 +9,30 @@ namespace {
 
 constexpr double kNsPerMs = 1e6;
 
+/// Of a download, ahead of what is presented: with that much playback begins, and with less than that little it waits.
+constexpr long long kEnoughMs = 3000;
+constexpr long long kLittleMs = 300;
+
 /// A file is as long in time as in bytes, nearly.
+/// From there on without a gap. Bytes are taken to be spread evenly over the duration.
 std::optional<long long> downloadedMs(GstElement* download, std::int64_t positionNs, std::int64_t durationNs) {
   if (positionNs < 0 || durationNs <= 0) return std::nullopt;
   GstQuery* const query = gst_query_new_buffering(GST_FORMAT_PERCENT);
-  gint64 end = -1;
-  if (gst_element_query(download, query)) gst_query_parse_buffering_range(query, nullptr, nullptr, &end, nullptr);
+  std::optional<long long> milliseconds;
+  const guint ranges = gst_element_query(download, query) ? gst_query_get_n_buffering_ranges(query) : 0;
+  for (guint i = 0; i < ranges && !milliseconds; ++i) {
+    gint64 first = 0;
+    gint64 last = 0;
+    gst_query_parse_nth_buffering_range(query, i, &first, &last);
+    const auto atPart = [durationNs](gint64 part) {
+      return static_cast<double>(part) / GST_FORMAT_PERCENT_MAX * static_cast<double>(durationNs);
+    };
+    const auto position = static_cast<double>(positionNs);
+    if (atPart(first) <= position && position <= atPart(last))
+      milliseconds = static_cast<long long>((atPart(last) - position) / kNsPerMs);
+  }
   gst_query_unref(query);
-  if (end < 0) return std::nullopt;
-  const double endNs = static_cast<double>(end) / GST_FORMAT_PERCENT_MAX * static_cast<double>(durationNs);
-  return static_cast<long long>(std::max(0.0, endNs - static_cast<double>(positionNs)) / kNsPerMs);
+  return milliseconds;
 }
 
 long long bitRateAt(GstElement* sink) {
@@ -78,7 +92,7 @@ void Pipeline::reportStore(StreamReport& out) const {
 
 /// Of what is needed to play. The download buffer of GStreamer 1.22 tells of it on two threads, without a lock: that little is
 /// there may be heard after that all is, and would be the last word. So it is asked.
-int Pipeline::storedPercent(GstMessage* message) const {
+int Pipeline::storedPercent(GstMessage* message) {
   int percent = 0;
   gst_message_parse_buffering(message, &percent);
   GstElement* const download = referenceTo(m_download);
@@ -87,10 +101,26 @@ int Pipeline::storedPercent(GstMessage* message) const {
   gboolean isFilling = TRUE;
   if (GST_MESSAGE_SRC(message) == GST_OBJECT(download) && gst_element_query(download, query)) {
     gst_query_parse_buffering_percent(query, &isFilling, &percent);
+    if (isFilling) percent = std::max(percent, downloadedPercent());
   }
   gst_query_unref(query);
   gst_object_unref(download);
   return isFilling ? percent : 100;
+}
+
+/// The download buffer itself wants what takes 5 s to fetch, however long that plays.
+int Pipeline::downloadedPercent() {
+  GstElement* const download = referenceTo(m_download);
+  if (download == nullptr) return 0;
+  const std::int64_t from = position();
+  const std::int64_t length = duration();
+  const std::optional<long long> ahead = downloadedMs(download, from, length);
+  gst_object_unref(download);
+  if (!ahead) return 0;
+  const long long rest = (length - from) / static_cast<long long>(kNsPerMs);
+  if (*ahead >= std::min(kEnoughMs, rest)) m_filling = false;
+  if (*ahead < std::min(kLittleMs, rest)) m_filling = true;
+  return m_filling ? static_cast<int>(*ahead * 99 / kEnoughMs) : 100;
 }
 
 StreamReport Pipeline::report() const {

@@ -22,6 +22,10 @@ constexpr guint kSourceTimeoutSeconds = 12;
 /// A download thread that does not come by in this time is stuck.
 constexpr std::chrono::milliseconds kCancelPatience{1000};
 
+/// What the download buffer waits for rather than ask for it.
+constexpr guint64 kNearBytes = 512 * 1024;
+constexpr gulong kSettleUs = 20000;
+
 constexpr guint kPartialContent = 206;  // RFC 9110, 15.3.7
 
 bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
@@ -257,7 +261,24 @@ void Pipeline::cancelFetch() {
 
 void Pipeline::rememberDownload(GstElement* downloadBuffer) {
   std::lock_guard lock(m_padMutex);
-  if (m_download == nullptr) m_download = GST_ELEMENT(gst_object_ref(downloadBuffer));
+  if (m_download != nullptr) return;
+  m_download = GST_ELEMENT(gst_object_ref(downloadBuffer));
+  GstPad* const pad = gst_element_get_static_pad(downloadBuffer, "src");
+  constexpr auto kBeforeReads = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BLOCK | GST_PAD_PROBE_TYPE_PULL);
+  gst_pad_add_probe(pad, kBeforeReads, &Pipeline::onDownloadRead, this, nullptr);
+  gst_object_unref(pad);
+}
+
+/// The download buffer of GStreamer 1.22 asks for no other place while it is on its way to one, be it to fill a gap, but waits
+/// until the bytes in between have come as well. The index of MP4 fragments is read in two pieces from the end of the file: the
+/// second one waits until the buffer has settled after the first.
+GstPadProbeReturn Pipeline::onDownloadRead(GstPad*, GstPadProbeInfo* info, gpointer self) {
+  auto* const pipeline = static_cast<Pipeline*>(self);
+  const guint64 place = GST_PAD_PROBE_INFO_OFFSET(info);
+  const bool isJump = place > pipeline->m_readEnd + kNearBytes;
+  pipeline->m_readEnd = place + GST_PAD_PROBE_INFO_SIZE(info);
+  if (pipeline->m_hasJumped.exchange(isJump) && pipeline->m_fragmented && !pipeline->m_endsPass) g_usleep(kSettleUs);
+  return GST_PAD_PROBE_PASS;
 }
 
 /// The download buffer of GStreamer 1.22 asks its source for another place without its lock and then waits without looking whether

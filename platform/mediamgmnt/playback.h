@@ -153,6 +153,7 @@ class Playback final : private PipelineListener {
   bool awaitsEnd(double position) const;
   void announceTrickPosition();
   void noteProgress() { m_lastProgress = Clock::now(); }
+  void watchDownload();
   void watchForStall();
   void armConnectWatchdog();
   bool hasEnough() const;

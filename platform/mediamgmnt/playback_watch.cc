@@ -66,7 +66,13 @@ void Playback::tick() {
   if (m_running && m_announced && m_prerolled) followPosition();
   if (m_pipeline == nullptr) return;  // that was the end
   announceTrickPosition();
+  watchDownload();
   watchForStall();
+}
+
+void Playback::watchDownload() {
+  if (m_running || !m_prerolled || hasEnough()) return;
+  if (const int percent = m_pipeline->downloadedPercent(); percent > m_percent) onBuffering(percent);
 }
 
 void Playback::followPosition() {

@@ -38,6 +38,21 @@ TEST(ReportTest, ASlowLineStoresLess) {
   EXPECT_TRUE(comesToBe(player, report::kBuffered, 1, 15000));
 }
 
+/// Three times what the film needs, or less: all of it would take long to come.
+class SlowLineTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(SlowLineTest, BeginsWithAFewSecondsInStore) {
+  TestPlayer player;
+  player.start(SampleServer::instance().url(GetParam()));
+
+  std::optional<std::string> stored;
+  ASSERT_TRUE(TestPlayer::eventually([&] { return (stored = player.get(report::kBuffered)).has_value(); }));
+  EXPECT_LT(std::stol(*stored), 10000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, SlowLineTest,
+                         testing::Values("slow/300k/two.ts", "slow/300k/tail.mp4", "slow/300k/frag.mp4", "slow/150k/frag.mp4"));
+
 TEST(ReportTest, AdaptiveSourcesTellOfTheLine) {
   for (const char* const source : {"dash/av.mpd", "hls/master.m3u8"}) {
     TestPlayer player;
